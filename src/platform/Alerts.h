@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/Alert.h"
+
+namespace platform {
+
+// Whatever answers alerts: the real message boxes, or a test's recorder.
+class AlertSink
+{
+public:
+    virtual ~AlertSink() = default;
+    // Returns the index of the pressed button.
+    virtual int Show(const Alert &alert) = 0;
+};
+
+// Every alert and message box of Kestrin goes through here. Go() may be called
+// from any thread; the caller waits until the alert is answered. On the GUI
+// thread the alert is shown modally; from another thread it is handed to the
+// GUI thread, which never waits on the caller.
+class Alerts
+{
+public:
+    static int Go(const Alert &alert);
+
+    // Replaces the sink (nullptr restores the message boxes) and returns the
+    // previous one. The sink must outlive its installation.
+    static AlertSink *SetSink(AlertSink *sink);
+};
+
+} // namespace platform

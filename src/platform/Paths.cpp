@@ -1,0 +1,114 @@
+#include "platform/Paths.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+// A variable that is set to an absolute path; anything else counts as unset.
+bool AbsoluteEnv(const char *name, std::string *value)
+{
+    const char *raw = getenv(name);
+    if (!raw || raw[0] != '/')
+        return false;
+    *value = raw;
+    while (value->size() > 1 && value->back() == '/')
+        value->pop_back();
+    return true;
+}
+
+bool XdgDir(const char *variable, const char *homeRelative, std::string *path)
+{
+    if (AbsoluteEnv(variable, path))
+        return true;
+    std::string home;
+    if (!AbsoluteEnv("HOME", &home))
+        return false;
+    *path = (home == "/" ? std::string() : home) + homeRelative;
+    return true;
+}
+
+bool IsFolder(const std::string &path)
+{
+    struct stat info;
+    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+// mkdir -p with owner-only folders; the umask is process-wide, so it is not
+// touched here.
+status_t MakeFolders(const std::string &path)
+{
+    for (size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
+        const std::string prefix = path.substr(0, slash);
+        if (mkdir(prefix.c_str(), 0700) != 0 && errno != EEXIST)
+            return LastError();
+        if (slash == std::string::npos)
+            break;
+    }
+    return IsFolder(path) ? B_OK : B_NOT_A_DIRECTORY;
+}
+
+std::string HelpDirectory()
+{
+    const std::string exe = ExecutablePath();
+    if (!exe.empty()) {
+        const std::string bin = exe.substr(0, exe.rfind('/'));
+        const std::string installed = bin.substr(0, bin.rfind('/')) + "/share/kestrin/help";
+        if (IsFolder(installed))
+            return installed;
+    }
+    return KESTRIN_BUILD_HELP_DIR;
+}
+
+} // namespace
+
+status_t FindDirectory(DirectoryWhich which, std::string *path, bool create)
+{
+    std::string result;
+    bool known = true;
+    switch (which) {
+    case DirectoryWhich::Home:
+        known = AbsoluteEnv("HOME", &result);
+        break;
+    case DirectoryWhich::UserSettings:
+        known = XdgDir("XDG_CONFIG_HOME", "/.config", &result);
+        break;
+    case DirectoryWhich::Trash:
+        known = XdgDir("XDG_DATA_HOME", "/.local/share", &result);
+        result += "/Trash";
+        break;
+    case DirectoryWhich::UserAddOns:
+        known = XdgDir("XDG_DATA_HOME", "/.local/share", &result);
+        result += "/kestrin/add-ons";
+        break;
+    case DirectoryWhich::SystemAddOns:
+        result = std::string(KESTRIN_INSTALL_PREFIX) + "/lib/kestrin/add-ons";
+        break;
+    case DirectoryWhich::Help:
+        result = HelpDirectory();
+        break;
+    }
+    if (!known)
+        return B_ENTRY_NOT_FOUND;
+    if (create) {
+        if (const status_t status = MakeFolders(result); status != B_OK)
+            return status;
+    }
+    *path = result;
+    return B_OK;
+}
+
+std::string ExecutablePath()
+{
+    std::error_code error;
+    const auto exe = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::string() : exe.string();
+}
+
+} // namespace platform

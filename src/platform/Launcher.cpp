@@ -1,0 +1,62 @@
+#include "platform/Launcher.h"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QStandardPaths>
+#include <atomic>
+
+namespace platform {
+
+namespace {
+
+std::atomic<LaunchSink *> gSink{nullptr};
+
+status_t StartDetached(const Launch &launch)
+{
+    QProcess process;
+    process.setProgram(QString::fromStdString(launch.program));
+    QStringList arguments;
+    for (const std::string &argument : launch.arguments)
+        arguments << QString::fromStdString(argument);
+    process.setArguments(arguments);
+    if (!launch.workingDirectory.empty())
+        process.setWorkingDirectory(QString::fromStdString(launch.workingDirectory));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const auto &[name, value] : launch.environment)
+        environment.insert(QString::fromStdString(name), QString::fromStdString(value));
+    process.setProcessEnvironment(environment);
+    return process.startDetached() ? B_OK : B_ENTRY_NOT_FOUND;
+}
+
+} // namespace
+
+status_t Launcher::Start(const Launch &launch)
+{
+    if (launch.program.empty())
+        return B_BAD_VALUE;
+    if (LaunchSink *sink = gSink.load())
+        return sink->Start(launch);
+    return StartDetached(launch);
+}
+
+status_t Launcher::OpenWithPreferredApplication(const std::string &path)
+{
+    return Start({"xdg-open", {path}, {}, {}});
+}
+
+LaunchSink *Launcher::SetSink(LaunchSink *sink)
+{
+    return gSink.exchange(sink);
+}
+
+std::string Launcher::FindProgram(const std::vector<std::string> &programs)
+{
+    for (const std::string &program : programs) {
+        const QString found = QStandardPaths::findExecutable(QString::fromStdString(program));
+        if (!found.isEmpty())
+            return found.toStdString();
+    }
+    return std::string();
+}
+
+} // namespace platform

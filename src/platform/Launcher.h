@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/Errors.h"
+#include "platform/Launch.h"
+
+namespace platform {
+
+// Whatever starts programs: the real process starter, or a test's recorder.
+class LaunchSink
+{
+public:
+    virtual ~LaunchSink() = default;
+    virtual status_t Start(const Launch &launch) = 0;
+};
+
+// Every program Kestrin starts (editor, terminal, file manager, documents,
+// help) goes through here. Programs run detached: Kestrin never waits on them.
+class Launcher
+{
+public:
+    static status_t Start(const Launch &launch);
+
+    // Opens a document or folder with the desktop's preferred application.
+    static status_t OpenWithPreferredApplication(const std::string &path);
+
+    // Replaces the sink (nullptr restores real launching) and returns the previous one.
+    static LaunchSink *SetSink(LaunchSink *sink);
+
+    // The first of `programs` found on PATH (or given as an executable path); empty if none.
+    static std::string FindProgram(const std::vector<std::string> &programs);
+};
+
+} // namespace platform

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "platform/EntryRef.h"
+#include "platform/Errors.h"
+
+#include <ctime>
+#include <string>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+namespace platform {
+
+// A named entry in a folder (BEntry). The entry need not exist: an "abstract"
+// entry names a leaf in an existing folder, which is what a copy or a rename
+// aims at. The path is kept absolute and normalised: the folder part is
+// resolved through its links, the leaf is left alone unless `traverse` asks
+// for a link to be followed to its final target.
+class Entry
+{
+public:
+    Entry() = default;
+    explicit Entry(const std::string &path, bool traverse = false);
+    explicit Entry(const entry_ref &ref, bool traverse = false);
+
+    status_t SetTo(const std::string &path, bool traverse = false);
+    status_t SetTo(const entry_ref &ref, bool traverse = false);
+    status_t InitCheck() const { return fStatus; }
+    void Unset();
+
+    bool Exists() const;
+    // The entry itself, as lstat sees it: a link is described, not its target.
+    status_t GetStat(struct stat *info) const;
+    bool IsFile() const;
+    bool IsDirectory() const;
+    bool IsSymLink() const;
+
+    status_t GetPath(std::string *path) const;
+    status_t GetName(std::string *name) const;
+    // B_ENTRY_NOT_FOUND for the root folder, which has no parent.
+    status_t GetParent(Entry *parent) const;
+    status_t GetRef(entry_ref *ref) const;
+    status_t GetNodeRef(node_ref *ref) const;
+    status_t GetSize(off_t *size) const;
+    status_t GetModificationTime(time_t *time) const;
+
+    // Renames the entry into `folder` (empty: where it is now) under `newName`
+    // (nullptr: its current name). Never copies: another volume answers
+    // B_CROSS_DEVICE_LINK. Without `clobber` an entry in the way is left
+    // untouched and the answer is B_FILE_EXISTS. The entry follows the move.
+    status_t MoveTo(const std::string &folder, const char *newName = nullptr, bool clobber = false);
+    // Deletes a file, a link or an empty folder; the entry stays, abstract.
+    status_t Remove();
+
+    bool operator==(const Entry &other) const
+    {
+        return fStatus == other.fStatus && fPath == other.fPath;
+    }
+
+private:
+    friend class Directory;
+
+    // For Directory, which hands out entries of a folder it has resolved
+    // already: no name checks, no look-ups.
+    void SetResolved(const std::string &folder, const std::string &name);
+    status_t FollowLinks();
+    std::string ParentPath() const;
+
+    std::string fPath;
+    status_t fStatus = B_NO_INIT;
+};
+
+} // namespace platform

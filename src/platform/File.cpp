@@ -1,0 +1,216 @@
+#include "platform/File.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+int OpenFlags(uint32_t mode)
+{
+    int flags = O_CLOEXEC | O_NOCTTY;
+    switch (mode & 0x3) {
+    case B_WRITE_ONLY:
+        flags |= O_WRONLY;
+        break;
+    case B_READ_WRITE:
+        flags |= O_RDWR;
+        break;
+    default:
+        flags |= O_RDONLY;
+        break;
+    }
+    if (mode & B_CREATE_FILE)
+        flags |= O_CREAT;
+    if (mode & B_FAIL_IF_EXISTS)
+        flags |= O_EXCL;
+    if (mode & B_ERASE_FILE)
+        flags |= O_TRUNC;
+    if (mode & B_OPEN_AT_END)
+        flags |= O_APPEND;
+    return flags;
+}
+
+} // namespace
+
+File::File(const std::string &path, uint32_t openMode, mode_t createPermissions)
+{
+    SetTo(path, openMode, createPermissions);
+}
+
+File::~File()
+{
+    Unset();
+}
+
+File::File(File &&other) noexcept
+    : fFD(other.fFD)
+    , fStatus(other.fStatus)
+{
+    other.fFD = -1;
+    other.fStatus = B_NO_INIT;
+}
+
+File &File::operator=(File &&other) noexcept
+{
+    if (this != &other) {
+        Unset();
+        fFD = other.fFD;
+        fStatus = other.fStatus;
+        other.fFD = -1;
+        other.fStatus = B_NO_INIT;
+    }
+    return *this;
+}
+
+status_t File::SetTo(const std::string &path, uint32_t openMode, mode_t createPermissions)
+{
+    Unset();
+    if (path.empty())
+        return fStatus = B_BAD_VALUE;
+
+    // O_NONBLOCK keeps a FIFO without a peer from freezing the worker that
+    // opens it; it is cleared again right after the open.
+    int fd;
+    do {
+        fd = open(path.c_str(), OpenFlags(openMode) | O_NONBLOCK, createPermissions);
+    } while (fd < 0 && errno == EINTR);
+    if (fd < 0)
+        return fStatus = LastError();
+
+    // Linux opens a folder read-only without complaint; a File never stands
+    // for one.
+    struct stat info;
+    status_t status = B_OK;
+    if (fstat(fd, &info) != 0)
+        status = LastError();
+    else if (S_ISDIR(info.st_mode))
+        status = B_IS_A_DIRECTORY;
+    if (status != B_OK) {
+        close(fd);
+        return fStatus = status;
+    }
+    const int flags = fcntl(fd, F_GETFL);
+    if (flags != -1)
+        fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+
+    fFD = fd;
+    return fStatus = B_OK;
+}
+
+void File::Unset()
+{
+    if (fFD >= 0)
+        close(fFD);
+    fFD = -1;
+    fStatus = B_NO_INIT;
+}
+
+ssize_t File::Read(void *buffer, size_t size)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    ssize_t done;
+    do {
+        done = read(fFD, buffer, size);
+    } while (done < 0 && errno == EINTR);
+    return done < 0 ? LastError() : done;
+}
+
+ssize_t File::Write(const void *buffer, size_t size)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    const char *bytes = static_cast<const char *>(buffer);
+    size_t total = 0;
+    while (total < size) {
+        const ssize_t done = write(fFD, bytes + total, size - total);
+        if (done < 0) {
+            if (errno == EINTR)
+                continue;
+            return LastError();
+        }
+        total += size_t(done);
+    }
+    return ssize_t(total);
+}
+
+ssize_t File::ReadAt(off_t position, void *buffer, size_t size)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    if (position < 0)
+        return B_BAD_VALUE;
+    ssize_t done;
+    do {
+        done = pread(fFD, buffer, size, position);
+    } while (done < 0 && errno == EINTR);
+    return done < 0 ? LastError() : done;
+}
+
+ssize_t File::WriteAt(off_t position, const void *buffer, size_t size)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    if (position < 0)
+        return B_BAD_VALUE;
+    const char *bytes = static_cast<const char *>(buffer);
+    size_t total = 0;
+    while (total < size) {
+        const ssize_t done = pwrite(fFD, bytes + total, size - total, position + off_t(total));
+        if (done < 0) {
+            if (errno == EINTR)
+                continue;
+            return LastError();
+        }
+        total += size_t(done);
+    }
+    return ssize_t(total);
+}
+
+off_t File::Seek(off_t position, int whence)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    const off_t result = lseek(fFD, position, whence);
+    return result < 0 ? LastError() : result;
+}
+
+off_t File::Position() const
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    const off_t result = lseek(fFD, 0, SEEK_CUR);
+    return result < 0 ? LastError() : result;
+}
+
+status_t File::SetSize(off_t size)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    if (size < 0)
+        return B_BAD_VALUE;
+    int result;
+    do {
+        result = ftruncate(fFD, size);
+    } while (result != 0 && errno == EINTR);
+    return result == 0 ? B_OK : LastError();
+}
+
+status_t File::GetSize(off_t *size) const
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    if (!size)
+        return B_BAD_VALUE;
+    struct stat info;
+    if (fstat(fFD, &info) != 0)
+        return LastError();
+    *size = info.st_size;
+    return B_OK;
+}
+
+} // namespace platform

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/Errors.h"
+
+#include <cstdint>
+#include <string>
+#include <sys/types.h>
+
+// Open modes, with the values BeOS gave them; File maps them to the O_* flags
+// of the running system.
+inline constexpr uint32_t B_READ_ONLY = 0x0000;
+inline constexpr uint32_t B_WRITE_ONLY = 0x0001;
+inline constexpr uint32_t B_READ_WRITE = 0x0002;
+inline constexpr uint32_t B_FAIL_IF_EXISTS = 0x0100;
+inline constexpr uint32_t B_CREATE_FILE = 0x0200;
+inline constexpr uint32_t B_ERASE_FILE = 0x0400;
+inline constexpr uint32_t B_OPEN_AT_END = 0x0800;
+
+namespace platform {
+
+// An open regular file (BFile). Folders are refused; links are followed.
+// Read and Write answer a byte count, or a negative status.
+class File
+{
+public:
+    File() = default;
+    File(const std::string &path, uint32_t openMode, mode_t createPermissions = 0666);
+    ~File();
+
+    File(File &&other) noexcept;
+    File &operator=(File &&other) noexcept;
+    File(const File &) = delete;
+    File &operator=(const File &) = delete;
+
+    status_t SetTo(const std::string &path, uint32_t openMode, mode_t createPermissions = 0666);
+    status_t InitCheck() const { return fStatus; }
+    void Unset();
+
+    ssize_t Read(void *buffer, size_t size);
+    ssize_t Write(const void *buffer, size_t size);
+    // Neither moves the file position. Linux appends every write to a file
+    // opened with B_OPEN_AT_END, WriteAt's position notwithstanding.
+    ssize_t ReadAt(off_t position, void *buffer, size_t size);
+    ssize_t WriteAt(off_t position, const void *buffer, size_t size);
+
+    // The new position, or a negative status.
+    off_t Seek(off_t position, int whence);
+    off_t Position() const;
+
+    status_t SetSize(off_t size);
+    status_t GetSize(off_t *size) const;
+
+    // The descriptor, for calls such as copy_file_range; -1 when not open.
+    int FD() const { return fFD; }
+
+private:
+    int fFD = -1;
+    status_t fStatus = B_NO_INIT;
+};
+
+} // namespace platform

@@ -1,0 +1,98 @@
+#include "app/TextUtils.h"
+
+#include <cstring>
+#include <string>
+
+namespace kestrin {
+
+char *ReplaceAll(const char *find, const char *replace, const char *source)
+{
+    const size_t findLength = strlen(find);
+    std::string result;
+    if (findLength == 0) {
+        result = source;
+    } else {
+        const size_t replaceLength = strlen(replace);
+        const char *rest = source;
+        while (const char *hit = strstr(rest, find)) {
+            result.append(rest, size_t(hit - rest));
+            result.append(replace, replaceLength);
+            rest = hit + findLength;
+        }
+        result.append(rest);
+    }
+    return strdup(result.c_str());
+}
+
+namespace {
+
+void FreeAll(char **tokens, int count)
+{
+    for (int i = 0; i < count; i++)
+        free(tokens[i]);
+    free(tokens);
+}
+
+} // namespace
+
+int StrTokenize(const char *source, const char *delimiters, char ***tokens)
+{
+    *tokens = nullptr;
+    MallocedString copy(strdup(source));
+    if (!copy)
+        return 0;
+    int count = 0;
+    char *state = nullptr;
+    for (char *token = strtok_r(copy.get(), delimiters, &state); token;
+         token = strtok_r(nullptr, delimiters, &state)) {
+        // The array grows one entry at a time: token lists are short.
+        auto *grown = static_cast<char **>(realloc(*tokens, sizeof(char *) * size_t(count + 1)));
+        char *tokenCopy = grown ? strdup(token) : nullptr;
+        if (!tokenCopy) {
+            FreeAll(grown ? grown : *tokens, count);
+            *tokens = nullptr;
+            return 0;
+        }
+        *tokens = grown;
+        (*tokens)[count++] = tokenCopy;
+    }
+    return count;
+}
+
+int StrTokenCount(const char *source, const char *delimiters)
+{
+    MallocedString copy(strdup(source));
+    if (!copy)
+        return 0;
+    int count = 0;
+    char *state = nullptr;
+    for (char *token = strtok_r(copy.get(), delimiters, &state); token;
+         token = strtok_r(nullptr, delimiters, &state))
+        count++;
+    return count;
+}
+
+void FreeTokens(char ***tokens, int count)
+{
+    if (!*tokens)
+        return;
+    FreeAll(*tokens, count);
+    *tokens = nullptr;
+}
+
+bool InStr(const char *haystack, const char *needle, bool caseSensitive)
+{
+    if (caseSensitive)
+        return strstr(haystack, needle) != nullptr;
+    auto lower = [](const char *text) {
+        std::string folded(text);
+        for (char &c : folded) {
+            if (c >= 'A' && c <= 'Z')
+                c = char(c - 'A' + 'a');
+        }
+        return folded;
+    };
+    return lower(haystack).find(lower(needle)) != std::string::npos;
+}
+
+} // namespace kestrin

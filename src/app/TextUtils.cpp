@@ -26,6 +26,23 @@ char *ReplaceAll(const char *find, const char *replace, const char *source)
 
 namespace {
 
+// Calls `visit` for each token of a copy of `source`, as strtok splits it,
+// until it answers false. False when it did, or when the copy could not be made.
+template<typename Visit>
+bool ForEachToken(const char *source, const char *delimiters, Visit visit)
+{
+    MallocedString copy(strdup(source));
+    if (!copy)
+        return false;
+    char *state = nullptr;
+    for (char *token = strtok_r(copy.get(), delimiters, &state); token;
+         token = strtok_r(nullptr, delimiters, &state)) {
+        if (!visit(token))
+            return false;
+    }
+    return true;
+}
+
 void FreeAll(char **tokens, int count)
 {
     for (int i = 0; i < count; i++)
@@ -38,37 +55,33 @@ void FreeAll(char **tokens, int count)
 int StrTokenize(const char *source, const char *delimiters, char ***tokens)
 {
     *tokens = nullptr;
-    MallocedString copy(strdup(source));
-    if (!copy)
-        return 0;
     int count = 0;
-    char *state = nullptr;
-    for (char *token = strtok_r(copy.get(), delimiters, &state); token;
-         token = strtok_r(nullptr, delimiters, &state)) {
+    const bool complete = ForEachToken(source, delimiters, [&](char *token) {
         // The array grows one entry at a time: token lists are short.
         auto *grown = static_cast<char **>(realloc(*tokens, sizeof(char *) * size_t(count + 1)));
         char *tokenCopy = grown ? strdup(token) : nullptr;
-        if (!tokenCopy) {
-            FreeAll(grown ? grown : *tokens, count);
-            *tokens = nullptr;
-            return 0;
-        }
-        *tokens = grown;
+        if (grown)
+            *tokens = grown;
+        if (!tokenCopy)
+            return false;
         (*tokens)[count++] = tokenCopy;
+        return true;
+    });
+    if (!complete) {
+        FreeAll(*tokens, count);
+        *tokens = nullptr;
+        return 0;
     }
     return count;
 }
 
 int StrTokenCount(const char *source, const char *delimiters)
 {
-    MallocedString copy(strdup(source));
-    if (!copy)
-        return 0;
     int count = 0;
-    char *state = nullptr;
-    for (char *token = strtok_r(copy.get(), delimiters, &state); token;
-         token = strtok_r(nullptr, delimiters, &state))
+    ForEachToken(source, delimiters, [&](char *) {
         count++;
+        return true;
+    });
     return count;
 }
 

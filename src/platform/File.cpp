@@ -120,14 +120,17 @@ ssize_t File::Read(void *buffer, size_t size)
     return done < 0 ? LastError() : done;
 }
 
-ssize_t File::Write(const void *buffer, size_t size)
+namespace {
+
+// Short writes and interruptions are retried until every byte is written or a
+// real error comes; `writeSome(bytes, count, done)` is one write(2) or pwrite(2).
+template<typename WriteSome>
+ssize_t WriteFully(const void *buffer, size_t size, WriteSome writeSome)
 {
-    if (fFD < 0)
-        return B_NO_INIT;
     const char *bytes = static_cast<const char *>(buffer);
     size_t total = 0;
     while (total < size) {
-        const ssize_t done = write(fFD, bytes + total, size - total);
+        const ssize_t done = writeSome(bytes + total, size - total, total);
         if (done < 0) {
             if (errno == EINTR)
                 continue;
@@ -136,6 +139,17 @@ ssize_t File::Write(const void *buffer, size_t size)
         total += size_t(done);
     }
     return ssize_t(total);
+}
+
+} // namespace
+
+ssize_t File::Write(const void *buffer, size_t size)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    return WriteFully(buffer, size, [this](const char *bytes, size_t count, size_t) {
+        return write(fFD, bytes, count);
+    });
 }
 
 ssize_t File::ReadAt(off_t position, void *buffer, size_t size)
@@ -157,18 +171,9 @@ ssize_t File::WriteAt(off_t position, const void *buffer, size_t size)
         return B_NO_INIT;
     if (position < 0)
         return B_BAD_VALUE;
-    const char *bytes = static_cast<const char *>(buffer);
-    size_t total = 0;
-    while (total < size) {
-        const ssize_t done = pwrite(fFD, bytes + total, size - total, position + off_t(total));
-        if (done < 0) {
-            if (errno == EINTR)
-                continue;
-            return LastError();
-        }
-        total += size_t(done);
-    }
-    return ssize_t(total);
+    return WriteFully(buffer, size, [this, position](const char *bytes, size_t count, size_t done) {
+        return pwrite(fFD, bytes, count, position + off_t(done));
+    });
 }
 
 off_t File::Seek(off_t position, int whence)

@@ -14,8 +14,9 @@ status_t StatusFromErrno(int error)
     case EIO:
         return B_IO_ERROR;
     case EACCES:
-    case EPERM:
         return B_PERMISSION_DENIED;
+    case EPERM: // as BeOS defined it
+        return B_NOT_ALLOWED;
     case EINVAL:
     case EBADF:
     case EFAULT:

@@ -192,6 +192,24 @@ off_t File::Position() const
     return result < 0 ? LastError() : result;
 }
 
+ssize_t File::CopyFrom(File &source, size_t size)
+{
+    if (fFD < 0 || source.fFD < 0)
+        return B_NO_INIT;
+    ssize_t done;
+    do {
+        done = copy_file_range(source.fFD, nullptr, fFD, nullptr, size, 0);
+    } while (done < 0 && errno == EINTR);
+    return done < 0 ? LastError() : done;
+}
+
+status_t File::SetPermissions(mode_t mode)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    return fchmod(fFD, mode) == 0 ? B_OK : LastError();
+}
+
 status_t File::SetSize(off_t size)
 {
     if (fFD < 0)

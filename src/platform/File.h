@@ -48,6 +48,14 @@ public:
     off_t Position() const;
 
     status_t SetSize(off_t size);
+    // Moves up to `size` bytes from `source`'s position to this file's inside
+    // the kernel (copy_file_range), which lets file systems share extents.
+    // Bytes copied, 0 at the source's end, or a status: B_CROSS_DEVICE_LINK,
+    // B_BAD_VALUE or B_UNSUPPORTED say that this pair of files needs Read and
+    // Write instead.
+    ssize_t CopyFrom(File &source, size_t size);
+    // The permission bits (chmod of the open file).
+    status_t SetPermissions(mode_t mode);
     status_t GetSize(off_t *size) const;
 
     // The descriptor, for calls such as copy_file_range; -1 when not open.

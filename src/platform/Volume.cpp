@@ -76,4 +76,14 @@ std::optional<dev_t> DeviceForPath(const std::string &path)
     return info.st_dev;
 }
 
+status_t FreeSpaceForPath(const std::string &path, FreeSpace *space)
+{
+    struct statvfs info;
+    if (statvfs(path.c_str(), &info) != 0)
+        return LastError();
+    space->blockSize = off_t(info.f_frsize ? info.f_frsize : info.f_bsize);
+    space->freeBlocks = off_t(info.f_bavail);
+    return B_OK;
+}
+
 } // namespace platform

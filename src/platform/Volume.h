@@ -53,6 +53,15 @@ private:
     bool fReadOnly = false;
 };
 
+// The room left on the volume that holds `path`, from one statvfs: what a copy
+// checks before every file, without looking the volume itself up.
+struct FreeSpace
+{
+    off_t blockSize = 0;
+    off_t freeBlocks = 0; // what an unprivileged user may fill
+};
+status_t FreeSpaceForPath(const std::string &path, FreeSpace *space);
+
 // The device `path` lives on, following links (dev_for_path).
 std::optional<dev_t> DeviceForPath(const std::string &path);
 

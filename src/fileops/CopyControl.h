@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace kestrin {
+
+// The four lines of the overwrite question, without their "Overwrite: " and
+// "With file: " prefixes, in the order the question shows them.
+struct OverwriteQuestion
+{
+    std::string overwriteLine;
+    std::string withFileLine;
+    std::string thirdLine;
+    std::string fourthLine;
+
+    bool operator==(const OverwriteQuestion &other) const = default;
+};
+
+// Everything the copy engine tells its progress window or asks of the user.
+// The engine calls these on its worker thread; an implementation never
+// touches a widget from them (the window keeps counters that its timer reads,
+// and hands questions to the GUI thread). A test implements it directly.
+class CopyControl
+{
+public:
+    virtual ~CopyControl() = default;
+
+    // The overall bar, once per request: its maximum (a 32-bit total, which
+    // wraps past 2 GiB), its text and its trailing text.
+    virtual void BatchStarted(int32_t total, const std::string &text, const std::string &trailingText)
+        = 0;
+    // A new file: the file bar is reset to `size` and the two value lines show
+    // the paths.
+    virtual void FileStarted(const std::string &source, const std::string &target, double size) = 0;
+    // A chunk of `bytes` is copied: both bars advance by it; the file bar's text
+    // becomes `leafName` and its trailing text `fileTotal`, the bytes of this file so far.
+    virtual void ChunkCopied(int64_t bytes, const std::string &leafName, int64_t fileTotal) = 0;
+    // The progress window hides around overwrite questions.
+    virtual void SetProgressVisible(bool visible) = 0;
+    // True once the user pressed Stop. While the user has paused the copy,
+    // this waits (on a condition, not a spin) until resumed or stopped.
+    virtual bool StopRequested() = 0;
+    // Shows the question and waits for the answer: one of kOverwrite .. kCancelBatch.
+    virtual int32_t AskOverwrite(const OverwriteQuestion &question) = 0;
+};
+
+} // namespace kestrin

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/TypeCodes.h"
+
+#include <cstdint>
+
+namespace kestrin {
+
+// Requests to the copy engine.
+inline constexpr uint32_t kMsgCopyRequest = platform::FourCC("DATA"); // copy, move, link; FTP upload
+inline constexpr uint32_t kMsgFtpDownload = 604;
+inline constexpr uint32_t kMsgDeleteRequest = 606; // trash, or delete for good in the Trash
+inline constexpr uint32_t kMsgPackRequest = 615;
+inline constexpr uint32_t kMsgUnpackRequest = 618;
+
+// The progress window's buttons.
+inline constexpr uint32_t kMsgPauseCopy = 300;
+inline constexpr uint32_t kMsgStopCopy = 301;
+
+// Overwrite answers; the code of the pressed button is the decision.
+inline constexpr int32_t kNoDecision = 0;
+inline constexpr int32_t kOverwrite = 1000;
+inline constexpr int32_t kOverwriteAll = 1001;
+inline constexpr int32_t kOverwriteAllOlder = 1002;
+inline constexpr int32_t kSkip = 1003;
+inline constexpr int32_t kSkipAll = 1004;
+inline constexpr int32_t kCancelBatch = 1005;
+
+} // namespace kestrin

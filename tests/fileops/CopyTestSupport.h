@@ -1,0 +1,138 @@
+#pragma once
+
+// What the copy engine's tests share: a progress window that records and
+// answers overwrite questions from a script, and real folders to copy between.
+
+#include "fileops/CopyControl.h"
+#include "fileops/CopyEngine.h"
+#include "fileops/FileOpsMessages.h"
+#include "platform/AlertRecorder.h"
+#include "platform/Entry.h"
+#include "support/TempHome.h"
+
+#include <QTemporaryDir>
+#include <deque>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+class FakeCopyControl : public kestrin::CopyControl
+{
+public:
+    struct Batch
+    {
+        int32_t total;
+        std::string text, trailingText;
+    };
+    struct Chunk
+    {
+        int64_t bytes;
+        std::string leafName;
+        int64_t fileTotal;
+    };
+
+    void BatchStarted(int32_t total, const std::string &text, const std::string &trailing) override
+    {
+        batches.push_back({total, text, trailing});
+    }
+    void FileStarted(const std::string &, const std::string &target, double) override
+    {
+        startedTargets.push_back(target);
+    }
+    void ChunkCopied(int64_t bytes, const std::string &leafName, int64_t fileTotal) override
+    {
+        chunks.push_back({bytes, leafName, fileTotal});
+        if (onChunk)
+            onChunk(chunks.size());
+    }
+    void SetProgressVisible(bool visible) override { visibility.push_back(visible); }
+    bool StopRequested() override { return chunks.size() >= stopAfterChunks; }
+    int32_t AskOverwrite(const kestrin::OverwriteQuestion &question) override
+    {
+        questions.push_back(question);
+        if (answers.empty()) {
+            ADD_FAILURE() << "unexpected question about " << question.overwriteLine;
+            return kestrin::kSkip;
+        }
+        const int32_t answer = answers.front();
+        answers.pop_front();
+        return answer;
+    }
+
+    std::deque<int32_t> answers;
+    size_t stopAfterChunks = size_t(-1) >> 1;
+    std::function<void(size_t chunkCount)> onChunk;
+
+    std::vector<Batch> batches;
+    std::vector<std::string> startedTargets;
+    std::vector<Chunk> chunks;
+    std::vector<bool> visibility;
+    std::vector<kestrin::OverwriteQuestion> questions;
+};
+
+inline entry_ref RefFor(const std::string &path)
+{
+    entry_ref ref;
+    EXPECT_EQ(platform::Entry(path).GetRef(&ref), B_OK) << path;
+    return ref;
+}
+
+inline platform::Message Request(uint32_t what,
+                                 const std::vector<std::string> &paths,
+                                 const char *typeOfCopy = nullptr)
+{
+    platform::Message request(what);
+    for (const std::string &path : paths)
+        request.AddRef("refs", RefFor(path));
+    if (typeOfCopy)
+        request.AddString("TypeOfCopy", typeOfCopy);
+    return request;
+}
+
+inline void SetModified(const std::string &path, time_t when)
+{
+    const struct timespec times[2] = {{when, 0}, {when, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << path;
+}
+
+inline bool Exists(const std::string &path)
+{
+    struct stat info;
+    return lstat(path.c_str(), &info) == 0;
+}
+
+// A folder on /dev/shm, another file system than the temporary home's.
+inline std::string ShmPath(const QTemporaryDir &folder)
+{
+    EXPECT_TRUE(folder.isValid());
+    return folder.path().toStdString();
+}
+
+inline constexpr char kShmTemplate[] = "/dev/shm/kestrin-test-XXXXXX";
+
+// A request's source and destination folders in a fresh home, with every
+// alert recorded.
+class CopyTest : public ::testing::Test
+{
+protected:
+    CopyTest()
+    {
+        fs::create_directory(src);
+        fs::create_directory(dest);
+    }
+
+    void Run(const platform::Message &request, const std::string &destination)
+    {
+        kestrin::CopyEngine(request, destination, control).Run();
+    }
+
+    TempHome home;
+    platform::AlertRecorder alerts;
+    FakeCopyControl control;
+    const std::string src = home.Root() + "/src";
+    const std::string dest = home.Root() + "/dest";
+};

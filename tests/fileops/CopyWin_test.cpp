@@ -1,0 +1,347 @@
+#include "fileops/CopyWin.h"
+
+#include "fileops/FileOpsMessages.h"
+#include "fileops/OverWin.h"
+#include "platform/Entry.h"
+#include "support/TempHome.h"
+#include "widgets/StatusBar.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QToolButton>
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <future>
+#include <gtest/gtest.h>
+
+using kestrin::CopyControl;
+using kestrin::CopyWin;
+using kestrin::OverWin;
+using kestrin::StatusBar;
+namespace fs = std::filesystem;
+
+namespace {
+
+const QRect kFrame(100, 100, 400, 130);
+
+// Holds a fake job on its worker until the test lets it go.
+class Gate
+{
+public:
+    void Open() { fPromise.set_value(); }
+    void Wait() const { fOpened.wait(); }
+
+private:
+    std::promise<void> fPromise;
+    std::shared_future<void> fOpened = fPromise.get_future().share();
+};
+
+entry_ref RefTo(const std::string &path)
+{
+    entry_ref ref;
+    EXPECT_EQ(platform::Entry(path).GetRef(&ref), B_OK) << path;
+    return ref;
+}
+
+platform::Message Request(uint32_t what, const std::vector<std::string> &paths)
+{
+    platform::Message request(what);
+    for (const std::string &path : paths)
+        request.AddRef("refs", RefTo(path));
+    return request;
+}
+
+QString TextOf(QWidget *window, const char *name)
+{
+    auto *label = window->findChild<QLabel *>(name);
+    return label ? label->text() : QString("<no %1>").arg(name);
+}
+
+OverWin *OpenQuestion()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets())
+        if (auto *question = qobject_cast<OverWin *>(widget); question && question->isVisible())
+            return question;
+    return nullptr;
+}
+
+// A progress window doing `job` for a request about one folder.
+CopyWin *OpenWindow(CopyWin::Job job, uint32_t what = kestrin::kMsgCopyRequest)
+{
+    const std::string folder = QDir::tempPath().toStdString();
+    return new CopyWin(kFrame, "Copy", folder, Request(what, {folder}), nullptr, std::move(job));
+}
+
+// Lets the job end and waits for the window to delete itself.
+bool FinishesByItself(Gate &gate, QPointer<CopyWin> &window)
+{
+    gate.Open();
+    return QTest::qWaitFor([&] { return window.isNull(); });
+}
+
+} // namespace
+
+TEST(CopyWin, SizeFollowsTheRequestAndALocalCopyWidensOnStart)
+{
+    TempHome home;
+    const std::string root = home.Root();
+    const std::string file = root + "/file", folder = root + "/folder", link = root + "/link";
+    fs::create_directory(folder);
+    WriteFileBytes(file, "x");
+    fs::create_directory_symlink(folder, link);
+
+    struct Case
+    {
+        const char *what;
+        uint32_t code;
+        std::vector<std::string> items;
+        bool session;
+        bool shortened;
+        bool widened;
+    };
+    using namespace kestrin;
+    const Case cases[] = {
+        {"copy of one file", kMsgCopyRequest, {file}, false, true, true},
+        {"copy of one folder", kMsgCopyRequest, {folder}, false, false, true},
+        {"copy of a link to a folder", kMsgCopyRequest, {link}, false, true, true},
+        {"copy of two items", kMsgCopyRequest, {file, folder}, false, false, true},
+        {"upload of two items", kMsgCopyRequest, {file, folder}, true, true, false},
+        {"upload of one folder", kMsgCopyRequest, {folder}, true, false, false},
+        {"download", kMsgFtpDownload, {}, false, true, false},
+        {"pack of one file", kMsgPackRequest, {file}, false, true, false},
+        {"delete of one file", kMsgDeleteRequest, {file}, false, false, false},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        platform::Message request = Request(c.code, c.items);
+        if (c.session)
+            request.AddString("Session", "server");
+        Gate gate;
+        auto job = [&](CopyControl &) { gate.Wait(); };
+        QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root, request, nullptr, job);
+        EXPECT_TRUE(window->isVisible());
+        EXPECT_EQ(window->height(), kFrame.height() - (c.shortened ? 32 : 0));
+        EXPECT_EQ(window->width(), kFrame.width() + (c.widened ? 30 : 0));
+        EXPECT_EQ(window->minimumSize(), window->maximumSize()) << "not resizable";
+        EXPECT_TRUE(FinishesByItself(gate, window));
+    }
+}
+
+TEST(CopyWin, ViewsCarryTheirNamesAndTextsAndTheUserCannotClose)
+{
+    Gate gate;
+    auto job = [&](CopyControl &) { gate.Wait(); };
+    QPointer<CopyWin> window = OpenWindow(job, kestrin::kMsgPackRequest);
+    QWidget *container = window->findChild<QWidget *>("temp");
+    ASSERT_NE(container, nullptr);
+    for (const char *name :
+         {"fileprogress", "mainprogress", "label1", "label2", "PauseButton", "StopButton"}) {
+        QWidget *view = window->findChild<QWidget *>(name);
+        ASSERT_NE(view, nullptr) << name;
+        EXPECT_EQ(view->parentWidget(), container) << name;
+    }
+    EXPECT_EQ(window->FileBar()->TrailingLabel(), " Bytes");
+    EXPECT_EQ(TextOf(window, "label1"), "From :");
+    EXPECT_EQ(TextOf(window, "label2"), "To     :");
+    EXPECT_EQ(TextOf(window, "FromPath"), "initializing...");
+    EXPECT_EQ(TextOf(window, "ToPath"), "initializing...");
+
+    EXPECT_FALSE(window->close());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_TRUE(FinishesByItself(gate, window));
+}
+
+TEST(CopyWin, TheTimerShowsWhatTheWorkerReported)
+{
+    Gate gate;
+    auto job = [&](CopyControl &control) {
+        control.BatchStarted(30000, "Copying 2 files or directories", "29 K");
+        // A flood of small files ends in one state, whatever the timer caught of it.
+        for (int i = 0; i < 5000; i++) {
+            control.FileStarted("/from/small", "/to/small", 2);
+            control.ChunkCopied(2, "small", 2);
+        }
+        control.FileStarted("/from/big", "/to/big", 20000);
+        control.ChunkCopied(4000, "big", 4000);
+        control.ChunkCopied(500, "big", 4500);
+        gate.Wait();
+    };
+    QPointer<CopyWin> window = OpenWindow(job);
+    StatusBar *file = window->FileBar();
+    StatusBar *overall = window->MainBar();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return file->TrailingText() == "4500"; }));
+    EXPECT_FLOAT_EQ(file->CurrentValue(), 4500);
+    EXPECT_FLOAT_EQ(file->MaxValue(), 20000);
+    EXPECT_EQ(file->Text(), "big");
+    EXPECT_EQ(file->TrailingLabel(), " Bytes");
+    EXPECT_FLOAT_EQ(overall->CurrentValue(), 14500);
+    EXPECT_FLOAT_EQ(overall->MaxValue(), 30000);
+    EXPECT_EQ(overall->Text(), "Copying 2 files or directories");
+    EXPECT_EQ(overall->TrailingText(), "29 K");
+    EXPECT_EQ(TextOf(window, "FromPath"), "/from/big");
+    EXPECT_EQ(TextOf(window, "ToPath"), "/to/big");
+    EXPECT_TRUE(FinishesByItself(gate, window));
+}
+
+TEST(CopyWin, PauseHoldsTheWorkerUntilResumedAndStopWakesIt)
+{
+    Gate first, second;
+    // The worker's stage, and what the test had done when StopRequested returned.
+    std::atomic<int> stage{0};
+    std::atomic<bool> resumedYet{false}, stoppedYet{false};
+    bool returns[3] = {};
+    bool sawResume = false, sawStop = false;
+    auto job = [&](CopyControl &control) {
+        first.Wait();
+        stage = 1;
+        returns[0] = control.StopRequested();
+        sawResume = resumedYet;
+        stage = 2;
+        second.Wait();
+        stage = 3;
+        returns[1] = control.StopRequested();
+        sawStop = stoppedYet;
+        returns[2] = control.StopRequested();
+    };
+    QPointer<CopyWin> window = OpenWindow(job, kestrin::kMsgDeleteRequest);
+    auto *pause = window->findChild<QToolButton *>("PauseButton");
+    auto *stop = window->findChild<QToolButton *>("StopButton");
+
+    QTest::mouseClick(pause, Qt::LeftButton);
+    EXPECT_TRUE(pause->isChecked());
+    first.Open();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return stage == 1; }));
+    resumedYet = true;
+    QTest::mouseClick(pause, Qt::LeftButton);
+    EXPECT_FALSE(pause->isChecked());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return stage == 2; }));
+
+    // Paused through a posted message this time, as another window would.
+    window->Post(platform::Message(kestrin::kMsgPauseCopy));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return pause->isChecked(); }));
+    second.Open();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return stage == 3; }));
+    stoppedYet = true;
+    QTest::mouseClick(stop, Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
+
+    EXPECT_FALSE(returns[0]);
+    EXPECT_TRUE(sawResume) << "StopRequested returned while paused";
+    EXPECT_TRUE(returns[1]);
+    EXPECT_TRUE(sawStop) << "StopRequested returned while paused";
+    EXPECT_TRUE(returns[2]) << "a stop stays";
+}
+
+TEST(CopyWin, AQuestionHidesTheWindowAndAButtonAnswersTheWorker)
+{
+    Gate gate;
+    std::atomic<int32_t> first{-1}, second{-1}, third{-1};
+    const kestrin::OverwriteQuestion question{"/src/a", "/dst/a", "5 Bytes  x", "7 Bytes  y"};
+    auto job = [&](CopyControl &control) {
+        control.SetProgressVisible(false);
+        first = control.AskOverwrite(question);
+        control.SetProgressVisible(true);
+        gate.Wait();
+        second = control.AskOverwrite(question);
+        third = control.AskOverwrite(question);
+    };
+    QPointer<CopyWin> window = OpenWindow(job);
+
+    OverWin *asked = nullptr;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (asked = OpenQuestion()) != nullptr; }));
+    EXPECT_FALSE(window->isVisible()) << "the progress window hides while the question is open";
+    EXPECT_EQ(asked->windowTitle(), "Item Exists");
+    EXPECT_EQ(TextOf(asked, "OverwriteFile"), "Overwrite: /src/a");
+    EXPECT_EQ(TextOf(asked, "OverwriteWith"), "With file: /dst/a");
+    QTest::mouseClick(asked->findChild<QPushButton *>("SkipAll"), Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return first != -1; }));
+    EXPECT_EQ(first, kestrin::kSkipAll);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->isVisible(); }));
+    EXPECT_FALSE(asked->isVisible());
+
+    gate.Open();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return OpenQuestion() != nullptr; }));
+    platform::Message stop(kestrin::kMsgStopCopy);
+    window->Dispatch(stop);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
+    EXPECT_EQ(second, kestrin::kCancelBatch) << "Stop answers an open question with Cancel";
+    EXPECT_EQ(third, kestrin::kCancelBatch) << "nothing is asked after a stop";
+}
+
+TEST(CopyWin, DestroyingTheWindowReleasesAWaitingWorker)
+{
+    Gate gate;
+    std::atomic<bool> waiting{false};
+    bool stopped = false;
+    auto pausedJob = [&](CopyControl &control) {
+        gate.Wait();
+        waiting = true;
+        stopped = control.StopRequested();
+    };
+    auto *paused = OpenWindow(pausedJob);
+    QTest::mouseClick(paused->findChild<QToolButton *>("PauseButton"), Qt::LeftButton);
+    gate.Open();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return waiting.load(); }));
+    delete paused;
+    EXPECT_TRUE(stopped);
+
+    int32_t answer = 0;
+    auto askingJob = [&](CopyControl &control) {
+        answer = control.AskOverwrite({"a", "b", "c", "d"});
+    };
+    auto *asking = OpenWindow(askingJob);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return OpenQuestion() != nullptr; }));
+    delete asking;
+    EXPECT_EQ(answer, kestrin::kCancelBatch);
+    EXPECT_EQ(OpenQuestion(), nullptr);
+}
+
+TEST(CopyWin, CopiesAFolderWithTheEngineAskingAboutAnExistingTarget)
+{
+    TempHome home;
+    const std::string root = home.Root();
+    fs::create_directories(root + "/src/folder/inner");
+    fs::create_directories(root + "/dst/folder");
+    WriteFileBytes(root + "/src/folder/a", std::string(100000, 'a'));
+    WriteFileBytes(root + "/src/folder/inner/b", "bee");
+    WriteFileBytes(root + "/dst/folder/a", "old");
+    platform::Message request = Request(kestrin::kMsgCopyRequest, {root + "/src/folder"});
+    request.AddString("TypeOfCopy", "Copy");
+
+    QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
+    OverWin *asked = nullptr;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (asked = OpenQuestion()) != nullptr; }));
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_TRUE(TextOf(asked, "OverwriteFile").endsWith("/src/folder/a"));
+    QTest::mouseClick(asked->findChild<QPushButton *>("Overwrite"), Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
+    EXPECT_EQ(ReadFileBytes(root + "/dst/folder/a"), std::string(100000, 'a'));
+    EXPECT_EQ(ReadFileBytes(root + "/dst/folder/inner/b"), "bee");
+}
+
+TEST(CopyWin, APackRequestClosesAtOnceAndChangesNothing)
+{
+    TempHome home;
+    const std::string root = home.Root();
+    fs::create_directory(root + "/dst");
+    WriteFileBytes(root + "/file", "content");
+    auto listing = [&] {
+        std::vector<fs::path> paths(fs::recursive_directory_iterator(root), {});
+        std::sort(paths.begin(), paths.end());
+        return paths;
+    };
+    const auto before = listing();
+    platform::Message request = Request(kestrin::kMsgPackRequest, {root + "/file"});
+    request.AddString("TypeOfCopy", "Pack");
+
+    QPointer<CopyWin> window = new CopyWin(kFrame, "Packing", root + "/dst", request, nullptr);
+    EXPECT_EQ(window->height(), kFrame.height() - 32);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
+    EXPECT_EQ(listing(), before);
+    EXPECT_EQ(ReadFileBytes(root + "/file"), "content");
+}

@@ -1,0 +1,81 @@
+#!/usr/bin/env bash
+# Kestrin's copy engine beside `cp -a` on the same data in the same run:
+#   (a) one 1 GiB file, (b) 20,000 small files with a typed attribute each.
+# Each case runs REPEAT times (default 5) per tool, alternating, into a fresh
+# target; the median wall time is reported with the ratio to cp.
+# Usage: bench/copy.sh [work folder]   (default: a temporary folder in /var/tmp)
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+repeat="${REPEAT:-5}"
+work="${1:-$(mktemp -d /var/tmp/kestrin-bench.XXXXXX)}"
+build="$root/build/bench"
+
+"$root/scripts/setup"
+cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRIN_TESTS=OFF \
+    -DKESTRIN_BENCH=ON >/dev/null
+cmake --build "$build" -j "$(nproc)" --target kestrin-copy-driver >/dev/null
+driver="$build/bench/kestrin-copy-driver"
+
+mkdir -p "$work/src"
+if [ ! -f "$work/src/big" ]; then
+    echo "Making one 1 GiB file..."
+    head -c $((1 << 30)) /dev/urandom >"$work/src/big"
+fi
+if [ ! -d "$work/src/small" ]; then
+    echo "Making 20,000 small files with a typed attribute each..."
+    python3 - "$work/src/small" <<'PY'
+import os, struct, sys
+top = sys.argv[1]
+os.makedirs(top)
+for d in range(100):
+    folder = os.path.join(top, "d%03d" % d)
+    os.mkdir(folder)
+    for f in range(200):
+        path = os.path.join(folder, "f%03d.txt" % f)
+        with open(path, "wb") as out:
+            out.write(os.urandom(512 + (f * 37) % 3500))
+        # A string attribute as Kestrin stores it: LE type code 'CSTR', then the text.
+        os.setxattr(path, "user.haiku.Meta:note",
+                    struct.pack("<I", 0x43535452) + b"bench %d/%d\0" % (d, f))
+PY
+fi
+
+seconds() { date +%s.%N; }
+
+# run NAME COMMAND...: times the command into a fresh "$work/dst".
+run() {
+    rm -rf "$work/dst" && mkdir "$work/dst" && sync
+    local start end
+    start=$(seconds)
+    "$@" >/dev/null
+    end=$(seconds)
+    awk -v a="$start" -v b="$end" 'BEGIN { print b - a }'
+}
+
+median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR+1)/2] : (a[NR/2] + a[NR/2+1]) / 2}'; }
+
+bench_case() {
+    local name="$1" source="$2" kestrin_times=() cp_times=() i
+    for ((i = 0; i < repeat; i++)); do
+        kestrin_times+=("$(run "$driver" "$source" "$work/dst")")
+        cp_times+=("$(run cp -a "$source" "$work/dst/")")
+    done
+    local k c
+    k=$(printf '%s\n' "${kestrin_times[@]}" | median)
+    c=$(printf '%s\n' "${cp_times[@]}" | median)
+    printf '%-28s kestrin %8.3fs   cp -a %8.3fs   kestrin/cp time %5.2f\n' "$name" "$k" "$c" \
+        "$(awk -v k="$k" -v c="$c" 'BEGIN { print k / c }')"
+}
+
+# The copy must be exact before its speed means anything.
+run "$driver" "$work/src/small" "$work/dst" >/dev/null
+diff -r "$work/src/small" "$work/dst/small" >/dev/null
+copied_note=$(python3 -c "import os,sys; print(os.getxattr(sys.argv[1], 'user.haiku.Meta:note')[4:])" \
+    "$work/dst/small/d042/f042.txt")
+echo "copied attribute: $copied_note"
+
+echo "Median of $repeat runs each, $(nproc) cores, $(findmnt -no FSTYPE -T "$work") at $work:"
+bench_case "(a) one 1 GiB file" "$work/src/big"
+bench_case "(b) 20,000 files + attribute" "$work/src/small"
+echo "Throughput ratio for (a) is the inverse of the time ratio."
+rm -rf "$work/dst"

@@ -25,6 +25,22 @@ int32_t CountRefs(const platform::Message &request)
     return request.GetInfo("refs", &type, &count) == B_OK && type == B_REF_TYPE ? count : 0;
 }
 
+// Hands each item of "refs" to `act`, in order, until the user stops or `act`
+// answers false.
+template<typename Act>
+void ForEachItem(const platform::Message &request, CopyControl &control, Act act)
+{
+    const int32_t count = CountRefs(request);
+    for (int32_t i = 0; i < count && !control.StopRequested(); i++) {
+        entry_ref ref;
+        if (request.FindRef("refs", i, &ref) != B_OK)
+            continue;
+        KestrinEntry item(ref);
+        if (!act(item))
+            break;
+    }
+}
+
 } // namespace
 
 CopyEngine::CopyEngine(platform::Message request, std::string destination, CopyControl &control)
@@ -83,17 +99,10 @@ void CopyEngine::PerformLocal()
     fRequest.FindString("TypeOfCopy", &type);
 
     OverwritePolicy overwrite(fControl);
-    const int32_t count = CountRefs(fRequest);
-    for (int32_t i = 0; i < count; i++) {
-        if (fControl.StopRequested())
-            break;
-        entry_ref ref;
-        if (fRequest.FindRef("refs", i, &ref) != B_OK)
-            continue;
-        KestrinEntry item(ref);
+    ForEachItem(fRequest, fControl, [&](KestrinEntry &item) {
         if (type == "Move") {
             if (!MoveItem(item, overwrite))
-                break;
+                return false;
         } else if (type == "Link") {
             std::string path, leaf;
             if (item.GetPath(&path) == B_OK && item.GetName(&leaf) == B_OK)
@@ -101,9 +110,8 @@ void CopyEngine::PerformLocal()
         } else {
             item.CopyTo(fDestination, &fControl, &overwrite);
         }
-        if (overwrite.Cancelled())
-            break;
-    }
+        return !overwrite.Cancelled();
+    });
 }
 
 bool CopyEngine::MoveItem(KestrinEntry &item, OverwritePolicy &overwrite)
@@ -148,19 +156,13 @@ void CopyEngine::PerformDelete()
     // A pane that shows the Trash deletes for good.
     const bool forGood = trash.IsTrashFolder(fDestination);
 
-    const int32_t count = CountRefs(fRequest);
-    for (int32_t i = 0; i < count; i++) {
-        if (fControl.StopRequested())
-            break;
-        entry_ref ref;
-        if (fRequest.FindRef("refs", i, &ref) != B_OK)
-            continue;
-        KestrinEntry item(ref);
+    ForEachItem(fRequest, fControl, [&](KestrinEntry &item) {
         if (forGood)
             DeleteForGood(item, trash);
         else if (!item.TrashIt())
             TrashByCopy(item, trash);
-    }
+        return true;
+    });
 }
 
 void CopyEngine::DeleteForGood(KestrinEntry &item, Trash &trash)

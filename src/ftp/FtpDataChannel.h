@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/TcpSocket.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+namespace kestrin {
+
+// The data side of one FTP transfer: the listening socket of an active
+// connection (until the server has connected) and the data connection itself.
+// Both close when the object goes.
+class FtpDataChannel
+{
+public:
+    // Told the bytes moved so far; answering 0 asks to stop.
+    using Progress = std::function<int(int64_t done)>;
+
+    platform::TcpSocket listener;
+    platform::TcpSocket data;
+
+    // Receives until the server ends the stream (or a receive fails, or
+    // progress answers 0) into a malloc'ed block, which keeps room for a
+    // terminator after *total bytes; *buffer stays null when nothing came.
+    void ReceiveAll(char **buffer, int64_t *total, const Progress &progress);
+    // Sends one block, going on after short sends; a 0 from progress
+    // abandons the rest of the block. False when the connection failed.
+    bool SendBlock(const char *block, size_t size, int64_t *sent, const Progress &progress);
+
+    void Close();
+};
+
+} // namespace kestrin

@@ -1,0 +1,770 @@
+#include "ftp/clsFTP.h"
+
+#include "app/NumberText.h"
+#include "platform/File.h"
+
+#include <chrono>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <vector>
+
+namespace kestrin {
+
+using platform::SocketAddress;
+using platform::TcpSocket;
+
+namespace {
+
+int LeadingNumber(const std::string &line)
+{
+    return kestrin::atoi(line.c_str());
+}
+
+// The last line of a multi-line reply repeats the first line's number and
+// has a blank where the first had "-".
+bool EndsReply(const std::string &line, int firstCode)
+{
+    return line.size() >= 4 && line[3] == ' ' && LeadingNumber(line) == firstCode;
+}
+
+bool StartsMultiLine(const std::string &line)
+{
+    return line.size() >= 4 && line[3] == '-';
+}
+
+// Splits a received text at its line ends, empty lines skipped. A NUL ends a
+// line's text, as it would in the reply buffer.
+std::vector<std::string> SplitLines(const char *data, size_t size)
+{
+    std::vector<std::string> lines;
+    size_t start = 0;
+    for (size_t i = 0; i <= size; i++) {
+        if (i == size || data[i] == '\r' || data[i] == '\n') {
+            if (i > start) {
+                std::string line(data + start, i - start);
+                line.resize(strnlen(line.c_str(), line.size()));
+                lines.push_back(std::move(line));
+            }
+            start = i + 1;
+        }
+    }
+    return lines;
+}
+
+void CopyInto(char *buffer, size_t size, const std::string &text)
+{
+    const size_t length = std::min(text.size(), size - 1);
+    memcpy(buffer, text.data(), length);
+    buffer[length] = '\0';
+}
+
+// A name that would leave the target folder or name the folder itself.
+bool UnsafeLocalName(const char *name)
+{
+    return name == nullptr || name[0] == '\0' || strchr(name, '/') != nullptr
+           || strcmp(name, ".") == 0 || strcmp(name, "..") == 0;
+}
+
+} // namespace
+
+clsFTP::clsFTP(const char *host,
+               unsigned port,
+               const char *proxyHost,
+               unsigned proxyPort,
+               unsigned timeoutMs,
+               FtpCallback callback,
+               void *callbackData)
+    : clsFTP(timeoutMs, callback, callbackData)
+{
+    SetHost(host, port, proxyHost, proxyPort);
+}
+
+clsFTP::clsFTP(unsigned timeoutMs, FtpCallback callback, void *callbackData)
+    : fCallback(callback)
+    , fCallbackData(callbackData)
+{
+    SetTimeout(timeoutMs);
+}
+
+clsFTP::~clsFTP() = default;
+
+void clsFTP::SetHost(const char *host, unsigned port, const char *proxyHost, unsigned proxyPort)
+{
+    fHost = host != nullptr ? host : "";
+    fPort = port;
+    fUseProxy = proxyHost != nullptr;
+    if (fUseProxy) {
+        fProxyHost = proxyHost;
+        fProxyPort = proxyPort;
+    }
+}
+
+void clsFTP::SetTimeout(unsigned ms)
+{
+    fTimeoutSeconds = long(ms / 1000);
+    fTimeoutMicroseconds = long(ms % 1000);
+}
+
+int clsFTP::Report(int code, const char *text)
+{
+    if (fCallback == nullptr)
+        return 0;
+    return fCallback(code, 0, text, fCallbackData);
+}
+
+int clsFTP::ReportFormatted(int code, const char *format, ...)
+{
+    if (fCallback == nullptr)
+        return 0;
+    char text[kReplySize + 64];
+    va_list arguments;
+    va_start(arguments, format);
+    vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    return Report(code, text);
+}
+
+int clsFTP::ReportProgress(int64_t done, int64_t expected)
+{
+    if (fCallback == nullptr)
+        return 1;
+    // A server may send more than it announced; the percentage stays in range.
+    double percent = expected > 0 ? double(done) / double(expected) * 100.0 : 0.0;
+    if (percent > 100.0)
+        percent = 100.0;
+    const int count = done > INT32_MAX ? INT32_MAX : int(done);
+    return fCallback(int(percent), count, fReply, fCallbackData);
+}
+
+// Making a connection is not waiting for a reply: the time-out's odd
+// arithmetic can make that a millisecond, too short for a busy host.
+int clsFTP::ConnectTimeoutMs() const
+{
+    const long ms = fTimeoutSeconds * 1000 + (fTimeoutMicroseconds + 999) / 1000;
+    return int(std::max(ms, 5000L));
+}
+
+bool clsFTP::TimeoutIfNotReady(TcpSocket &socket, bool forReading)
+{
+    return socket.WaitReady(forReading, fTimeoutSeconds, fTimeoutMicroseconds) == B_OK;
+}
+
+int clsFTP::FTPWriteString(TcpSocket &socket, const char *text)
+{
+    int result = 0;
+    if (TimeoutIfNotReady(socket, false))
+        result = socket.SendAll(text, strlen(text)) == B_OK ? int(strlen(text)) : -1;
+    if (fCallback != nullptr) {
+        const bool password = strncmp(text, "PASS", 4) == 0;
+        return fCallback(-1, 0, password ? "PASS ******\r\n" : text, fCallbackData);
+    }
+    return result;
+}
+
+int clsFTP::FTPReadString(TcpSocket &socket, char *buffer, size_t size)
+{
+    if (buffer == nullptr || size == 0)
+        return 0;
+    memset(buffer, 0, size);
+    int code;
+    if (!fPending.empty()) {
+        CopyInto(buffer, size, fPending.front());
+        fPending.pop_front();
+        code = kestrin::atoi(buffer);
+    } else {
+        code = ReceiveReply(socket, buffer, size);
+    }
+    if (fCallback != nullptr)
+        fCallback(-1, 0, buffer, fCallbackData);
+    return code;
+}
+
+// A reply that has not ended when the time-out has passed since its first
+// byte is given up, so a server that sends continuation lines for ever (or
+// closes in the middle) costs one time-out, not a hang.
+int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
+{
+    const auto limit = std::chrono::seconds(fTimeoutSeconds)
+                       + std::chrono::microseconds(fTimeoutMicroseconds);
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    std::vector<char> scratch(size);
+    bool started = false;
+    int firstCode = 0;
+    size_t length = 0;
+    for (;;) {
+        ssize_t received = -1;
+        if (TimeoutIfNotReady(socket, true))
+            received = socket.Receive(scratch.data(), scratch.size());
+        // Nothing, or a dropped connection: both mean no reply came.
+        if (received <= 0)
+            break;
+        std::vector<std::string> lines = SplitLines(scratch.data(), size_t(received));
+        if (lines.empty())
+            lines.emplace_back();
+        for (size_t i = 0; i < lines.size(); i++) {
+            const std::string &line = lines[i];
+            bool complete;
+            if (!started) {
+                started = true;
+                firstCode = LeadingNumber(line);
+                CopyInto(buffer, size, line);
+                length = strlen(buffer);
+                complete = !StartsMultiLine(line);
+            } else {
+                if (length + line.size() < size) {
+                    memcpy(buffer + length, line.data(), line.size());
+                    length += line.size();
+                    buffer[length] = '\0';
+                }
+                complete = EndsReply(line, firstCode);
+            }
+            if (complete) {
+                fPending.insert(fPending.end(), lines.begin() + long(i) + 1, lines.end());
+                return firstCode;
+            }
+        }
+        if (std::chrono::steady_clock::now() >= deadline)
+            break;
+    }
+    memset(buffer, 0, size);
+    CopyInto(buffer, size, "TIMEOUT");
+    return 2;
+}
+
+int clsFTP::ReadReply()
+{
+    fLastCode = FTPReadString(fControl, fReply, sizeof fReply);
+    return fLastCode;
+}
+
+int clsFTP::Command(const std::string &text)
+{
+    FTPWriteString(fControl, text.c_str());
+    return ReadReply();
+}
+
+int clsFTP::Connect(const char *user, const char *password, const char *account)
+{
+    fTransferType = 0;
+    fPending.clear();
+    const std::string &target = fUseProxy ? fProxyHost : fHost;
+    const unsigned targetPort = fUseProxy ? fProxyPort : fPort;
+
+    uint32_t address = 0;
+    if (platform::ResolveHost(target, &address) != B_OK) {
+        Report(-1, "Error initailizing local host.");
+        return 4;
+    }
+    if (fControl.Open() != B_OK) {
+        Report(-1, "Error initializing control socket.");
+        return 5;
+    }
+    if (fControl.Connect(SocketAddress{address, uint16_t(targetPort)}, ConnectTimeoutMs()) != B_OK) {
+        fControl.Close();
+        Report(-1, "Unable to connect to host");
+        return 6;
+    }
+    fControl.SetTimeouts(fTimeoutSeconds, fTimeoutMicroseconds);
+
+    int code = ReadReply();
+    for (int retry = 0; code == 120 && retry < 3; retry++)
+        code = ReadReply();
+    if (code != 220) {
+        code = 421;
+    } else {
+        if (user != nullptr)
+            code = SendUser(user);
+        if (code == 331 && password != nullptr)
+            code = SendPass(password);
+        if (code == 332 && account != nullptr)
+            code = SendAcct(account);
+    }
+    if (code != 0 && code != 220 && code != 331 && code != 332) {
+        ReportFormatted(-1, "Exception: %d - Error connecting to server.", code);
+        fControl.Close();
+    }
+    return code;
+}
+
+int clsFTP::SendUser(const char *user)
+{
+    std::string line = std::string("USER ") + user;
+    if (fUseProxy)
+        line += "@" + fHost + ":" + std::to_string(fPort);
+    const int code = Command(line + "\r\n");
+    return code == 230 || code == 202 ? 0 : code;
+}
+
+int clsFTP::SendPass(const char *password)
+{
+    const int code = Command(std::string("PASS ") + password + "\r\n");
+    return code == 230 || code == 202 ? 0 : code;
+}
+
+int clsFTP::SendAcct(const char *account)
+{
+    const int code = Command(std::string("ACCT ") + account + "\r\n");
+    return code == 230 || code == 202 ? 0 : code;
+}
+
+int clsFTP::Disconnect()
+{
+    if (!fControl.IsOpen())
+        return 0;
+    const int code = Command("QUIT\r\n");
+    fControl.Close();
+    fPending.clear();
+    return code == 221 ? 221 : 0;
+}
+
+int clsFTP::ChangeDir(const char *path)
+{
+    if (path == nullptr || path[0] == '\0')
+        return 0;
+    const int code = strcmp(path, "..") == 0 ? Command("CDUP\r\n")
+                                             : Command(std::string("CWD ") + path + "\r\n");
+    return code == 257 ? 0 : code;
+}
+
+int clsFTP::PrintDir(std::string *path)
+{
+    const int previous = fLastCode;
+    FTPWriteString(fControl, "PWD\r\n");
+    FTPReadString(fControl, fReply, sizeof fReply);
+    std::string folder = strlen(fReply) > 5 ? std::string(fReply + 5) : std::string();
+    const size_t quote = folder.rfind('"');
+    if (quote != std::string::npos)
+        folder.resize(quote);
+    if (path != nullptr)
+        *path = folder;
+    return previous == 250 || previous == 257 ? 0 : previous;
+}
+
+int clsFTP::MakeDir(const char *path)
+{
+    const int code = Command(std::string("MKD ") + path + "\r\n");
+    return code == 257 ? 0 : code;
+}
+
+int clsFTP::RemoveDir(const char *path)
+{
+    const int code = Command(std::string("RMD ") + path + "\r\n");
+    return code == 250 ? 0 : code;
+}
+
+int clsFTP::DeleteFile(const char *name)
+{
+    const int code = Command(std::string("DELE ") + name + "\r\n");
+    return code == 250 ? 0 : code;
+}
+
+int clsFTP::RenameFile(const char *from, const char *to)
+{
+    int code = Command(std::string("RNFR ") + from + "\r\n");
+    if (code != 350)
+        return code;
+    code = Command(std::string("RNTO ") + to + "\r\n");
+    return code == 250 ? 0 : code;
+}
+
+bool clsFTP::IsConnected() const
+{
+    SocketAddress peer;
+    return fControl.IsOpen() && fControl.PeerAddress(&peer) == B_OK;
+}
+
+void clsFTP::DisposeBuffer(char **buffer)
+{
+    if (buffer != nullptr && *buffer != nullptr) {
+        free(*buffer);
+        *buffer = nullptr;
+    }
+}
+
+std::string clsFTP::PortCommand(const SocketAddress &address)
+{
+    std::string command = "PORT " + address.Dotted() + "," + std::to_string(address.port / 256)
+                          + "," + std::to_string(address.port % 256) + "\r\n";
+    for (char &c : command) {
+        if (c == '.')
+            c = ',';
+    }
+    return command;
+}
+
+bool clsFTP::ParsePassiveReply(const char *reply, PassiveAddress *address)
+{
+    const char *open = strrchr(reply, '(');
+    if (open == nullptr)
+        return false;
+    unsigned fields[6];
+    const char *next = open + 1;
+    for (unsigned &field : fields) {
+        while (*next == ',')
+            next++;
+        if (*next < '0' || *next > '9')
+            return false;
+        // Three digits at most: anything longer is out of range anyway, and
+        // the count cannot overflow.
+        unsigned value = 0;
+        int digits = 0;
+        for (; *next >= '0' && *next <= '9'; next++, digits++) {
+            if (digits < 4)
+                value = value * 10 + unsigned(*next - '0');
+        }
+        if (value > 255)
+            return false;
+        field = value;
+        while (*next != '\0' && *next != ',')
+            next++;
+    }
+    address->host = std::to_string(fields[0]) + "." + std::to_string(fields[1]) + "."
+                    + std::to_string(fields[2]) + "." + std::to_string(fields[3]);
+    address->port = fields[4] * 256 + fields[5];
+    return true;
+}
+
+int64_t clsFTP::ExpectedSize(const char *reply)
+{
+    const char *open = strrchr(reply, '(');
+    if (open == nullptr)
+        return 0;
+    int64_t value = 0;
+    for (const char *digit = open + 1; *digit >= '0' && *digit <= '9'; digit++) {
+        if (value > INT64_MAX / 10 - 10)
+            return 0;
+        value = value * 10 + (*digit - '0');
+    }
+    return value;
+}
+
+int clsFTP::FTPInitDataConnection(TcpSocket *listener, SocketAddress *address, bool)
+{
+    if (listener->Open() != B_OK) {
+        Report(-1, "Error initializing data connection.");
+        return -1;
+    }
+    // Listen where the control connection is: that address reaches us from
+    // the server, a look-up of the host name may not.
+    SocketAddress control;
+    if (fControl.LocalAddress(&control) != B_OK)
+        control.host = 0;
+    status_t bound = listener->BindEphemeral(control.host);
+    if (bound != B_OK) {
+        Report(bound, "Unable to bind port 20, attempting different port.");
+        listener->Open();
+        if (listener->BindEphemeral(0) != B_OK) {
+            Report(-1, "Error binding data connection.");
+            listener->Close();
+            return -1;
+        }
+    }
+    SocketAddress local;
+    const status_t named = listener->LocalAddress(&local);
+    if (named != B_OK) {
+        Report(named, "Error getting port number for data connection.");
+        listener->Close();
+        return -1;
+    }
+    const status_t listening = listener->Listen(5);
+    if (listening != B_OK) {
+        Report(listening, "Error listening on data connection.");
+        listener->Close();
+        return -1;
+    }
+    if (local.host == 0)
+        local.host = control.host;
+    if (local.host == 0) {
+        Report(-1, "Error getting host IP for data connection.");
+        listener->Close();
+        return -1;
+    }
+    *address = local;
+    return 0;
+}
+
+int clsFTP::FTPSendPort(TcpSocket &control, const SocketAddress &address)
+{
+    FTPWriteString(control, PortCommand(address).c_str());
+    fLastCode = FTPReadString(control, fReply, sizeof fReply);
+    return fLastCode == 200 ? 0 : fLastCode;
+}
+
+int clsFTP::FTPSendPASV(TcpSocket &control, PassiveAddress *address)
+{
+    FTPWriteString(control, "PASV\r\n");
+    fLastCode = FTPReadString(control, fReply, sizeof fReply);
+    if (fLastCode != 227)
+        return fLastCode;
+    // A 227 the client cannot read leaves no data connection to make.
+    return ParsePassiveReply(fReply, address) ? 0 : 6;
+}
+
+int clsFTP::Fail(int code, const char *what, FtpDataChannel *channel)
+{
+    ReportFormatted(-1, "Exception: %d - Error %s.", code, what);
+    channel->Close();
+    return code;
+}
+
+int clsFTP::OpenTransfer(const std::string &command,
+                         bool binary,
+                         bool passive,
+                         FtpDataChannel *channel,
+                         const char *what)
+{
+    const int code = ConnectData(command, binary, passive, channel);
+    // A data socket that could not be made is reported on its own.
+    if (code != 0 && code != 5)
+        return Fail(code, what, channel);
+    return code;
+}
+
+int clsFTP::ConnectData(const std::string &command,
+                        bool binary,
+                        bool passive,
+                        FtpDataChannel *channel)
+{
+    if (!passive) {
+        SocketAddress announced;
+        if (FTPInitDataConnection(&channel->listener, &announced, false) != 0)
+            return 1;
+        if (FTPSendPort(fControl, announced) != 0)
+            return 1;
+    }
+    const int wanted = binary ? 2 : 1;
+    if (fTransferType != wanted) {
+        const int code = Command(binary ? "TYPE I\r\n" : "TYPE A\r\n");
+        if (code != 200)
+            return code;
+        fTransferType = wanted;
+    }
+    if (passive) {
+        PassiveAddress offered;
+        const int code = FTPSendPASV(fControl, &offered);
+        fLastCode = code;
+        if (code != 0)
+            return code;
+        if (channel->data.Open() != B_OK) {
+            Report(-1, "Error initializing data socket.");
+            return 5;
+        }
+        // The port from the reply, on the host we already talk to: a server
+        // cannot send our data connection to a third host.
+        SocketAddress target;
+        fControl.PeerAddress(&target);
+        target.port = uint16_t(offered.port);
+        if (channel->data.Connect(target, ConnectTimeoutMs()) != B_OK) {
+            channel->data.Close();
+            Report(-1, "Unable to connect to host");
+            return 6;
+        }
+        const int code2 = Command(command);
+        if (code2 != 125 && code2 != 150)
+            return code2;
+    } else {
+        const int code = Command(command);
+        if (code != 125 && code != 150)
+            return code;
+        if (!TimeoutIfNotReady(channel->listener, true))
+            return 2;
+        if (channel->listener.Accept(&channel->data) != B_OK)
+            return 2;
+        channel->listener.Close();
+    }
+    channel->data.SetTimeouts(fTimeoutSeconds, fTimeoutMicroseconds);
+    return 0;
+}
+
+int clsFTP::FinishTransfer(FtpDataChannel *channel)
+{
+    channel->data.ShutdownSend();
+    channel->data.Close();
+    const int code = ReadReply();
+    return code == 226 || code == 250 ? 0 : code;
+}
+
+int clsFTP::Upload(const char *localPath, const char *remoteName, bool binary, bool passive, bool)
+{
+    FtpDataChannel channel;
+    int code = OpenTransfer(std::string("STOR ") + remoteName + "\r\n",
+                            binary,
+                            passive,
+                            &channel,
+                            "uploading file");
+    if (code != 0)
+        return code;
+
+    platform::File file(localPath, B_READ_ONLY);
+    if (file.InitCheck() != B_OK) {
+        channel.data.ShutdownSend();
+        ReadReply();
+        channel.data.Close();
+        Report(-1, "Error opening local file.");
+        return Fail(7, "uploading file", &channel);
+    }
+    const int64_t expected = std::max<off_t>(file.Seek(0, SEEK_END), 0);
+    file.Seek(0, SEEK_SET);
+    ReportFormatted(-1, "Sending %lld bytes to server.", static_cast<long long>(expected));
+    int64_t sent = 0;
+    // A 0 from the callback skips the rest of a block only; uploads are not
+    // stopped that way.
+    const auto progress = [&](int64_t done) { return ReportProgress(done, expected); };
+    char block[kBlockSize];
+    for (;;) {
+        const ssize_t read = file.Read(block, sizeof block);
+        // After a failed send the rest of the file could only fail too.
+        if (read <= 0 || !channel.SendBlock(block, size_t(read), &sent, progress))
+            break;
+    }
+    code = FinishTransfer(&channel);
+    return code != 0 ? Fail(code, "uploading file", &channel) : 0;
+}
+
+int clsFTP::UploadBuffer(
+    const char *buffer, int size, const char *remoteName, bool binary, bool passive, bool)
+{
+    FtpDataChannel channel;
+    int code = OpenTransfer(std::string("STOR ") + remoteName + "\r\n",
+                            binary,
+                            passive,
+                            &channel,
+                            "uploading file");
+    if (code != 0)
+        return code;
+    ReportFormatted(-1, "Sending %d bytes to server.", size);
+    // A 0 from the callback ends a piece; the next starts at the first byte
+    // not yet sent, so the whole buffer goes out all the same.
+    const int64_t total = size < 0 ? 0 : size;
+    const auto progress = [&](int64_t done) { return ReportProgress(done, total); };
+    int64_t sent = 0;
+    while (sent < total) {
+        const size_t piece = size_t(std::min<int64_t>(int64_t(kBlockSize), total - sent));
+        if (!channel.SendBlock(buffer + sent, piece, &sent, progress))
+            break;
+    }
+    code = FinishTransfer(&channel);
+    return code != 0 ? Fail(code, "uploading file", &channel) : 0;
+}
+
+int clsFTP::Download(const char *remoteName,
+                     const char *localDir,
+                     const char *localName,
+                     bool binary,
+                     bool passive,
+                     bool)
+{
+    FtpDataChannel channel;
+    int code = OpenTransfer(std::string("RETR ") + remoteName + "\r\n",
+                            binary,
+                            passive,
+                            &channel,
+                            "downloading file");
+    if (code != 0)
+        return code;
+    const int64_t expected = fCallback != nullptr ? ExpectedSize(fReply) : 0;
+
+    std::string path = localDir != nullptr ? localDir : "";
+    if (!path.empty() && path.back() == '/')
+        path.pop_back();
+    path += "/";
+    path += localName != nullptr ? localName : "";
+    platform::File file;
+    if (UnsafeLocalName(localName)
+        || file.SetTo(path, B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE) != B_OK) {
+        channel.data.ShutdownSend();
+        FTPWriteString(fControl, "ABOR\r\n");
+        char drain[kBlockSize];
+        if (channel.data.WaitReady(true, 0, 0) == B_OK)
+            channel.data.Receive(drain, sizeof drain);
+        channel.data.Close();
+        // Two answers come: the transfer's end (426, or 226 when it had
+        // finished) and then the ABOR's own; leaving one unread would put
+        // every later command one reply behind.
+        ReadReply();
+        if (fLastCode == 426 || fLastCode == 226 || fLastCode == 250 || fLastCode == 451)
+            ReadReply();
+        ReportFormatted(-1, "Error creating file: %s", path.c_str());
+        Report(-1, "Error opening local file.");
+        return Fail(7, "downloading file", &channel);
+    }
+    if (!TimeoutIfNotReady(channel.data, true))
+        return Fail(2, "downloading file", &channel);
+    int64_t total = 0;
+    bool writeFailed = false;
+    char block[kBlockSize];
+    for (;;) {
+        const ssize_t received = channel.data.Receive(block, sizeof block);
+        if (received <= 0)
+            break;
+        if (file.Write(block, size_t(received)) != received) {
+            writeFailed = true;
+            break;
+        }
+        total += received;
+        if (ReportProgress(total, expected) == 0)
+            break;
+    }
+    file.Unset();
+    ReportFormatted(-1, "Read %lld bytes from server.", static_cast<long long>(total));
+    code = FinishTransfer(&channel);
+    if (writeFailed)
+        code = 7;
+    return code != 0 ? Fail(code, "downloading file", &channel) : 0;
+}
+
+int clsFTP::DownloadBuffer(
+    char **buffer, int *size, const char *remoteName, bool binary, bool passive, bool)
+{
+    *buffer = nullptr;
+    *size = 0;
+    FtpDataChannel channel;
+    int code = OpenTransfer(std::string("RETR ") + remoteName + "\r\n",
+                            binary,
+                            passive,
+                            &channel,
+                            "downloading file");
+    if (code != 0)
+        return code;
+    const int64_t expected = fCallback != nullptr ? ExpectedSize(fReply) : 0;
+    if (!TimeoutIfNotReady(channel.data, true))
+        return Fail(2, "downloading file", &channel);
+    int64_t total = 0;
+    FtpDataChannel::Progress progress;
+    if (expected != 0)
+        progress = [&](int64_t done) { return ReportProgress(done, expected); };
+    channel.ReceiveAll(buffer, &total, progress);
+    *size = total > INT32_MAX ? INT32_MAX : int(total);
+    ReportFormatted(-1, "Read %lld bytes from server.", static_cast<long long>(total));
+    code = FinishTransfer(&channel);
+    return code != 0 ? Fail(code, "downloading file", &channel) : 0;
+}
+
+int clsFTP::List(const char *path, char **listing, bool passive, bool)
+{
+    *listing = nullptr;
+    FtpDataChannel channel;
+    const std::string command = path != nullptr ? std::string("LIST ") + path + "\r\n"
+                                                : std::string("LIST\r\n");
+    int code = OpenTransfer(command, false, passive, &channel, "retrieving list");
+    if (code != 0)
+        return code;
+    if (!TimeoutIfNotReady(channel.data, true))
+        return Fail(2, "retrieving list", &channel);
+    int64_t total = 0;
+    channel.ReceiveAll(listing, &total, nullptr);
+    if (*listing != nullptr) {
+        // The final line end goes; a listing cut short keeps its last byte.
+        (*listing)[total] = '\0';
+        if ((*listing)[total - 1] == '\n')
+            (*listing)[total - 1] = '\0';
+    }
+    ReportFormatted(-1, "Read %lld bytes from server.", static_cast<long long>(total));
+    code = FinishTransfer(&channel);
+    return code != 0 ? Fail(code, "retrieving list", &channel) : 0;
+}
+
+} // namespace kestrin

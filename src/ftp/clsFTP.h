@@ -1,0 +1,175 @@
+#pragma once
+
+#include "ftp/FtpDataChannel.h"
+#include "platform/TcpSocket.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+
+namespace kestrin {
+
+// Reports a log line (code -1, count 0) or a transfer's progress (code the
+// percentage, count the bytes moved so far). The answer matters only inside
+// transfers: 0 asks a download to stop.
+using FtpCallback = int (*)(int code, int count, const char *text, void *callbackData);
+
+// A blocking FTP client: one control connection, each call sends its command,
+// waits for the reply (bounded by the time-out) and answers 0 for success or a
+// code: the server's reply code, or 1 (no active data connection or PORT
+// refused), 2 (time-out), 4 (host unknown), 5 (no socket), 6 (no connection),
+// 7 (local file not opened), 421 (no 220 greeting). One thread at a time.
+class clsFTP
+{
+public:
+    static constexpr size_t kReplySize = 1024;
+    static constexpr size_t kBlockSize = 8192;
+
+    // The passive data address that a 227 reply names.
+    struct PassiveAddress
+    {
+        std::string host;
+        unsigned port = 0;
+    };
+
+    clsFTP(const char *host,
+           unsigned port,
+           const char *proxyHost,
+           unsigned proxyPort,
+           unsigned timeoutMs,
+           FtpCallback callback,
+           void *callbackData);
+    clsFTP(unsigned timeoutMs, FtpCallback callback, void *callbackData);
+    ~clsFTP();
+
+    clsFTP(const clsFTP &) = delete;
+    clsFTP &operator=(const clsFTP &) = delete;
+
+    // A null proxyHost means a direct connection.
+    void SetHost(const char *host, unsigned port, const char *proxyHost, unsigned proxyPort);
+    // Whole seconds, and the remaining milliseconds taken as microseconds:
+    // 1500 waits 1 s and 500 us. Kept so, callers' time-outs were tuned to it.
+    void SetTimeout(unsigned ms);
+    long TimeoutSeconds() const { return fTimeoutSeconds; }
+    long TimeoutMicroseconds() const { return fTimeoutMicroseconds; }
+
+    // 0 when logged in; 220 without a user; 331 or 332 when the server wants a
+    // password or account that was not given. A failure closes the connection.
+    int Connect(const char *user, const char *password, const char *account);
+    int SendUser(const char *user);
+    int SendPass(const char *password);
+    int SendAcct(const char *account);
+    // 221 for a clean QUIT, else 0.
+    int Disconnect();
+    // Only 257 counts as success, so a plain 250 to CWD comes back as 250.
+    int ChangeDir(const char *path);
+    // *path gets the folder; the result is judged on the previous reply's code.
+    int PrintDir(std::string *path);
+    int MakeDir(const char *path);
+    int RemoveDir(const char *path);
+    int DeleteFile(const char *name);
+    int RenameFile(const char *from, const char *to);
+    bool IsConnected() const;
+
+    int Upload(const char *localPath,
+               const char *remoteName,
+               bool binary,
+               bool passive,
+               bool unused = false);
+    int UploadBuffer(const char *buffer,
+                     int size,
+                     const char *remoteName,
+                     bool binary,
+                     bool passive,
+                     bool unused = false);
+    // Writes to localDir "/" localName, a name the caller chose: a name with a
+    // "/", or "." or "..", is refused like a file that cannot be created.
+    int Download(const char *remoteName,
+                 const char *localDir,
+                 const char *localName,
+                 bool binary,
+                 bool passive,
+                 bool unused = false);
+    // *buffer gets a malloc'ed block (not terminated) of *size bytes, or null;
+    // release it with DisposeBuffer.
+    int DownloadBuffer(char **buffer,
+                       int *size,
+                       const char *remoteName,
+                       bool binary,
+                       bool passive,
+                       bool unused = false);
+    // *listing gets the raw listing as a malloc'ed text, null when the server
+    // sent nothing; release it with DisposeBuffer. A null path lists the
+    // current folder.
+    int List(const char *path, char **listing, bool passive, bool unused = false);
+    static void DisposeBuffer(char **buffer);
+
+    // The text of the last reply read, its lines joined, or "TIMEOUT".
+    const char *ReplyText() const { return fReply; }
+    int LastCode() const { return fLastCode; }
+
+    // The protocol's pieces, open for the tests and the fuzzer.
+    int FTPWriteString(platform::TcpSocket &socket, const char *text);
+    // Reads one reply into buffer (cleared first) and answers its code; lines
+    // that arrived behind the reply wait in this client's queue for the next.
+    int FTPReadString(platform::TcpSocket &socket, char *buffer, size_t size);
+    bool TimeoutIfNotReady(platform::TcpSocket &socket, bool forReading);
+    // A listening socket for an active data connection; *address gets what
+    // PORT announces: the control connection's local address and the port.
+    int FTPInitDataConnection(platform::TcpSocket *listener,
+                              platform::SocketAddress *address,
+                              bool unused);
+    int FTPSendPort(platform::TcpSocket &control, const platform::SocketAddress &address);
+    int FTPSendPASV(platform::TcpSocket &control, PassiveAddress *address);
+    size_t PendingLineCount() const { return fPending.size(); }
+
+    // "PORT a,b,c,d,p1,p2\r\n"
+    static std::string PortCommand(const platform::SocketAddress &address);
+    // The address and port in the parentheses of a 227 reply; false when
+    // there are none or a number is out of range.
+    static bool ParsePassiveReply(const char *reply, PassiveAddress *address);
+    // The byte count in the last parentheses of a 150 reply, 0 when none.
+    static int64_t ExpectedSize(const char *reply);
+
+private:
+    int ConnectTimeoutMs() const;
+    int Report(int code, const char *text);
+    int ReportFormatted(int code, const char *format, ...) __attribute__((format(printf, 3, 4)));
+    int ReportProgress(int64_t done, int64_t expected);
+    // Sends a command and reads the reply into fReply/fLastCode.
+    int Command(const std::string &text);
+    int ReadReply();
+    int ReceiveReply(platform::TcpSocket &socket, char *buffer, size_t size);
+    int Fail(int code, const char *what, FtpDataChannel *channel);
+
+    // Steps 1 to 6 of every transfer: PORT or PASV, TYPE, the command and the
+    // data connection. 0 with channel->data connected, else the code, with
+    // the failure reported as "Exception: %d - Error <what>.".
+    int OpenTransfer(const std::string &command,
+                     bool binary,
+                     bool passive,
+                     FtpDataChannel *channel,
+                     const char *what);
+    int ConnectData(const std::string &command, bool binary, bool passive, FtpDataChannel *channel);
+    // Closes the data connection and reads the final reply: 0 on 226 or 250.
+    int FinishTransfer(FtpDataChannel *channel);
+
+    std::string fHost;
+    std::string fProxyHost;
+    char fReply[kReplySize] = {};
+    int fLastCode = 0;
+    int fTransferType = 0;
+    unsigned fPort = 0;
+    unsigned fProxyPort = 0;
+    platform::TcpSocket fControl;
+    bool fUseProxy = false;
+    FtpCallback fCallback = nullptr;
+    void *fCallbackData = nullptr;
+    long fTimeoutSeconds = 0;
+    long fTimeoutMicroseconds = 0;
+    // Lines that arrived in one read behind the reply they followed.
+    std::deque<std::string> fPending;
+};
+
+} // namespace kestrin

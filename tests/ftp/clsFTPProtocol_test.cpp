@@ -1,0 +1,288 @@
+// The protocol's odd cases, against bytes written into a socket pair or a
+// scripted server on 127.0.0.1.
+
+#include "CallbackLog.h"
+#include "ScriptedServer.h"
+#include "ftp/clsFTP.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+using kestrin::clsFTP;
+using platform::SocketAddress;
+using platform::TcpSocket;
+
+namespace {
+
+// 999 ms waits 999 us: a silent peer costs a millisecond.
+constexpr unsigned kShortTimeout = 999;
+constexpr unsigned kTimeout = 5000;
+
+struct Pair
+{
+    TcpSocket server;
+    TcpSocket client;
+    Pair() { EXPECT_EQ(TcpSocket::CreatePair(&server, &client), B_OK); }
+    void Write(const std::string &bytes)
+    {
+        ASSERT_EQ(server.SendAll(bytes.data(), bytes.size()), B_OK);
+    }
+};
+
+int Read(clsFTP &ftp, Pair &pair, std::string *text)
+{
+    char buffer[clsFTP::kReplySize];
+    const int code = ftp.FTPReadString(pair.client, buffer, sizeof buffer);
+    EXPECT_LT(strnlen(buffer, sizeof buffer), sizeof buffer);
+    *text = buffer;
+    return code;
+}
+
+} // namespace
+
+TEST(FtpReplyReader, MultiLineReplyInOneReadLeavesTheNextReplyQueued)
+{
+    CallbackLog log;
+    clsFTP ftp(kShortTimeout, &CallbackLog::Record, &log);
+    Pair pair;
+    pair.Write("220-Welcome\r\n220 ready\r\n331 next\r\n");
+    std::string text;
+    EXPECT_EQ(Read(ftp, pair, &text), 220);
+    EXPECT_EQ(text, "220-Welcome220 ready");
+    EXPECT_TRUE(log.HasText("220-Welcome220 ready"));
+    // A network read now would see the 500: the 331 must come from the queue.
+    pair.Write("500 not yet\r\n");
+    EXPECT_EQ(Read(ftp, pair, &text), 331);
+    EXPECT_EQ(text, "331 next");
+    EXPECT_EQ(Read(ftp, pair, &text), 500);
+
+    // The queue is the client's own: another client reads the network.
+    clsFTP other(kShortTimeout, nullptr, nullptr);
+    Pair second;
+    second.Write("220-a\r\n220 b\r\n250 queued\r\n");
+    EXPECT_EQ(Read(ftp, second, &text), 220);
+    EXPECT_EQ(Read(other, second, &text), 2);
+    EXPECT_EQ(text, "TIMEOUT");
+    EXPECT_EQ(Read(ftp, second, &text), 250);
+}
+
+TEST(FtpReplyReader, MultiLineReplyEndsOnlyOnItsOwnNumberAndABlank)
+{
+    clsFTP ftp(kShortTimeout, nullptr, nullptr);
+    Pair pair;
+    // Exactly one receive's worth, so the end arrives in a later read.
+    std::string first = "230-first\r\n";
+    first += "231 other number\r\n";
+    first += "2301 longer number\r\n";
+    first += "230-" + std::string(clsFTP::kReplySize - first.size() - 6, 'x') + "\r\n";
+    ASSERT_EQ(first.size(), clsFTP::kReplySize);
+    pair.Write(first);
+    pair.Write("230 done\r\n250 after\r\n");
+    std::string text;
+    EXPECT_EQ(Read(ftp, pair, &text), 230);
+    EXPECT_EQ(text.rfind("230-first231 other number2301 longer number230-", 0), 0u);
+    EXPECT_EQ(ftp.PendingLineCount(), 1u);
+    EXPECT_EQ(Read(ftp, pair, &text), 250);
+}
+
+TEST(FtpReplyReader, BrokenRepliesStayInsideTheBuffer)
+{
+    clsFTP ftp(kShortTimeout, nullptr, nullptr);
+    std::string text;
+    {
+        Pair silent;
+        EXPECT_EQ(Read(ftp, silent, &text), 2);
+        EXPECT_EQ(text, "TIMEOUT");
+    }
+    {
+        Pair pair;
+        pair.Write("hello without a code or line end");
+        EXPECT_EQ(Read(ftp, pair, &text), 0);
+        EXPECT_EQ(text, "hello without a code or line end");
+        pair.Write("550 " + std::string(5000, 'y') + "\r\n");
+        EXPECT_EQ(Read(ftp, pair, &text), 550);
+        EXPECT_EQ(text.size(), clsFTP::kReplySize - 1);
+    }
+    {
+        // A reply that never ends before the server goes away.
+        Pair pair;
+        std::string endless = "230-start\r\n";
+        for (int i = 0; i < 2000; i++)
+            endless += "230-more " + std::to_string(i) + "\r\n";
+        pair.Write(endless);
+        pair.server.Close();
+        EXPECT_EQ(Read(ftp, pair, &text), 2);
+        EXPECT_EQ(text, "TIMEOUT");
+    }
+}
+
+TEST(FtpReplyReader, PortAndPassiveTextsAreReadAndWritten)
+{
+    EXPECT_EQ(clsFTP::PortCommand(SocketAddress{0x0a000007, 5001}), "PORT 10,0,0,7,19,137\r\n");
+
+    clsFTP::PassiveAddress address;
+    ASSERT_TRUE(clsFTP::ParsePassiveReply("227 Entering Passive Mode (192,168,1,2,4,1)", &address));
+    EXPECT_EQ(address.host, "192.168.1.2");
+    EXPECT_EQ(address.port, 1025u);
+    EXPECT_FALSE(clsFTP::ParsePassiveReply("227 Entering Passive Mode 192,168,1,2,4,1", &address));
+    EXPECT_FALSE(clsFTP::ParsePassiveReply("227 (192,168,1,2,4,256)", &address));
+    EXPECT_FALSE(clsFTP::ParsePassiveReply("227 (1,2,3,4,5)", &address));
+    EXPECT_FALSE(clsFTP::ParsePassiveReply("227 (1,2,3,4,5,99999999999999999999)", &address));
+
+    EXPECT_EQ(clsFTP::ExpectedSize("150 Opening BINARY mode data connection for f (1234 bytes)."),
+              1234);
+    EXPECT_EQ(clsFTP::ExpectedSize("150 Opening data connection."), 0);
+}
+
+TEST(FtpScripted, GreetingRulesAndSilentServer)
+{
+    {
+        ScriptedServer server([](ScriptedServer::Session &s) {
+            s.Send("120 in a moment\r\n");
+            s.Send("220 ready\r\n");
+            s.WaitForClose();
+        });
+        CallbackLog log;
+        clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kTimeout, &CallbackLog::Record, &log);
+        EXPECT_EQ(ftp.Connect(nullptr, nullptr, nullptr), 220);
+        EXPECT_TRUE(ftp.IsConnected());
+        ftp.Disconnect();
+        // Nothing but the QUIT: no USER without a user.
+        EXPECT_EQ(server.Finish(), std::vector<std::string>{"QUIT\r\n"});
+    }
+    {
+        ScriptedServer server([](ScriptedServer::Session &s) { s.WaitForClose(); });
+        CallbackLog log;
+        clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kShortTimeout, &CallbackLog::Record, &log);
+        EXPECT_EQ(ftp.Connect("anonymous", "x", nullptr), 421);
+        EXPECT_TRUE(log.HasText("TIMEOUT"));
+        EXPECT_TRUE(log.HasText("Exception: 421 - Error connecting to server."));
+        EXPECT_FALSE(ftp.IsConnected());
+        EXPECT_TRUE(server.Finish().empty());
+    }
+    {
+        TcpSocket closed;
+        SocketAddress local;
+        ASSERT_EQ(closed.Open(), B_OK);
+        ASSERT_EQ(closed.BindEphemeral(0x7f000001), B_OK);
+        ASSERT_EQ(closed.LocalAddress(&local), B_OK);
+        CallbackLog log;
+        clsFTP ftp("127.0.0.1", local.port, nullptr, 0, kTimeout, &CallbackLog::Record, &log);
+        EXPECT_EQ(ftp.Connect("anonymous", "x", nullptr), 6);
+        EXPECT_TRUE(log.HasText("Unable to connect to host"));
+    }
+}
+
+TEST(FtpScripted, ProxyCarriesTheRealServerInUser)
+{
+    ScriptedServer server([](ScriptedServer::Session &s) {
+        s.Send("220 proxy\r\n");
+        s.ReadLine();
+        s.Send("331 password\r\n");
+        s.ReadLine();
+        s.Send("230-logged\r\n230 in\r\n");
+        s.WaitForClose();
+    });
+    CallbackLog log;
+    clsFTP ftp("h", 21, "127.0.0.1", server.Port(), kTimeout, &CallbackLog::Record, &log);
+    EXPECT_EQ(ftp.Connect("u", "pw", nullptr), 0);
+    ftp.Disconnect();
+    const auto lines = server.Finish();
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_EQ(lines[0], "USER u@h:21\r\n");
+    EXPECT_EQ(lines[1], "PASS pw\r\n");
+    EXPECT_TRUE(log.HasText("PASS ******\r\n"));
+    EXPECT_FALSE(log.HasText("PASS pw\r\n"));
+}
+
+TEST(FtpScripted, PassiveGoesToTheControlPeerAndAnEmptyListingIsNull)
+{
+    ScriptedServer server([](ScriptedServer::Session &s) {
+        s.Send("220 hi\r\n");
+        s.ReadLine(); // TYPE A
+        s.Send("200 ok\r\n");
+        s.ReadLine(); // PASV
+        TcpSocket listener, data;
+        const unsigned port = s.ListenForData(&listener);
+        // Another host's address: the client must stay on 127.0.0.1.
+        s.Send("227 Entering Passive Mode (" + PassiveNumbers("192.0.2.9", port) + ").\r\n");
+        if (!s.AcceptData(&listener, &data))
+            return;
+        s.ReadLine(); // LIST
+        s.Send("150 Here it comes\r\n");
+        data.Close();
+        s.Send("226 done\r\n");
+        s.WaitForClose();
+    });
+    clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kTimeout, nullptr, nullptr);
+    ASSERT_EQ(ftp.Connect(nullptr, nullptr, nullptr), 220);
+    char *listing = reinterpret_cast<char *>(1);
+    EXPECT_EQ(ftp.List(nullptr, &listing, true), 0);
+    EXPECT_EQ(listing, nullptr);
+    ftp.Disconnect();
+    const auto lines = server.Finish();
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_EQ(lines[2], "LIST\r\n");
+}
+
+TEST(FtpScripted, ActiveAnnouncesTheControlAddressAndRetrWithoutCount)
+{
+    unsigned announcedPort = 0;
+    ScriptedServer server([&announcedPort](ScriptedServer::Session &s) {
+        s.Send("220 hi\r\n");
+        const std::string port = s.ReadLine();
+        unsigned h[6] = {};
+        if (sscanf(port.c_str(), "PORT %u,%u,%u,%u,%u,%u", &h[0], &h[1], &h[2], &h[3], &h[4], &h[5])
+            != 6)
+            return;
+        announcedPort = h[4] * 256 + h[5];
+        s.Send("200 PORT ok\r\n");
+        s.ReadLine(); // TYPE I
+        s.Send("200 ok\r\n");
+        s.ReadLine(); // RETR
+        TcpSocket data;
+        if (!s.ConnectData(announcedPort, &data))
+            return;
+        s.Send("150 Opening data connection.\r\n");
+        data.SendAll("abc", 3);
+        data.Close();
+        s.Send("226 done\r\n");
+        s.WaitForClose();
+    });
+    CallbackLog log;
+    clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kTimeout, &CallbackLog::Record, &log);
+    ASSERT_EQ(ftp.Connect(nullptr, nullptr, nullptr), 220);
+    char *buffer = nullptr;
+    int size = 0;
+    EXPECT_EQ(ftp.DownloadBuffer(&buffer, &size, "f", true, false), 0);
+    ASSERT_EQ(size, 3);
+    EXPECT_EQ(std::string(buffer, 3), "abc");
+    clsFTP::DisposeBuffer(&buffer);
+    EXPECT_EQ(buffer, nullptr);
+    EXPECT_EQ(log.ProgressCalls(), 0);
+    EXPECT_TRUE(log.HasText("Read 3 bytes from server."));
+    ftp.Disconnect();
+    const auto lines = server.Finish();
+    ASSERT_GE(lines.size(), 1u);
+    EXPECT_EQ(lines[0].rfind("PORT 127,0,0,1,", 0), 0u);
+    EXPECT_NE(announcedPort, 0u);
+}
+
+TEST(FtpScripted, UnusablePassiveReplyFailsTheTransfer)
+{
+    ScriptedServer server([](ScriptedServer::Session &s) {
+        s.Send("220 hi\r\n");
+        s.ReadLine(); // TYPE A
+        s.Send("200 ok\r\n");
+        s.ReadLine(); // PASV
+        s.Send("227 Entering Passive Mode 127,0,0,1,4,1\r\n");
+        s.WaitForClose();
+    });
+    CallbackLog log;
+    clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kTimeout, &CallbackLog::Record, &log);
+    ASSERT_EQ(ftp.Connect(nullptr, nullptr, nullptr), 220);
+    char *listing = nullptr;
+    EXPECT_EQ(ftp.List(nullptr, &listing, true), 6);
+    EXPECT_EQ(listing, nullptr);
+    EXPECT_TRUE(log.HasText("Exception: 6 - Error retrieving list."));
+}

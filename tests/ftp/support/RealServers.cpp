@@ -1,0 +1,175 @@
+#include "RealServers.h"
+
+#include "TempHome.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char **environ;
+
+using platform::SocketAddress;
+using platform::TcpSocket;
+
+namespace {
+
+constexpr uint32_t kLoopback = 0x7f000001;
+const char *const kVsftpd = "/usr/sbin/vsftpd";
+
+} // namespace
+
+VsftpdServer::VsftpdServer()
+{
+    if (access(kVsftpd, X_OK) != 0) {
+        fUnavailable = "vsftpd is not installed";
+        return;
+    }
+    if (geteuid() != 0) {
+        fUnavailable = "vsftpd serves anonymous users only when started as root";
+        return;
+    }
+    const std::string base = fDir.path().toStdString();
+    mkdir((base + "/root").c_str(), 0755);
+    mkdir((base + "/root/upload").c_str(), 0777);
+    mkdir((base + "/empty").c_str(), 0755);
+    chmod((base + "/root").c_str(), 0555);
+    fConfig = base + "/vsftpd.conf";
+    WriteFileBytes(fConfig,
+                   "listen=NO\n"
+                   "listen_ipv6=NO\n"
+                   "run_as_launching_user=YES\n"
+                   "seccomp_sandbox=NO\n"
+                   "isolate=NO\n"
+                   "isolate_network=NO\n"
+                   "anonymous_enable=YES\n"
+                   "no_anon_password=YES\n"
+                   "local_enable=NO\n"
+                   "anon_root="
+                       + base
+                       + "/root\n"
+                         "allow_writeable_chroot=YES\n"
+                         "write_enable=YES\n"
+                         "anon_upload_enable=YES\n"
+                         "anon_mkdir_write_enable=YES\n"
+                         "anon_other_write_enable=YES\n"
+                         "anon_world_readable_only=NO\n"
+                         "anon_umask=022\n"
+                         "pasv_enable=YES\n"
+                         "pasv_address=127.0.0.1\n"
+                         "port_enable=YES\n"
+                         "connect_from_port_20=NO\n"
+                         "xferlog_enable=NO\n"
+                         "dirmessage_enable=NO\n"
+                         "secure_chroot_dir="
+                       + base + "/empty\n");
+    SocketAddress local;
+    if (fListener.Open() != B_OK || fListener.BindEphemeral(kLoopback) != B_OK
+        || fListener.Listen(8) != B_OK || fListener.LocalAddress(&local) != B_OK) {
+        fUnavailable = "no listening socket on 127.0.0.1";
+        return;
+    }
+    fPort = local.port;
+    fThread = std::thread([this] { Serve(); });
+}
+
+VsftpdServer::~VsftpdServer()
+{
+    fStop = true;
+    if (fThread.joinable())
+        fThread.join();
+    std::lock_guard<std::mutex> guard(fLock);
+    for (pid_t child : fChildren) {
+        // Each session runs in a process group of its own, led by the child.
+        kill(-child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+}
+
+std::string VsftpdServer::Root() const
+{
+    return fDir.path().toStdString() + "/root";
+}
+
+std::string VsftpdServer::Scratch() const
+{
+    const std::string scratch = fDir.path().toStdString() + "/scratch";
+    mkdir(scratch.c_str(), 0755);
+    return scratch;
+}
+
+void VsftpdServer::Serve()
+{
+    while (!fStop) {
+        if (fListener.WaitReady(true, 0, 100000) != B_OK)
+            continue;
+        TcpSocket connection;
+        if (fListener.Accept(&connection) == B_OK)
+            Spawn(connection);
+    }
+}
+
+void VsftpdServer::Spawn(const TcpSocket &connection)
+{
+    const std::string log = fDir.path().toStdString() + "/vsftpd.log";
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, connection.FD(), 0);
+    posix_spawn_file_actions_adddup2(&actions, connection.FD(), 1);
+    posix_spawn_file_actions_addopen(&actions, 2, log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    char *argv[] = {const_cast<char *>(kVsftpd), const_cast<char *>(fConfig.c_str()), nullptr};
+    pid_t child = 0;
+    if (posix_spawn(&child, kVsftpd, &actions, &attributes, argv, environ) == 0) {
+        std::lock_guard<std::mutex> guard(fLock);
+        fChildren.push_back(child);
+    }
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+}
+
+PyftpdlibServer::PyftpdlibServer()
+{
+    static const char *const script = R"(
+import sys
+from pyftpdlib.authorizers import DummyAuthorizer
+from pyftpdlib.handlers import FTPHandler
+from pyftpdlib.servers import FTPServer
+authorizer = DummyAuthorizer()
+authorizer.add_user("kestrin", "secret", sys.argv[1], perm="elradfmw")
+FTPHandler.authorizer = authorizer
+FTPHandler.auth_failed_timeout = 0
+server = FTPServer(("127.0.0.1", 0), FTPHandler)
+print(server.address[1], flush=True)
+server.serve_forever()
+)";
+    fProcess.setProcessChannelMode(QProcess::SeparateChannels);
+    fProcess.setStandardErrorFile(QProcess::nullDevice());
+    // Debian's own interpreter, where python3-pyftpdlib installs, before any
+    // other python3 on PATH.
+    const QString python = access("/usr/bin/python3", X_OK) == 0 ? "/usr/bin/python3" : "python3";
+    fProcess.start(python, {"-c", script, fDir.path()});
+    if (!fProcess.waitForStarted(5000)) {
+        fUnavailable = "python3 is not installed";
+        return;
+    }
+    while (!fProcess.canReadLine() && fProcess.waitForReadyRead(10000)) {
+    }
+    const QByteArray line = fProcess.readLine().trimmed();
+    fPort = line.toUInt();
+    if (fPort == 0)
+        fUnavailable = "pyftpdlib is not installed (python3-pyftpdlib)";
+}
+
+PyftpdlibServer::~PyftpdlibServer()
+{
+    if (fProcess.state() != QProcess::NotRunning) {
+        fProcess.kill();
+        fProcess.waitForFinished(5000);
+    }
+}

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/TcpSocket.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <sys/types.h>
+#include <thread>
+#include <vector>
+
+// Debian's vsftpd serving a temporary root to anonymous users on 127.0.0.1.
+// The fixture listens on an ephemeral port itself and starts vsftpd in inetd
+// mode for each connection it accepts, so there is no port to guess and no
+// start-up to wait for. vsftpd runs as the user who started it, so there is
+// no chroot: the session starts in Root(), PWD answers absolute local paths,
+// and tests use paths relative to Root(). "upload" is the folder to write in.
+class VsftpdServer
+{
+public:
+    VsftpdServer();
+    ~VsftpdServer();
+
+    VsftpdServer(const VsftpdServer &) = delete;
+    VsftpdServer &operator=(const VsftpdServer &) = delete;
+
+    // Why vsftpd cannot serve here, or empty.
+    std::string Unavailable() const { return fUnavailable; }
+    unsigned Port() const { return fPort; }
+    std::string Root() const;
+    std::string Scratch() const;
+
+private:
+    void Serve();
+    void Spawn(const platform::TcpSocket &connection);
+
+    QTemporaryDir fDir;
+    std::string fConfig;
+    std::string fUnavailable;
+    platform::TcpSocket fListener;
+    unsigned fPort = 0;
+    std::atomic<bool> fStop{false};
+    std::mutex fLock;
+    std::vector<pid_t> fChildren;
+    std::thread fThread;
+};
+
+// pyftpdlib with one user "kestrin", password "secret", for the login paths
+// vsftpd would need a system account for.
+class PyftpdlibServer
+{
+public:
+    PyftpdlibServer();
+    ~PyftpdlibServer();
+
+    std::string Unavailable() const { return fUnavailable; }
+    unsigned Port() const { return fPort; }
+
+private:
+    QTemporaryDir fDir;
+    QProcess fProcess;
+    std::string fUnavailable;
+    unsigned fPort = 0;
+};

@@ -1,0 +1,105 @@
+#include "ScriptedServer.h"
+
+#include <algorithm>
+
+using platform::SocketAddress;
+using platform::TcpSocket;
+
+namespace {
+
+constexpr uint32_t kLoopback = 0x7f000001;
+
+} // namespace
+
+void ScriptedServer::Session::Send(const std::string &bytes)
+{
+    fControl->SendAll(bytes.data(), bytes.size());
+}
+
+std::string ScriptedServer::Session::ReadLine()
+{
+    for (;;) {
+        const size_t end = fBuffered.find('\n');
+        if (end != std::string::npos) {
+            std::string line = fBuffered.substr(0, end + 1);
+            fBuffered.erase(0, end + 1);
+            std::lock_guard<std::mutex> guard(fServer->fLock);
+            fServer->fReceived.push_back(line);
+            return line;
+        }
+        if (fControl->WaitReady(true, kWaitSeconds, 0) != B_OK)
+            return {};
+        char chunk[4096];
+        const ssize_t received = fControl->Receive(chunk, sizeof chunk);
+        if (received <= 0)
+            return {};
+        fBuffered.append(chunk, size_t(received));
+    }
+}
+
+unsigned ScriptedServer::Session::ListenForData(TcpSocket *listener)
+{
+    SocketAddress local;
+    if (listener->Open() != B_OK || listener->BindEphemeral(kLoopback) != B_OK
+        || listener->Listen(1) != B_OK || listener->LocalAddress(&local) != B_OK)
+        return 0;
+    return local.port;
+}
+
+bool ScriptedServer::Session::AcceptData(TcpSocket *listener, TcpSocket *data)
+{
+    return listener->WaitReady(true, kWaitSeconds, 0) == B_OK && listener->Accept(data) == B_OK;
+}
+
+bool ScriptedServer::Session::ConnectData(unsigned port, TcpSocket *data)
+{
+    return data->Connect(SocketAddress{kLoopback, uint16_t(port)}, int(kWaitSeconds * 1000))
+           == B_OK;
+}
+
+void ScriptedServer::Session::WaitForClose()
+{
+    for (std::string line = ReadLine(); !line.empty(); line = ReadLine()) {
+        if (line.rfind("QUIT", 0) == 0)
+            Send("221 bye\r\n");
+    }
+}
+
+ScriptedServer::ScriptedServer(Script script)
+    : fScript(std::move(script))
+{
+    SocketAddress local;
+    if (fListener.Open() == B_OK && fListener.BindEphemeral(kLoopback) == B_OK
+        && fListener.Listen(1) == B_OK && fListener.LocalAddress(&local) == B_OK)
+        fPort = local.port;
+    fThread = std::thread([this] { Run(); });
+}
+
+ScriptedServer::~ScriptedServer()
+{
+    Finish();
+}
+
+void ScriptedServer::Run()
+{
+    TcpSocket control;
+    if (fListener.WaitReady(true, kWaitSeconds, 0) != B_OK || fListener.Accept(&control) != B_OK)
+        return;
+    Session session(this, &control);
+    fScript(session);
+}
+
+std::vector<std::string> ScriptedServer::Finish()
+{
+    if (fThread.joinable())
+        fThread.join();
+    std::lock_guard<std::mutex> guard(fLock);
+    return fReceived;
+}
+
+std::string PassiveNumbers(const std::string &host, unsigned port)
+{
+    std::string numbers = host;
+    std::replace(numbers.begin(), numbers.end(), '.', ',');
+    return numbers + "," + std::to_string(port / 256) + "," + std::to_string(port % 256);
+}

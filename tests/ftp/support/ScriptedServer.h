@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/TcpSocket.h"
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+// One FTP conversation on 127.0.0.1, played by a script on a thread of its
+// own: it accepts one control connection and hands it to the script. Every
+// wait is bounded, so a client that misbehaves ends the script in seconds.
+class ScriptedServer
+{
+public:
+    class Session
+    {
+    public:
+        explicit Session(ScriptedServer *server, platform::TcpSocket *control)
+            : fServer(server)
+            , fControl(control)
+        {}
+
+        void Send(const std::string &bytes);
+        // The next line from the client with its line end, recorded; "" when
+        // none came in time or the client closed.
+        std::string ReadLine();
+        // A listening socket on 127.0.0.1 for a passive data connection.
+        unsigned ListenForData(platform::TcpSocket *listener);
+        bool AcceptData(platform::TcpSocket *listener, platform::TcpSocket *data);
+        bool ConnectData(unsigned port, platform::TcpSocket *data);
+        // Answers QUIT and waits for the client to close the connection.
+        void WaitForClose();
+
+    private:
+        ScriptedServer *fServer;
+        platform::TcpSocket *fControl;
+        std::string fBuffered;
+    };
+
+    using Script = std::function<void(Session &)>;
+
+    explicit ScriptedServer(Script script);
+    ~ScriptedServer();
+
+    unsigned Port() const { return fPort; }
+    // Ends the conversation (waits for the script) and gives every line the
+    // client sent.
+    std::vector<std::string> Finish();
+
+    static constexpr long kWaitSeconds = 5;
+
+private:
+    void Run();
+
+    Script fScript;
+    platform::TcpSocket fListener;
+    unsigned fPort = 0;
+    std::mutex fLock;
+    std::vector<std::string> fReceived;
+    std::thread fThread;
+};
+
+// "h1,h2,h3,h4,p1,p2" for 127.0.0.1 or another address and a port.
+std::string PassiveNumbers(const std::string &host, unsigned port);

@@ -6,6 +6,8 @@
 # Usage: bench/copy.sh [work folder]   (default: a temporary folder in /var/tmp)
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+# shellcheck source=timing.sh
+source "$root/bench/timing.sh"
 repeat="${REPEAT:-5}"
 work="${1:-$(mktemp -d /var/tmp/kestrin-bench.XXXXXX)}"
 build="$root/build/bench"
@@ -40,19 +42,11 @@ for d in range(100):
 PY
 fi
 
-seconds() { date +%s.%N; }
-
-# run NAME COMMAND...: times the command into a fresh "$work/dst".
+# run COMMAND...: times the command into a fresh "$work/dst".
 run() {
     rm -rf "$work/dst" && mkdir "$work/dst" && sync
-    local start end
-    start=$(seconds)
-    "$@" >/dev/null
-    end=$(seconds)
-    awk -v a="$start" -v b="$end" 'BEGIN { print b - a }'
+    elapsed "$@"
 }
-
-median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR+1)/2] : (a[NR/2] + a[NR/2+1]) / 2}'; }
 
 bench_case() {
     local name="$1" source="$2" kestrin_times=() cp_times=() i

@@ -1,0 +1,170 @@
+#include "platform/FolderScan.h"
+
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+// Large enough that a folder of 100,000 entries takes a dozen system calls,
+// small enough to live on the heap only while names are read.
+constexpr size_t kDirentBufferSize = 256 * 1024;
+
+bool IsDotOrDotDot(const char *name)
+{
+    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+}
+
+int OpenFolder(const std::string &path)
+{
+    int fd;
+    do {
+        fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    } while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+// Calls visit(name, d_type) for every entry of the open folder `fd` from its
+// current position, "." and ".." left out, until visit answers false. Reads
+// the kernel's records directly: readdir would copy each name once more and
+// allocate a stream per call.
+template<typename Visit>
+status_t ForEachEntry(int fd, Visit visit)
+{
+    std::vector<char> buffer(kDirentBufferSize);
+    for (;;) {
+        const ssize_t length = getdents64(fd, buffer.data(), buffer.size());
+        if (length < 0) {
+            if (errno == EINTR)
+                continue;
+            return LastError();
+        }
+        if (length == 0)
+            return B_OK;
+        for (ssize_t offset = 0; offset < length;) {
+            const auto *entry = reinterpret_cast<const dirent64 *>(buffer.data() + offset);
+            offset += entry->d_reclen;
+            if (IsDotOrDotDot(entry->d_name))
+                continue;
+            if (!visit(entry->d_name, entry->d_type))
+                return B_OK;
+        }
+    }
+}
+
+bool IsFolderAt(int fd, const char *name, bool followLinks)
+{
+    struct stat info;
+    if (fstatat(fd, name, &info, AT_SYMLINK_NOFOLLOW) != 0)
+        return false;
+    if (S_ISDIR(info.st_mode))
+        return true;
+    return followLinks && S_ISLNK(info.st_mode) && fstatat(fd, name, &info, 0) == 0
+           && S_ISDIR(info.st_mode);
+}
+
+} // namespace
+
+FolderScan::FolderScan(const std::string &path)
+{
+    if (path.empty()) {
+        fStatus = B_BAD_VALUE;
+        return;
+    }
+    fFD = OpenFolder(path);
+    if (fFD < 0) {
+        fStatus = LastError();
+        return;
+    }
+    if (fstat(fFD, &fFolderInfo) != 0) {
+        fStatus = LastError();
+        close(fFD);
+        fFD = -1;
+        return;
+    }
+    fStatus = B_OK;
+}
+
+FolderScan::~FolderScan()
+{
+    if (fFD >= 0)
+        close(fFD);
+}
+
+int32_t FolderScan::ReadNames()
+{
+    fNames.clear();
+    if (fStatus != B_OK)
+        return fStatus;
+    // A second call reads the folder afresh.
+    if (lseek(fFD, 0, SEEK_SET) < 0)
+        return LastError();
+    const status_t status = ForEachEntry(fFD, [this](const char *name, unsigned char) {
+        fNames.emplace_back(name);
+        return true;
+    });
+    return status == B_OK ? int32_t(fNames.size()) : status;
+}
+
+status_t FolderScan::StatEntries(std::vector<ScannedEntry> *entries,
+                                 const std::atomic<bool> *cancel,
+                                 std::atomic<int32_t> *done)
+{
+    if (fStatus != B_OK)
+        return fStatus;
+    if (!entries)
+        return B_BAD_VALUE;
+    entries->clear();
+    entries->reserve(fNames.size());
+    for (const std::string &name : fNames) {
+        if (cancel && cancel->load(std::memory_order_relaxed))
+            return B_CANCELED;
+        ScannedEntry &entry = entries->emplace_back();
+        entry.name = name;
+        if (fstatat(fFD, name.c_str(), &entry.info, AT_SYMLINK_NOFOLLOW) != 0) {
+            entry.statStatus = LastError();
+            entry.info = {};
+        } else if (S_ISLNK(entry.info.st_mode)) {
+            struct stat target;
+            if (fstatat(fFD, name.c_str(), &target, 0) == 0) {
+                entry.targetKnown = true;
+                entry.targetMode = target.st_mode;
+            }
+        }
+        if (done)
+            done->fetch_add(1, std::memory_order_relaxed);
+    }
+    return B_ENTRY_NOT_FOUND;
+}
+
+bool FolderScan::HasSubfolder(const std::string &path, bool followLinks)
+{
+    const int fd = OpenFolder(path);
+    if (fd < 0)
+        return false;
+    bool found = false;
+    ForEachEntry(fd, [&](const char *name, unsigned char type) {
+        switch (type) {
+        case DT_DIR:
+            found = true;
+            break;
+        case DT_UNKNOWN:
+            // Some file systems (older XFS, some FUSE ones) leave the type out.
+            found = IsFolderAt(fd, name, followLinks);
+            break;
+        case DT_LNK:
+            found = followLinks && IsFolderAt(fd, name, true);
+            break;
+        default:
+            break;
+        }
+        return !found;
+    });
+    close(fd);
+    return found;
+}
+
+} // namespace platform

@@ -44,6 +44,27 @@ status_t Launcher::OpenWithPreferredApplication(const std::string &path)
     return Start({"xdg-open", {path}, {}, {}});
 }
 
+status_t Launcher::OpenInTextEditor(const std::string &path)
+{
+    const QByteArray editor = qgetenv("KESTRIN_EDITOR");
+    if (!editor.isEmpty())
+        return Start({editor.toStdString(), {path}, {}, {}});
+    // The desktop file that xdg-mime names for plain text, started by gio,
+    // so the file opens as text whatever type its name suggests.
+    QProcess query;
+    query.start("xdg-mime", {"query", "default", "text/plain"});
+    if (query.waitForFinished(2000) && query.exitCode() == 0) {
+        const QString desktopFile = QString::fromUtf8(query.readAllStandardOutput()).trimmed();
+        const QString found = desktopFile.isEmpty()
+                                  ? QString()
+                                  : QStandardPaths::locate(QStandardPaths::ApplicationsLocation,
+                                                           desktopFile);
+        if (!found.isEmpty() && !FindProgram({"gio"}).empty())
+            return Start({"gio", {"launch", found.toStdString(), path}, {}, {}});
+    }
+    return OpenWithPreferredApplication(path);
+}
+
 LaunchSink *Launcher::SetSink(LaunchSink *sink)
 {
     return gSink.exchange(sink);

@@ -23,6 +23,10 @@ public:
     // Opens a document or folder with the desktop's preferred application.
     static status_t OpenWithPreferredApplication(const std::string &path);
 
+    // Opens a file in a text editor: $KESTRIN_EDITOR when set, else the
+    // desktop's default application for text/plain, else xdg-open.
+    static status_t OpenInTextEditor(const std::string &path);
+
     // Replaces the sink (nullptr restores real launching) and returns the previous one.
     static LaunchSink *SetSink(LaunchSink *sink);
 

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class QPainter;
+class QRect;
+
+namespace kestrin {
+
+class ColumnListModel;
+
+// One row of a ColumnListView. A row draws its own columns; the view owns its
+// rows (and a row owns its sub-rows in the hierarchical form).
+//
+// Rows are plain objects: they may be made and filled on a worker thread and
+// handed to the view afterwards; once in a view they belong to the GUI thread.
+class CLVListItem
+{
+public:
+    explicit CLVListItem(uint32_t outlineLevel = 0, bool superItem = false);
+    virtual ~CLVListItem();
+
+    CLVListItem(const CLVListItem &) = delete;
+    CLVListItem &operator=(const CLVListItem &) = delete;
+
+    // Draws `column` (a logical column index) into `rect`, which the row must
+    // fill completely (the view paints no background of its own). `selected`
+    // is true for the selected row; `complete` for a full redraw.
+    virtual void DrawItemColumn(
+        QPainter &painter, const QRect &rect, int column, bool selected, bool complete)
+        = 0;
+
+    // The text a column shows, for accessibility and tests; empty by default.
+    virtual QString ColumnText(int column) const;
+
+    uint32_t OutlineLevel() const { return fOutlineLevel; }
+    // A super-item can have sub-rows and shows an expander in the
+    // hierarchical form, whether or not its sub-rows are there yet.
+    bool IsSuperItem() const { return fSuperItem; }
+    void SetSuperItem(bool superItem) { fSuperItem = superItem; }
+    bool IsExpanded() const { return fExpanded; }
+    // The row this one is under; null at the top level.
+    CLVListItem *Superitem() const { return fSuperitem; }
+    int CountSubitems() const { return int(fSubitems.size()); }
+    CLVListItem *SubitemAt(int index) const;
+
+private:
+    friend class ColumnListModel;
+
+    uint32_t fOutlineLevel;
+    bool fSuperItem;
+    bool fExpanded = false;
+    CLVListItem *fSuperitem = nullptr;
+    std::vector<std::unique_ptr<CLVListItem>> fSubitems;
+    // The row's position among its siblings, kept by the model; trusted only
+    // while the model says its positions are current.
+    mutable int fRow = -1;
+};
+
+} // namespace kestrin

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QColor>
+#include <cstdint>
+
+// A colour as the profile stores it: red, green, blue and alpha, 0 to 255.
+struct rgb_color
+{
+    uint8_t red = 0;
+    uint8_t green = 0;
+    uint8_t blue = 0;
+    uint8_t alpha = 255;
+
+    bool operator==(const rgb_color &other) const = default;
+};
+
+namespace kestrin {
+
+// Drawing ignores alpha, as plain copying did: the stored defaults give the
+// text colours an alpha of 0, and those texts must still show.
+inline QColor ToQColor(const rgb_color &color)
+{
+    return QColor(color.red, color.green, color.blue);
+}
+
+} // namespace kestrin

@@ -1,0 +1,190 @@
+#include "panes/DirPane.h"
+
+#include "panes/DirView.h"
+#include "panes/KsFtr.h"
+#include "panes/KsHeader.h"
+#include "panes/KsTree.h"
+#include "panes/PaneMessages.h"
+#include "platform/NodeMonitor.h"
+
+#include <QResizeEvent>
+#include <QVBoxLayout>
+
+namespace kestrin {
+
+namespace {
+
+// The tree's own scroll bar needs this much room beside it.
+constexpr int kTreeScrollBar = 14;
+
+} // namespace
+
+DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *parent)
+    : QWidget(parent)
+{
+    const PaneSettings settings = PaneSettings::Load();
+    fShowHeader = settings.showHeader;
+    fShowFooter = settings.showFooter;
+    QPalette colours = palette();
+    colours.setColor(QPalette::Window, QColor(216, 216, 216));
+    setPalette(colours);
+    setAutoFillBackground(true);
+
+    fHeader = new KsHeader(path, settings.colors.selectionBar, this);
+    fList = new DirView(this, path, iconLabel, this);
+    fList->setObjectName("ScrollContainer");
+    fFooter = new KsFtr(this);
+    fHeader->setVisible(fShowHeader);
+    fFooter->setVisible(fShowFooter);
+    connect(fHeader, &KsHeader::Clicked, this, [this] { FocusList(); });
+    connect(fFooter, &KsFtr::Clicked, this, [this] { FocusList(); });
+    connect(fList, &DirView::FocusChanged, this, [this](bool focused) { MakeFocus(focused); });
+    setFocusProxy(fList);
+}
+
+DirPane::~DirPane()
+{
+    // The list watches on the pane's behalf; nothing may reach a pane that
+    // is going.
+    platform::NodeMonitor::StopWatching(this);
+}
+
+void DirPane::FocusList()
+{
+    fList->setFocus(Qt::MouseFocusReason);
+}
+
+void DirPane::SetPath(const std::string &path)
+{
+    if (!path.empty())
+        fList->SetPath(path);
+    if (fList->Mode() == kModeQuery)
+        fHeader->SetText(fQueryText);
+    else
+        fHeader->SetText(fList->CurrentPath());
+    fFooter->SetText(fList->GetFiles());
+}
+
+void DirPane::SetHeaderVisible(bool visible)
+{
+    fShowHeader = visible;
+    fHeader->setVisible(visible);
+    Layout();
+}
+
+void DirPane::SetFooterVisible(bool visible)
+{
+    fShowFooter = visible;
+    fFooter->setVisible(visible);
+    Layout();
+}
+
+void DirPane::MakeFocus(bool focused)
+{
+    fHeader->SetSelected(focused);
+}
+
+bool DirPane::GotFocus() const
+{
+    return fHeader->IsSelected();
+}
+
+void DirPane::GoToDir(const std::string &path)
+{
+    fList->GoToDir(path);
+}
+
+void DirPane::UseSortAndMode(int key, int mode)
+{
+    fList->SetSortMode(key, mode);
+}
+
+void DirPane::DoTree()
+{
+    if (fTree != nullptr || fList->Mode() != kModeFolder)
+        return;
+    fTreeContainer = new QWidget(this);
+    auto *layout = new QVBoxLayout(fTreeContainer);
+    layout->setContentsMargins(0, 0, 0, 0);
+    fTree = new KsTree(fTreeContainer, [this] { return GotFocus(); });
+    layout->addWidget(fTree);
+    connect(fTree, &KsTree::FolderSelected, this, [this](const std::string &path) {
+        if (path != fList->CurrentPath()) {
+            fList->Clear();
+            fList->Populate(path);
+            SetPath();
+        }
+    });
+    fTreeContainer->show();
+    Layout();
+    fTree->Populate(fList->CurrentPath());
+}
+
+void DirPane::UnDoTree()
+{
+    if (fTree == nullptr)
+        return;
+    delete fTreeContainer;
+    fTreeContainer = nullptr;
+    fTree = nullptr;
+    Layout();
+}
+
+void DirPane::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    Layout();
+}
+
+void DirPane::Layout()
+{
+    const int width = this->width();
+    const int height = this->height();
+    const int top = fShowHeader ? fHeader->sizeHint().height() : 0;
+    const int bottom = fShowFooter ? fFooter->sizeHint().height() : 0;
+    fHeader->setGeometry(0, 0, width, top);
+    fFooter->setGeometry(0, height - bottom, width, bottom);
+    int left = 0;
+    if (fTreeContainer != nullptr) {
+        // The left third, below the header and above the footer.
+        const int treeWidth = std::max(0, width / 3 - 4 - kTreeScrollBar) + kTreeScrollBar;
+        fTreeContainer->setGeometry(0, top, treeWidth, height - top - bottom);
+        left = treeWidth + 4;
+    }
+    fList->setGeometry(left, top, std::max(0, width - left), std::max(0, height - top - bottom));
+}
+
+void DirPane::MessageReceived(platform::Message &message)
+{
+    switch (message.what) {
+    case kMsgListingBegan:
+        fFooter->Start(100);
+        break;
+    case kMsgListingMax: {
+        int32_t max = 0;
+        if (message.FindInt32("maxvalue", &max) == B_OK)
+            fFooter->SetMax(float(max));
+        break;
+    }
+    case kMsgListingStep:
+        fFooter->Update();
+        break;
+    case kMsgListingEnded:
+        fFooter->Stop();
+        SetPath();
+        break;
+    case kMsgPaneChanged:
+        SetPath();
+        if (fTree != nullptr && fList->Mode() == kModeFolder
+            && fTree->SelectedPath() != fList->CurrentPath())
+            fTree->ExpandToPath(fList->CurrentPath());
+        break;
+    case B_NODE_MONITOR:
+        fList->HandleNodeMonitor(message);
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace kestrin

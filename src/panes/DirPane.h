@@ -1,0 +1,75 @@
+#pragma once
+
+#include "platform/Handler.h"
+#include "widgets/RgbColor.h"
+
+#include <QWidget>
+#include <string>
+
+namespace kestrin {
+
+class DirView;
+class KsFtr;
+class KsHeader;
+class KsTree;
+
+// One pane of the main window: the header with the path, the list (and, when
+// asked, the folder tree on its left), and the footer with the summary or the
+// progress of a listing. It receives the list's notifications and the
+// node-monitor messages of the listed folder and keeps header and footer up
+// to date.
+//
+// GUI thread only.
+class DirPane : public QWidget, public platform::Handler
+{
+    Q_OBJECT
+
+public:
+    DirPane(const std::string &path, const QString &iconLabel, QWidget *parent = nullptr);
+    ~DirPane() override;
+
+    DirView *List() const { return fList; }
+    KsHeader *Header() const { return fHeader; }
+    KsFtr *Footer() const { return fFooter; }
+    KsTree *Tree() const { return fTree; }
+
+    // With a path, the list's current path becomes it; then header and
+    // footer show the list's path (or the query) and summary.
+    void SetPath(const std::string &path = {});
+    // The header's text in query mode.
+    void SetQueryText(const std::string &text) { fQueryText = text; }
+    void SetHeaderVisible(bool visible);
+    void SetFooterVisible(bool visible);
+
+    // The list calls this first whenever its focus changes; the header
+    // shows which pane is the active one.
+    void MakeFocus(bool focused);
+    bool GotFocus() const;
+
+    void GoToDir(const std::string &path);
+    void UseSortAndMode(int key, int mode);
+    // The folder tree on the left third of the pane (local folders only).
+    void DoTree();
+    void UnDoTree();
+
+    // 607, 610, 609, 608, 500 and node-monitor messages.
+    void MessageReceived(platform::Message &message) override;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void Layout();
+    void FocusList();
+
+    KsHeader *fHeader;
+    DirView *fList;
+    KsFtr *fFooter;
+    KsTree *fTree = nullptr;
+    QWidget *fTreeContainer = nullptr;
+    std::string fQueryText;
+    bool fShowHeader = true;
+    bool fShowFooter = true;
+};
+
+} // namespace kestrin

@@ -1,0 +1,760 @@
+#include "panes/DirView.h"
+
+#include "app/AppUtils.h"
+#include "app/NumberText.h"
+#include "panes/DirListItem.h"
+#include "panes/PaneMessages.h"
+#include "platform/Entry.h"
+#include "platform/NodeMonitor.h"
+#include "platform/Paths.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QTimer>
+#include <sys/stat.h>
+
+namespace kestrin {
+
+namespace {
+
+constexpr int kProgressIntervalMs = 50;
+
+std::string Join(const std::string &folder, const std::string &name)
+{
+    return folder == "/" ? "/" + name : folder + "/" + name;
+}
+
+// The parent of a path without a trailing "/"; "/" for a top-level folder.
+std::string ParentOf(const std::string &path, std::string *leaf)
+{
+    const size_t slash = path.rfind('/');
+    if (slash == std::string::npos) {
+        *leaf = path;
+        return "/";
+    }
+    *leaf = path.substr(slash + 1);
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+bool IsFolder(const std::string &path)
+{
+    struct stat info;
+    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+} // namespace
+
+DirView::DirView(QWidget *parent,
+                 const std::string &path,
+                 const QString &iconLabel,
+                 platform::Handler *owner)
+    : ColumnListView(parent, false)
+    , fOwner(owner)
+    , fSettings(PaneSettings::Load())
+    , fCurrentPath(path.empty() ? "/" : path)
+    , fProgressTimer(new QTimer(this))
+    , fMarked(*this)
+    , fRows(*this, fMarked)
+    , fKeys(*this)
+    , fCommands(*this)
+{
+    SetbCaseSensitiveSort(fSettings.caseSensitiveSort);
+    AddColumn(iconLabel, 20, 20, CLV_NOT_MOVABLE | CLV_NOT_RESIZABLE);
+    AddColumn("Name", 108, 20, CLV_SORT_KEYABLE);
+    AddColumn("Size", 70, 20, CLV_SORT_KEYABLE);
+    AddColumn("Date", 145, 20, CLV_SORT_KEYABLE);
+    AddColumn("Permissions", 100, 20, CLV_SORT_KEYABLE);
+    QFont plain = font();
+    plain.setPixelSize(12);
+    setFont(plain);
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, ToQColor(fSettings.colors.background));
+    setPalette(colours);
+    SetSortFunction(&kestrin::CompareFunc);
+    SetSortKey(kColumnName);
+    SortItems();
+    fProgressTimer->setInterval(kProgressIntervalMs);
+    connect(fProgressTimer, &QTimer::timeout, this, [this] { PumpProgress(); });
+}
+
+DirView::~DirView()
+{
+    if (fJob)
+        fJob->cancel = true;
+    StopNodeMonitoring();
+}
+
+std::string DirView::DefaultPath()
+{
+    std::string home;
+    if (platform::FindDirectory(platform::DirectoryWhich::Home, &home) != B_OK || home.empty())
+        return "/";
+    return home;
+}
+
+void DirView::Notify(uint32_t what)
+{
+    if (fOwner == nullptr)
+        return;
+    platform::Message message(what);
+    fOwner->Dispatch(message);
+}
+
+void DirView::SendToWindow(platform::Message &message)
+{
+    if (fWindow != nullptr)
+        fWindow->Dispatch(message);
+}
+
+// ---- Listing --------------------------------------------------------------
+
+FolderLister::Request DirView::MakeRequest(int32_t mode) const
+{
+    FolderLister::Request request;
+    request.mode = mode;
+    request.colors = fSettings.colors;
+    request.dateFormat = fSettings.dateFormat;
+    request.sortKey = SortKey();
+    request.sortMode = SortMode();
+    return request;
+}
+
+int DirView::Populate(const std::string &path)
+{
+    if (path.empty())
+        return -1;
+    fMode = kModeFolder;
+    fCurrentPath = path;
+    FolderLister::Request request = MakeRequest(kModeFolder);
+    request.path = path;
+    StartListing(std::move(request), nullptr);
+    return 0;
+}
+
+void DirView::Populate(const platform::Message &refs)
+{
+    fMode = kModeQuery;
+    fQueryRefs = refs;
+    FolderLister::Request request = MakeRequest(kModeQuery);
+    entry_ref ref;
+    for (int32_t i = 0; refs.FindRef("refs", i, &ref) == B_OK; i++)
+        request.refs.push_back(ref);
+    StartListing(std::move(request), nullptr);
+}
+
+void DirView::StartListing(FolderLister::Request request, Continuation then)
+{
+    fProgressShown = fSettings.showProgress;
+    if (fProgressShown)
+        Notify(kMsgListingBegan);
+    StopNodeMonitoring();
+    if (fJob)
+        fJob->cancel = true;
+    fJob.reset();
+    fEventsDuringListing.clear();
+    fCommands.EndRename();
+    fMarked.Forget();
+    fRows.Clear();
+    MakeEmpty();
+    fMaxSent = false;
+    fStepsSent = 0;
+    fAfterListing = std::move(then);
+    // Watching starts before the folder is read, so nothing that happens
+    // while it is read is missed; those events wait for the listing.
+    fWatchStatus = B_OK;
+    if (request.mode == kModeFolder)
+        DoNodeMonitor(request.path);
+    fJob = FolderLister::Start(std::move(request), this, [this](auto job) {
+        ListingArrived(std::move(job));
+    });
+    fProgressTimer->start();
+}
+
+void DirView::PumpProgress()
+{
+    if (!fJob || !fProgressShown)
+        return;
+    if (!fMaxSent) {
+        const int32_t total = fJob->total;
+        if (total < 0)
+            return;
+        platform::Message max(kMsgListingMax);
+        max.AddInt32("maxvalue", total + 1);
+        if (fOwner != nullptr)
+            fOwner->Dispatch(max);
+        Notify(kMsgListingStep);
+        fMaxSent = true;
+    }
+    const int32_t done = fJob->done;
+    for (; fStepsSent < done; fStepsSent++)
+        Notify(kMsgListingStep);
+}
+
+void DirView::EndProgress()
+{
+    if (fProgressShown)
+        Notify(kMsgListingEnded);
+    fProgressShown = false;
+}
+
+void DirView::ListingArrived(std::shared_ptr<FolderLister::Job> job)
+{
+    if (job != fJob)
+        return;
+    fProgressTimer->stop();
+    if (job->openStatus == B_OK)
+        PumpProgress();
+    fJob.reset();
+    fLastOpenStatus = job->openStatus;
+    if (job->openStatus == B_OK) {
+        fFolderInfo = job->folderInfo;
+        AddList(std::move(job->rows));
+        fRows.Reset(std::move(job->byName));
+    } else {
+        StopNodeMonitoring();
+    }
+    ErrorCheck(job->readStatus);
+    if (job->openStatus == B_OK && fWatchStatus != B_OK)
+        ErrorCheck(fWatchStatus);
+    RecolorRows();
+    for (const platform::Message &event : std::exchange(fEventsDuringListing, {}))
+        HandleNodeMonitor(event);
+    ApplyPendingChanges();
+    EndProgress();
+    if (Continuation then = std::exchange(fAfterListing, nullptr))
+        then();
+    emit ListingFinished();
+}
+
+bool DirView::ErrorCheck(status_t status)
+{
+    if (status == B_OK || status == B_ENTRY_NOT_FOUND)
+        return true;
+    std::string text;
+    switch (status) {
+    case B_NAME_TOO_LONG:
+        text = "The name returned for an entry is too long.";
+        break;
+    case B_NOT_A_DIRECTORY:
+        text = "The directory, " + fCurrentPath + ", is not valid.\nThe volume may not be mounted.";
+        break;
+    case B_LINK_LIMIT:
+        text = "Link limit exceeded.  It is possible that a cyclic link exists in your file "
+               "system.";
+        break;
+    case B_BAD_VALUE:
+        text = "Invalid input value, or the directory object was not initialized properly.";
+        break;
+    case B_FILE_ERROR:
+        text = "The directory object was not initialized properly.";
+        break;
+    case B_NO_MEMORY:
+        text = "Not enough memory for this operation.";
+        break;
+    case B_ERROR:
+        text = "Some unspecific error.";
+        break;
+    default:
+        break;
+    }
+    if (!text.empty())
+        MsgBox(text.c_str(), B_STOP_ALERT);
+    if (fSettings.showProgress)
+        Notify(kMsgListingEnded);
+    return false;
+}
+
+void DirView::RecolorRows()
+{
+    if (!fSettings.alternateColors)
+        return;
+    const rgb_color base = fSettings.colors.background;
+    const rgb_color shade{uint8_t(base.red - 10),
+                          uint8_t(base.green - 10),
+                          uint8_t(base.blue - 10),
+                          base.alpha};
+    for (int i = 0; i < CountItems(); i++)
+        static_cast<DirListItem *>(ItemAt(i))->SetBackground(i % 2 == 0 ? base : shade);
+    InvalidateAll();
+}
+
+void DirView::Clear()
+{
+    StopNodeMonitoring();
+    if (fJob)
+        fJob->cancel = true;
+    fJob.reset();
+    fProgressTimer->stop();
+    fAfterListing = nullptr;
+    fEventsDuringListing.clear();
+    fCommands.EndRename();
+    fMarked.Empty();
+    fMarked.Forget();
+    fRememberedIndex = -1;
+    fRows.Clear();
+    MakeEmpty();
+    fFtpRemoteDir.clear();
+}
+
+void DirView::Refresh()
+{
+    switch (fMode) {
+    case kModeFolder: {
+        // The row the user was on stays selected when it is still there.
+        const CLVListItem *selected = SelectedItem();
+        const std::string name = selected != nullptr
+                                     ? static_cast<const DirListItem *>(selected)->Name()
+                                     : "";
+        Populate(fCurrentPath);
+        fAfterListing = [this, name] {
+            const int index = FindItem(name);
+            if (index >= 0) {
+                Select(index);
+                ScrollToSelection();
+            }
+        };
+        break;
+    }
+    case kModeQuery:
+        Populate(platform::Message(fQueryRefs));
+        break;
+    default:
+        // FTP folders and archives are listed by their own readers.
+        break;
+    }
+}
+
+void DirView::SetPath(const std::string &path)
+{
+    fCurrentPath = path;
+}
+
+void DirView::GoToDir(const std::string &path)
+{
+    if (fMode != kModeFolder && fMode != kModeQuery)
+        return;
+    MsgBox("Inside GoToDir");
+    MsgBox(path.c_str());
+    fMode = kModeFolder;
+    fCurrentPath = path;
+    fPreviousPath = path;
+    Notify(kMsgPaneChanged);
+    Refresh();
+}
+
+void DirView::NavigateUp()
+{
+    switch (fMode) {
+    case kModeFolder: {
+        if (fCurrentPath == "/")
+            return;
+        fPreviousPath = fCurrentPath;
+        std::string leaf;
+        const std::string parent = ParentOf(fCurrentPath, &leaf);
+        Clear();
+        fCurrentPath = parent;
+        Notify(kMsgPaneChanged);
+        fWentUp = true;
+        Populate(parent);
+        fAfterListing = [this, leaf] {
+            const int index = FindItem(leaf);
+            if (index >= 0) {
+                Select(index);
+                ScrollToSelection();
+            }
+        };
+        break;
+    }
+    case kModeQuery:
+        fMode = kModeFolder;
+        Clear();
+        Notify(kMsgPaneChanged);
+        fWentUp = true;
+        Populate(fCurrentPath);
+        break;
+    case kModeFtp:
+        if (fFtpRemoteDir.empty() || fFtpRemoteDir == "/")
+            return;
+        // The remote folder is changed by the FTP pane's own reader.
+        break;
+    case kModeArchive:
+        if (fArchivePath.empty()) {
+            fMode = kModeFolder;
+            fCurrentPath = fPreviousPath;
+        } else {
+            // "a/b/" loses its last component: "a/".
+            std::string inside = fArchivePath;
+            if (!inside.empty() && inside.back() == '/')
+                inside.pop_back();
+            const size_t slash = inside.rfind('/');
+            fArchivePath = slash == std::string::npos ? "" : inside.substr(0, slash + 1);
+        }
+        Refresh();
+        break;
+    default:
+        break;
+    }
+}
+
+void DirView::NavigateDown()
+{
+    if (!fWentUp)
+        return;
+    fWentUp = false;
+    Clear();
+    Populate(fPreviousPath);
+}
+
+// ---- Node monitoring ------------------------------------------------------
+
+void DirView::DoNodeMonitor(const std::string &path)
+{
+    platform::Handler *target = fOwner != nullptr ? fOwner : this;
+    fWatchStatus = platform::NodeMonitor::WatchDirectory(path, target);
+    if (fWatchStatus != B_OK)
+        return;
+    fWatching = true;
+    fWatchedPath = path;
+    struct stat info;
+    if (stat(path.c_str(), &info) == 0)
+        fWatchedNode = node_ref{info.st_dev, info.st_ino};
+}
+
+void DirView::StopNodeMonitoring()
+{
+    if (!fWatching)
+        return;
+    platform::Handler *target = fOwner != nullptr ? fOwner : this;
+    platform::NodeMonitor::StopWatching(fWatchedPath, target);
+    fWatching = false;
+}
+
+void DirView::HandleNodeMonitor(const platform::Message &message)
+{
+    if (fJob) {
+        fEventsDuringListing.push_back(message);
+        return;
+    }
+    if (!fWatching)
+        return;
+    int32_t opcode = 0, device = 0;
+    int64_t directory = 0, node = 0, from = 0, to = 0;
+    std::string name, fromName;
+    message.FindInt32("opcode", &opcode);
+    message.FindInt32("device", &device);
+    message.FindInt64("directory", &directory);
+    message.FindInt64("node", &node);
+    message.FindString("name", &name);
+    const auto watched = int64_t(fWatchedNode.node);
+    const auto ref = [device](int64_t folder, const std::string &leaf) {
+        return entry_ref{dev_t(device), ino_t(folder), leaf, {}};
+    };
+    switch (opcode) {
+    case B_ENTRY_CREATED:
+        AddEntry(ref(directory, name));
+        break;
+    case B_ENTRY_REMOVED:
+        if (node == watched && directory != watched) {
+            // The folder itself went; leave it after the events in hand.
+            QMetaObject::invokeMethod(
+                this, [this] { FolderVanished(); }, Qt::QueuedConnection);
+            return;
+        }
+        RemoveEntry(ref(directory, name));
+        break;
+    case B_ENTRY_MOVED:
+        message.FindInt64("from directory", &from);
+        message.FindInt64("to directory", &to);
+        message.FindString("from name", &fromName);
+        if (from == watched && to == watched) {
+            UpdateEntry(ref(from, fromName), ref(to, name));
+        } else if (to == watched) {
+            AddEntry(ref(to, name));
+        } else if (from == watched) {
+            RemoveEntry(ref(from, fromName.empty() ? name : fromName));
+            ApplyPendingChanges();
+            UpdateMarkedList();
+        }
+        break;
+    case B_STAT_CHANGED:
+        UpdateEntry(node_ref{dev_t(device), ino_t(node)}, name);
+        break;
+    case kEventsLost:
+        Refresh();
+        break;
+    default:
+        break;
+    }
+}
+
+void DirView::FolderVanished()
+{
+    if (!fWatching && fMode != kModeFolder)
+        return;
+    StopNodeMonitoring();
+    ErrorCheck(B_NOT_A_DIRECTORY);
+    std::string folder = fCurrentPath, leaf;
+    while (folder != "/" && !IsFolder(folder))
+        folder = ParentOf(folder, &leaf);
+    if (!IsFolder(folder))
+        folder = DefaultPath();
+    Clear();
+    Populate(folder);
+    Notify(kMsgPaneChanged);
+}
+
+void DirView::AddEntry(const entry_ref &ref)
+{
+    fRows.Touch(ref.name);
+    SchedulePendingChanges();
+}
+
+void DirView::RemoveEntry(const entry_ref &ref)
+{
+    fRows.Touch(ref.name);
+    SchedulePendingChanges();
+}
+
+void DirView::UpdateEntry(const entry_ref &from, const entry_ref &to)
+{
+    fRows.Rename(from.name, to.name);
+    SchedulePendingChanges();
+}
+
+void DirView::UpdateEntry(const node_ref &node, const std::string &name)
+{
+    std::string changed = name;
+    if (changed.empty()) {
+        if (const DirListItem *row = fRows.FindNode(node.device, node.node))
+            changed = row->Name();
+    }
+    fRows.Touch(changed);
+    SchedulePendingChanges();
+}
+
+void DirView::SchedulePendingChanges()
+{
+    if (fChangesScheduled)
+        return;
+    fChangesScheduled = true;
+    QMetaObject::invokeMethod(
+        this, [this] { ApplyPendingChanges(); }, Qt::QueuedConnection);
+}
+
+FolderRows::Context DirView::RowContext() const
+{
+    return FolderRows::Context{fCurrentPath,
+                               fMode,
+                               fSettings.colors,
+                               fSettings.dateFormat,
+                               SortKey(),
+                               SortMode()};
+}
+
+void DirView::ApplyPendingChanges()
+{
+    fChangesScheduled = false;
+    if (fJob || fMode != kModeFolder)
+        return;
+    if (fRows.Apply(RowContext())) {
+        RecolorRows();
+        Notify(kMsgPaneChanged);
+    }
+}
+
+void DirView::MessageReceived(platform::Message &message)
+{
+    switch (message.what) {
+    case kMsgRenameAccept: {
+        int32_t row = -1;
+        message.FindInt32("pos", &row);
+        fCommands.AcceptRename(row);
+        break;
+    }
+    case kMsgRenameCancel:
+        fCommands.EndRename();
+        break;
+    case B_NODE_MONITOR:
+        HandleNodeMonitor(message);
+        break;
+    default:
+        break;
+    }
+}
+
+// ---- Rows and selection ---------------------------------------------------
+
+std::string DirView::PathOf(const DirListItem *row) const
+{
+    if (fMode == kModeQuery)
+        return row->Name();
+    return Join(fCurrentPath, row->Name());
+}
+
+entry_ref DirView::RefOf(const DirListItem *row) const
+{
+    entry_ref ref;
+    ref.path = PathOf(row);
+    std::string leaf;
+    const std::string folder = ParentOf(ref.path, &leaf);
+    ref.name = leaf;
+    struct stat info;
+    if (fMode == kModeFolder && fFolderInfo.st_ino != 0) {
+        ref.device = fFolderInfo.st_dev;
+        ref.directory = fFolderInfo.st_ino;
+    } else if (stat(folder.c_str(), &info) == 0) {
+        ref.device = info.st_dev;
+        ref.directory = info.st_ino;
+    }
+    return ref;
+}
+
+DirListItem *DirView::Row(int index) const
+{
+    return static_cast<DirListItem *>(ItemAt(index));
+}
+
+int DirView::GetSelected(std::string *path) const
+{
+    const DirListItem *row = Row(CurrentSelection());
+    if (row == nullptr)
+        return 0;
+    if (!row->IsFolder())
+        return 2;
+    *path = fMode == kModeQuery ? row->Name() : fCurrentPath;
+    return 1;
+}
+
+void DirView::GetSelected(std::vector<DirListItem *> *rows) const
+{
+    if (DirListItem *row = Row(CurrentSelection()))
+        rows->push_back(row);
+}
+
+bool DirView::GetItemPath(std::string *path) const
+{
+    const DirListItem *row = fMarked.IsEmpty() ? Row(CurrentSelection()) : fMarked.Rows().front();
+    if (row == nullptr)
+        return false;
+    *path = PathOf(row);
+    return true;
+}
+
+int DirView::FindItem(const std::string &name) const
+{
+    if (const DirListItem *row = fRows.Find(name))
+        return IndexOf(row);
+    for (int i = 0; i < CountItems(); i++) {
+        if (Row(i)->Name() == name)
+            return i;
+    }
+    return -1;
+}
+
+void DirView::SetSortMode(int key, int mode)
+{
+    SetSortKey(key);
+    ColumnListView::SetSortMode(mode == Descending ? Descending : Ascending);
+    SortItems();
+    RecolorRows();
+}
+
+std::string DirView::GetFiles() const
+{
+    // 32-bit totals, as the footer has always added them: folders of more
+    // than 2 GB wrap.
+    uint32_t totalSize = 0, selectedSize = 0;
+    int32_t totalCount = 0, selectedCount = 0;
+    const int selection = CurrentSelection();
+    for (int i = 1; i < CountItems(); i++) {
+        const DirListItem *row = Row(i);
+        if (row->IsFolder())
+            continue;
+        totalSize += uint32_t(row->Size());
+        totalCount++;
+        if (row->IsMarked() || i == selection) {
+            selectedSize += uint32_t(row->Size());
+            selectedCount++;
+        }
+    }
+    return std::to_string(int32_t(selectedSize) / 1024) + " of "
+           + std::to_string(int32_t(totalSize) / 1024) + "k in " + std::to_string(selectedCount)
+           + " of " + std::to_string(totalCount) + " files selected";
+}
+
+// ---- Input and hooks ------------------------------------------------------
+
+void DirView::keyPressEvent(QKeyEvent *event)
+{
+    if (!fKeys.Handle(event))
+        ColumnListView::keyPressEvent(event);
+}
+
+void DirView::showEvent(QShowEvent *event)
+{
+    ColumnListView::showEvent(event);
+    if (fAttached)
+        return;
+    fAttached = true;
+    Populate(fCurrentPath);
+    fAfterListing = [this] {
+        if (fLastOpenStatus != B_OK) {
+            Populate(DefaultPath());
+            fAfterListing = [this] { Notify(kMsgPaneChanged); };
+            return;
+        }
+        Notify(kMsgPaneChanged);
+    };
+}
+
+void DirView::focusInEvent(QFocusEvent *event)
+{
+    emit FocusChanged(true);
+    ColumnListView::focusInEvent(event);
+    if (fRememberedIndex >= 0 && CountItems() > 0) {
+        Select(std::min(fRememberedIndex, CountItems() - 1));
+        fRememberedIndex = -1;
+    }
+}
+
+void DirView::focusOutEvent(QFocusEvent *event)
+{
+    ColumnListView::focusOutEvent(event);
+    // The rename field is part of the list: the selection stays while it
+    // has the focus.
+    const QWidget *focus = QApplication::focusWidget();
+    if (focus != nullptr && isAncestorOf(focus))
+        return;
+    emit FocusChanged(false);
+    if (CountItems() == 0)
+        return;
+    if (CurrentSelection() < 0 && SelectedItem() == nullptr)
+        Select(0);
+    fRememberedIndex = CurrentSelection();
+    DeselectAll();
+}
+
+void DirView::SelectionChanged()
+{
+    Notify(kMsgPaneChanged);
+}
+
+void DirView::Invoked(int)
+{
+    fCommands.Invoke();
+}
+
+void DirView::SortChanged()
+{
+    RecolorRows();
+}
+
+void DirView::ColumnWidthChanged(int column, float width)
+{
+    platform::Message message(kMsgColumnWidth);
+    message.AddString("ColumnIndex", std::to_string(column));
+    message.AddString("ColumnWidth", std::to_string(int(width)));
+    SendToWindow(message);
+}
+
+} // namespace kestrin

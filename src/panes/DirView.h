@@ -1,0 +1,208 @@
+#pragma once
+
+#include "panes/FolderLister.h"
+#include "panes/FolderRows.h"
+#include "panes/MarkedList.h"
+#include "panes/PaneCommands.h"
+#include "panes/PaneKeys.h"
+#include "panes/PaneSettings.h"
+#include "platform/EntryRef.h"
+#include "platform/Handler.h"
+#include "widgets/ColumnListView.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+class QTimer;
+
+namespace kestrin {
+
+class DirListItem;
+
+// The list of one pane: the rows of a local folder, of query results, of an
+// FTP folder or of an archive, with the keys, marking and sorting of a pane.
+// It reports to its owner (the pane) and asks the main window (its window
+// target) for everything that outlives a key press: copies, new folders,
+// queries. Both are handed messages synchronously.
+//
+// A local folder is read on a worker (FolderLister) while the list stays
+// responsive; what has to follow a listing (selecting the folder just left)
+// runs when it arrives, and a newer listing cancels an older one. The folder
+// is watched from the moment its listing starts; changes that arrive before
+// the listing are kept and replayed.
+//
+// GUI thread only: every member belongs to it.
+class DirView : public ColumnListView, public platform::Handler
+{
+    Q_OBJECT
+
+public:
+    DirView(QWidget *parent,
+            const std::string &path,
+            const QString &iconLabel,
+            platform::Handler *owner);
+    ~DirView() override;
+
+    // The main window, or whatever stands in for it; null drops requests.
+    void SetWindowTarget(platform::Handler *window) { fWindow = window; }
+    platform::Handler *Owner() const { return fOwner; }
+
+    int32_t Mode() const { return fMode; }
+    const std::string &CurrentPath() const { return fCurrentPath; }
+    const std::string &PreviousPath() const { return fPreviousPath; }
+    const std::string &ArchivePath() const { return fArchivePath; }
+    void SetArchivePath(const std::string &path) { fArchivePath = path; }
+    // The folder a pane falls back to: the home folder.
+    static std::string DefaultPath();
+
+    // Lists a local folder (and makes it the current path). -1 when the path
+    // is empty; a folder that cannot be opened is known only when the listing
+    // ends (see ListingFinished).
+    int Populate(const std::string &path);
+    // Lists the "refs" of a message: query results.
+    void Populate(const platform::Message &refs);
+    void Clear();
+    void Refresh();
+    void SetPath(const std::string &path);
+    void GoToDir(const std::string &path);
+    void NavigateUp();
+    void NavigateDown();
+    // Whether a listing is being read.
+    bool IsListing() const { return fJob != nullptr; }
+
+    // 0 with no selection, 2 when the selected row is not a folder, else 1
+    // with the folder in *path.
+    int GetSelected(std::string *path) const;
+    void GetSelected(std::vector<DirListItem *> *rows) const;
+    // The path of the first marked row, or of the selected row.
+    bool GetItemPath(std::string *path) const;
+    int FindItem(const std::string &name) const;
+    int GetSort() const { return SortKey(); }
+    int GetSortMode() const { return SortMode(); }
+    // Mode 2 (unsorted) is applied as ascending.
+    void SetSortMode(int key, int mode);
+
+    // Marking.
+    void Mark(int a, int b) { fMarked.Mark(a, b); }
+    void Unmark(int a, int b) { fMarked.Unmark(a, b); }
+    void ToggleMark(int index) { fMarked.Toggle(index); }
+    void EmptyMarked() { fMarked.Empty(); }
+    void UpdateMarkedList() { fMarked.Rebuild(); }
+    void RemoveMarked(const std::string &name) { fMarked.Remove(name); }
+    const std::vector<DirListItem *> &MarkedRows() const { return fMarked.Rows(); }
+
+    // The footer's summary: "12 of 345k in 2 of 10 files selected".
+    std::string GetFiles() const;
+
+    void SetProgressFlag(bool show) { fSettings.showProgress = show; }
+    void SetDateFormat(const std::string &format) { fSettings.dateFormat = format; }
+    const PaneSettings &Settings() const { return fSettings; }
+    std::string GetLocalDir() const { return fFtpLocalDir; }
+
+    // Node monitoring of the current folder.
+    void StopNodeMonitoring();
+    void DoNodeMonitor(const std::string &path);
+    bool IsWatching() const { return fWatching; }
+    // A node-monitor message of the watched folder, as the owner hands it on.
+    void HandleNodeMonitor(const platform::Message &message);
+    void AddEntry(const entry_ref &ref);
+    void RemoveEntry(const entry_ref &ref);
+    void UpdateEntry(const entry_ref &from, const entry_ref &to);
+    void UpdateEntry(const node_ref &node, const std::string &name = {});
+    // Brings the rows in line with the changes reported so far; also runs
+    // by itself right after the events of one read are handed in.
+    void ApplyPendingChanges();
+
+    // The commands of the keys and the rename field (see PaneCommands).
+    PaneCommands &Commands() { return fCommands; }
+
+    DirListItem *Row(int index) const;
+    // The full path of a row's entry, and its reference.
+    std::string PathOf(const DirListItem *row) const;
+    entry_ref RefOf(const DirListItem *row) const;
+    MarkedList &Marked() { return fMarked; }
+
+    // 513 and 605 from the rename field; node-monitor messages when the
+    // list watches for itself (no owner).
+    void MessageReceived(platform::Message &message) override;
+
+    // Requests to the main window.
+    void SendToWindow(platform::Message &message);
+    // A notification to the pane.
+    void Notify(uint32_t what);
+
+signals:
+    // A listing has been shown (or failed); what followed it has run.
+    void ListingFinished();
+    // The list gained or lost the keyboard focus; the pane is told first.
+    void FocusChanged(bool focused);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+
+    void SelectionChanged() override;
+    void Invoked(int index) override;
+    void SortChanged() override;
+    void ColumnWidthChanged(int column, float width) override;
+
+private:
+    using Continuation = std::function<void()>;
+
+    void StartListing(FolderLister::Request request, Continuation then);
+    void ListingArrived(std::shared_ptr<FolderLister::Job> job);
+    void PumpProgress();
+    void EndProgress();
+    bool ErrorCheck(status_t status);
+    void FolderVanished();
+    void RecolorRows();
+    void SchedulePendingChanges();
+    FolderRows::Context RowContext() const;
+    FolderLister::Request MakeRequest(int32_t mode) const;
+
+    platform::Handler *fOwner;
+    platform::Handler *fWindow = nullptr;
+    PaneSettings fSettings;
+
+    int32_t fMode = 1101;
+    std::string fCurrentPath;
+    std::string fPreviousPath;
+    std::string fArchivePath;
+    std::string fFtpRemoteDir;
+    std::string fFtpLocalDir;
+    bool fWentUp = false;
+    bool fAttached = false;
+
+    // Watching.
+    bool fWatching = false;
+    std::string fWatchedPath;
+    node_ref fWatchedNode;
+    bool fChangesScheduled = false;
+
+    struct stat fFolderInfo = {};
+    status_t fWatchStatus = B_OK;
+    status_t fLastOpenStatus = B_OK;
+    platform::Message fQueryRefs;
+
+    // The listing in flight, its progress and what follows it.
+    std::shared_ptr<FolderLister::Job> fJob;
+    Continuation fAfterListing;
+    std::vector<platform::Message> fEventsDuringListing;
+    QTimer *fProgressTimer;
+    bool fMaxSent = false;
+    int32_t fStepsSent = 0;
+    bool fProgressShown = false;
+
+    MarkedList fMarked;
+    FolderRows fRows;
+    PaneKeys fKeys;
+    PaneCommands fCommands;
+    int fRememberedIndex = -1;
+};
+
+} // namespace kestrin

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QIcon>
+#include <string>
+#include <sys/types.h>
+
+namespace kestrin {
+
+// The icons of the lists, from the desktop's icon theme by the entry's type,
+// kept once per type. The type comes from the name alone (no file is read):
+// icons are drawn while painting, and a paint must never wait on a disk.
+//
+// GUI thread only.
+class FileIcons
+{
+public:
+    // `mode` is the entry's (for a link, its target's when known).
+    static const QIcon &ForEntry(const std::string &name, mode_t mode, bool isLink);
+    static const QIcon &Folder();
+};
+
+} // namespace kestrin

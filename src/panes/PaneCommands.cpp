@@ -1,0 +1,269 @@
+#include "panes/PaneCommands.h"
+
+#include "app/AppUtils.h"
+#include "app/NumberText.h"
+#include "fileops/KestrinEntry.h"
+#include "fileops/Trash.h"
+#include "panes/DirListItem.h"
+#include "panes/DirView.h"
+#include "panes/EditControl.h"
+#include "panes/FileType.h"
+#include "panes/PaneMessages.h"
+#include "platform/Alerts.h"
+#include "platform/Entry.h"
+#include "platform/Launcher.h"
+
+#include <QCoreApplication>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QPointer>
+#include <QThreadPool>
+
+namespace kestrin {
+
+namespace {
+
+constexpr size_t kListedNames = 20;
+
+} // namespace
+
+PaneCommands::PaneCommands(DirView &view)
+    : fView(view)
+{}
+
+PaneCommands::~PaneCommands() = default;
+
+std::vector<DirListItem *> PaneCommands::RowsToActOn() const
+{
+    if (!fView.MarkedRows().empty())
+        return fView.MarkedRows();
+    std::vector<DirListItem *> rows;
+    const int selection = fView.CurrentSelection();
+    if (selection >= 1)
+        rows.push_back(fView.Row(selection));
+    return rows;
+}
+
+void PaneCommands::SendRequest(uint32_t what, const char *typeOfCopy, bool selectedFallback)
+{
+    DirListItem *stand = nullptr;
+    if (fView.MarkedRows().empty()) {
+        const int selection = fView.CurrentSelection();
+        if (selection < 1)
+            return;
+        stand = fView.Row(selection);
+        if (selectedFallback)
+            fView.Marked().AddTemporarily(stand);
+    }
+    platform::Message request(what);
+    if (stand != nullptr && !selectedFallback)
+        request.AddRef("refs", fView.RefOf(stand));
+    for (const DirListItem *row : fView.MarkedRows())
+        request.AddRef("refs", fView.RefOf(row));
+    request.AddString("Dragging", "false");
+    request.AddString("Direction", "Right");
+    request.AddString("TypeOfCopy", typeOfCopy);
+    if (stand != nullptr && selectedFallback)
+        fView.Marked().RemoveTemporary(stand);
+    fView.SendToWindow(request);
+}
+
+std::string PaneCommands::TrashQuestion(const std::vector<std::string> &names, bool permanent)
+{
+    if (names.size() > kListedNames) {
+        return std::string(permanent ? "Do you really want to permanently delete the "
+                                     : "Do you really want to delete the ")
+               + std::to_string(names.size()) + " selected files/folders?";
+    }
+    std::string text = permanent
+                           ? "Do you really want permanently delete the following files/folders:"
+                           : "Do you really want to delete the following files/folders:";
+    for (const std::string &name : names)
+        text += "\n\t" + name;
+    return text;
+}
+
+void PaneCommands::Trash()
+{
+    const std::vector<DirListItem *> rows = RowsToActOn();
+    if (rows.empty())
+        return;
+    const kestrin::Trash trash;
+    const bool permanent = trash.InitCheck() == B_OK && trash.IsTrashFolder(fView.CurrentPath());
+    std::vector<std::string> names;
+    for (const DirListItem *row : rows)
+        names.push_back(row->Name());
+    const platform::Alert question{"Sir?",
+                                   TrashQuestion(names, permanent),
+                                   {"Cancel", "Delete"},
+                                   permanent ? B_STOP_ALERT : B_WARNING_ALERT};
+    if (platform::Alerts::Go(question) != 1)
+        return;
+    platform::Message request(kMsgDeleteRequest);
+    for (const DirListItem *row : rows)
+        request.AddRef("refs", fView.RefOf(row));
+    fView.SendToWindow(request);
+}
+
+void PaneCommands::Edit()
+{
+    const int selection = fView.CurrentSelection();
+    if (selection < 1 || fView.Mode() == kModeQuery)
+        return;
+    EndRename();
+    const DirListItem *row = fView.Row(selection);
+    fView.ScrollToSelection();
+    const QRect frame = fView.ItemFrame(selection);
+    QHeaderView *header = fView.header();
+    auto *container = new QFrame(fView.viewport());
+    container->setObjectName("renamecontainer");
+    container->setFrameStyle(QFrame::Box | QFrame::Plain);
+    container->setGeometry(header->sectionViewportPosition(kColumnName),
+                           frame.top(),
+                           header->sectionSize(kColumnName),
+                           frame.height());
+    auto *layout = new QHBoxLayout(container);
+    layout->setContentsMargins(1, 1, 1, 1);
+    auto *field = new EditControl(QString::fromUtf8(row->Name().c_str()),
+                                  selection,
+                                  &fView,
+                                  container);
+    layout->addWidget(field);
+    container->show();
+    field->selectAll();
+    field->setFocus();
+    fRenameContainer = container;
+    fField = field;
+}
+
+void PaneCommands::EndRename()
+{
+    if (fRenameContainer.isNull())
+        return;
+    const bool hadFocus = fField && fField->hasFocus();
+    delete fRenameContainer.data();
+    if (hadFocus)
+        fView.setFocus();
+}
+
+void PaneCommands::AcceptRename(int32_t index)
+{
+    if (fField.isNull())
+        return;
+    const std::string name = fField->text().toStdString();
+    EndRename();
+    fView.setFocus();
+    const DirListItem *row = fView.Row(index);
+    if (row == nullptr || row->IsParent() || name.empty() || name == row->Name())
+        return;
+    const std::string from = row->Name();
+    platform::Entry entry(fView.PathOf(row));
+    // A "/" would move the entry elsewhere: a rename stays in its folder.
+    const status_t status = name.find('/') != std::string::npos ? B_BAD_VALUE
+                                                                : entry.MoveTo("", name.c_str());
+    if (status != B_OK) {
+        KestrinEntry::ShowError(status);
+        return;
+    }
+    fView.UpdateEntry(entry_ref{0, 0, from, {}}, entry_ref{0, 0, name, {}});
+    fView.ApplyPendingChanges();
+}
+
+void PaneCommands::Invoke()
+{
+    const int32_t mode = fView.Mode();
+    DirListItem *row = fView.Row(fView.CurrentSelection());
+    if (row == nullptr)
+        return;
+    if (mode == kModeArchive) {
+        if (row->IsParent()) {
+            fView.NavigateUp();
+            return;
+        }
+        fView.SetArchivePath(fView.ArchivePath() + row->Name() + "/");
+        fView.Refresh();
+        return;
+    }
+    if (mode != kModeFolder && mode != kModeQuery)
+        return;
+    if (row->IsParent()) {
+        fView.NavigateUp();
+        return;
+    }
+    const std::string path = fView.PathOf(row);
+    struct stat info;
+    // A link that leads nowhere opens nothing.
+    if (platform::Entry(path, true).GetStat(&info) != B_OK)
+        return;
+    if (S_ISDIR(info.st_mode)) {
+        fView.Clear();
+        fView.Populate(path);
+        fView.Notify(kMsgPaneChanged);
+        return;
+    }
+    const std::string type = FileType::Of(path);
+    if (type == "Zip File" || type == "application/zip") {
+        platform::Message archive(kMsgOpenArchive);
+        archive.AddString("session", path);
+        fView.SendToWindow(archive);
+        return;
+    }
+    platform::Launcher::OpenWithPreferredApplication(path);
+}
+
+void PaneCommands::OpenEditor()
+{
+    const int32_t mode = fView.Mode();
+    if (mode == kModeFtp) {
+        platform::Alerts::Go({"Foo", "Sorry can't view a file on an FTP server.", {"OK"}});
+        return;
+    }
+    if (mode != kModeFolder && mode != kModeQuery)
+        return;
+    for (const DirListItem *row : RowsToActOn()) {
+        if (!row->IsFolder())
+            platform::Launcher::OpenInTextEditor(fView.PathOf(row));
+    }
+}
+
+void PaneCommands::View()
+{
+    const DirListItem *row = fView.Row(fView.CurrentSelection());
+    if (row == nullptr || row->IsFolder() || fView.Mode() == kModeFtp
+        || fView.Mode() == kModeArchive)
+        return;
+    platform::Message request(kMsgOpenViewer);
+    request.AddString("path", fView.PathOf(row));
+    fView.SendToWindow(request);
+}
+
+void PaneCommands::GetSize()
+{
+    const DirListItem *row = fView.Row(fView.CurrentSelection());
+    if (row == nullptr || row->IsParent() || !row->IsFolder() || row->IsLink()
+        || (fView.Mode() != kModeFolder && fView.Mode() != kModeQuery))
+        return;
+    const std::string path = fView.PathOf(row);
+    const std::string name = row->Name();
+    QPointer<DirView> view(&fView);
+    QThreadPool::globalInstance()->start([path, name, view] {
+        const double size = KestrinEntry(path).CopySize();
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [view, name, size] {
+                if (view.isNull())
+                    return;
+                const int index = view->FindItem(name);
+                if (index < 0)
+                    return;
+                char text[32];
+                GetSizeString(int64_t(size), text);
+                view->Row(index)->SetSizeText(text);
+                view->InvalidateItem(index);
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+} // namespace kestrin

@@ -1,0 +1,190 @@
+#include "panes/PaneKeys.h"
+
+#include "panes/DirListItem.h"
+#include "panes/DirView.h"
+#include "panes/PaneMessages.h"
+
+#include <QKeyEvent>
+#include <QScrollBar>
+
+namespace kestrin {
+
+namespace {
+
+// Whether a name begins with the character, ignoring case. Names are bytes:
+// ASCII is compared as it stands, anything else as the UTF-8 it should be.
+bool BeginsWith(const std::string &name, QChar typed)
+{
+    if (name.empty())
+        return false;
+    const auto first = static_cast<unsigned char>(name[0]);
+    if (first < 0x80)
+        return typed.unicode() < 0x80 && QChar(first).toCaseFolded() == typed.toCaseFolded();
+    const QString decoded = QString::fromUtf8(name.data(),
+                                              qsizetype(std::min<size_t>(name.size(), 4)));
+    return !decoded.isEmpty() && decoded[0].toCaseFolded() == typed.toCaseFolded();
+}
+
+} // namespace
+
+PaneKeys::PaneKeys(DirView &view)
+    : fView(view)
+{}
+
+bool PaneKeys::Handle(QKeyEvent *event)
+{
+    const int selection = fView.CurrentSelection();
+    const Qt::KeyboardModifiers modifiers = event->modifiers();
+    const bool control = modifiers & Qt::ControlModifier;
+    const bool shift = modifiers & Qt::ShiftModifier;
+    const int key = event->key();
+    const int last = fView.CountItems() - 1;
+
+    if (key == Qt::Key_Delete) {
+        if (selection > 0 || !fView.MarkedRows().empty())
+            fView.Commands().Trash();
+        return false;
+    }
+    if (key == Qt::Key_PageDown) {
+        PageDown();
+        return true;
+    }
+    if (key == Qt::Key_Backspace) {
+        fView.NavigateUp();
+        return false;
+    }
+    if (key == Qt::Key_Space) {
+        if (selection >= 1) {
+            fView.ToggleMark(selection);
+            fView.Commands().GetSize();
+        }
+        return true;
+    }
+    if (key == Qt::Key_Insert) {
+        if (selection >= 1)
+            fView.ToggleMark(selection);
+        if (selection + 1 <= last) {
+            fView.Select(selection + 1);
+            fView.ScrollToSelection();
+        }
+        return true;
+    }
+    const QString text = event->text();
+    const bool plain = !(modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
+    if (plain && text.size() == 1 && (text[0].isLetterOrNumber() || text[0] == '.')) {
+        TypeAhead(text);
+        return true;
+    }
+    if (plain && text == "*") {
+        if (last >= 1)
+            fView.Marked().ToggleRange(1, last);
+        return true;
+    }
+    if (plain && text == "+") {
+        if (last >= 1)
+            fView.Mark(1, last);
+        return true;
+    }
+    if (plain && text == "-") {
+        if (last >= 1)
+            fView.Unmark(1, last);
+        return true;
+    }
+    if (key == Qt::Key_Up || key == Qt::Key_Down) {
+        if (shift && selection >= 1)
+            fView.ToggleMark(selection);
+        return false;
+    }
+    if (key >= Qt::Key_F1 && key <= Qt::Key_F9)
+        return FunctionKey(key, control, shift);
+    return false;
+}
+
+bool PaneKeys::FunctionKey(int key, bool control, bool shift)
+{
+    PaneCommands &commands = fView.Commands();
+    const int selection = fView.CurrentSelection();
+    switch (key) {
+    case Qt::Key_F1:
+        fView.Notify(kMsgHelpKeys);
+        break;
+    case Qt::Key_F2:
+        fView.Refresh();
+        break;
+    case Qt::Key_F3:
+        commands.View();
+        break;
+    case Qt::Key_F4:
+        commands.OpenEditor();
+        break;
+    case Qt::Key_F5:
+        if (control)
+            commands.SendRequest(kMsgPackRequest, "Pack", true);
+        else if (fView.Mode() == kModeArchive)
+            commands.SendRequest(kMsgUnpackRequest, "UnPack", true);
+        else
+            commands.SendRequest(kMsgCopyRequest, "Copy", true);
+        break;
+    case Qt::Key_F6:
+        if (selection >= 1 || !fView.MarkedRows().empty()) {
+            if (shift)
+                commands.Edit();
+            else
+                commands.SendRequest(kMsgCopyRequest, "Move", false);
+        }
+        break;
+    case Qt::Key_F7: {
+        platform::Message request(control ? kMsgNewQuery : kMsgNewFolder);
+        fView.SendToWindow(request);
+        break;
+    }
+    case Qt::Key_F8:
+        commands.Trash();
+        break;
+    case Qt::Key_F9:
+        commands.SendRequest(kMsgCopyRequest, "Link", true);
+        break;
+    default:
+        return false;
+    }
+    return true;
+}
+
+void PaneKeys::TypeAhead(const QString &text)
+{
+    const QChar typed = text[0];
+    const int count = fView.CountItems();
+    if (count == 0)
+        return;
+    const int selection = fView.CurrentSelection();
+    int start = 0;
+    if (selection >= 0 && selection < count - 1 && BeginsWith(fView.Row(selection)->Name(), typed))
+        start = selection + 1;
+    for (int tried = 0; tried <= count; tried++) {
+        const int index = (start + tried) % count;
+        if (BeginsWith(fView.Row(index)->Name(), typed)) {
+            fView.Select(index);
+            fView.ScrollToSelection();
+            return;
+        }
+    }
+}
+
+void PaneKeys::PageDown()
+{
+    // The row at the bottom left corner of the list, 2 units in.
+    const QPoint corner(2, fView.viewport()->height() - 2);
+    if (fView.IndexOf(corner) == 0)
+        return;
+    fView.verticalScrollBar()->triggerAction(QAbstractSlider::SliderPageStepAdd);
+    int index = fView.IndexOf(corner);
+    // Below the last row: the last row, rather than no selection at all.
+    if (index < 0)
+        index = fView.CountItems() - 1;
+    if (index >= 0) {
+        fView.Select(index);
+        fView.ScrollToSelection();
+    }
+}
+
+} // namespace kestrin

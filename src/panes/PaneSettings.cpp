@@ -1,0 +1,63 @@
+#include "panes/PaneSettings.h"
+
+#include "app/AppInfo.h"
+#include "app/NumberText.h"
+#include "app/Profile.h"
+
+namespace kestrin {
+
+namespace {
+
+bool Read(const std::string &key, std::string *value)
+{
+    return GetProfileString(kSettingsFolder, key, value, kSettingsFile);
+}
+
+void ReadComponent(const std::string &key, uint8_t *component)
+{
+    std::string value;
+    if (Read(key, &value))
+        *component = uint8_t(kestrin::atoi(value.c_str()));
+}
+
+} // namespace
+
+rgb_color PaneSettings::ReadColor(const char *prefix, rgb_color fallback)
+{
+    rgb_color color = fallback;
+    const std::string base = prefix;
+    ReadComponent(base + "Red", &color.red);
+    ReadComponent(base + "Green", &color.green);
+    ReadComponent(base + "Blue", &color.blue);
+    ReadComponent(base + "Alpha", &color.alpha);
+    return color;
+}
+
+bool PaneSettings::ReadFlag(const char *key, bool fallback)
+{
+    std::string value;
+    if (!Read(key, &value))
+        return fallback;
+    return value == "1";
+}
+
+PaneSettings PaneSettings::Load()
+{
+    PaneSettings settings;
+    std::string format;
+    if (Read("DateFormat", &format) && !format.empty())
+        settings.dateFormat = format;
+    settings.showProgress = ReadFlag("ShowProgressBar", true);
+    settings.caseSensitiveSort = ReadFlag("bCaseSensitiveSort", true);
+    settings.alternateColors = ReadFlag("bAlternateColors", true);
+    settings.showHeader = ReadFlag("ShowHeader", true);
+    settings.showFooter = ReadFlag("ShowFooter", true);
+    const RowColors defaults;
+    settings.colors.background = ReadColor("bg", defaults.background);
+    settings.colors.text = ReadColor("txt", defaults.text);
+    settings.colors.selectedText = ReadColor("seltxt", defaults.selectedText);
+    settings.colors.selectionBar = ReadColor("sb", defaults.selectionBar);
+    return settings;
+}
+
+} // namespace kestrin

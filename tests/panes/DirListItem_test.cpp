@@ -1,0 +1,181 @@
+#include "PaneTestSupport.h"
+
+#include "app/AppUtils.h"
+#include "platform/Entry.h"
+
+#include <QImage>
+#include <QPainter>
+#include <unistd.h>
+
+using kestrin::CompareFunc;
+using kestrin::DirListItem;
+using kestrin::RowColors;
+
+namespace {
+
+DirListItem Local(const std::string &path)
+{
+    return DirListItem(platform::Entry(path), RowColors(), false, kestrin::kModeFolder, "%D %R");
+}
+
+TEST(DirListItem, SizeAndPermissionTexts)
+{
+    const struct
+    {
+        int64_t size;
+        const char *text;
+    } sizes[] = {
+        {0, "0 Bytes"},
+        {1024, "1024 Bytes"},
+        {1025, "1 K"},
+        {2047, "1 K"},
+        {5LL << 30, "5242880 K"},
+    };
+    for (const auto &row : sizes)
+        EXPECT_EQ(DirListItem::SizeTextFor(row.size), row.text) << row.size;
+
+    EXPECT_EQ(DirListItem::PermissionTextFor(0754), "rwxr-xr--");
+    EXPECT_EQ(DirListItem::PermissionTextFor(S_IFDIR | 04751), "rwxr-x--x");
+    EXPECT_EQ(DirListItem::PermissionTextFor(0), "---------");
+}
+
+TEST(DirListItem, RowsOfEntriesAndLinks)
+{
+    TempHome home;
+    const std::string root = home.Root();
+    MakeFile(root + "/file", 1500);
+    fs::create_directory(root + "/folder");
+    fs::create_directory_symlink(root + "/folder", root + "/to-folder");
+    fs::create_symlink(root + "/file", root + "/to-file");
+    fs::create_symlink(root + "/nowhere", root + "/dangling");
+
+    const DirListItem file = Local(root + "/file");
+    EXPECT_FALSE(file.IsFolder());
+    EXPECT_EQ(file.SizeText(), "1 K");
+    EXPECT_EQ(file.Size(), 1500);
+    EXPECT_EQ(file.Name(), "file");
+    EXPECT_EQ(file.DateText().size(), 14u); // "%D %R": 11/22/26 05:00
+
+    const DirListItem folder = Local(root + "/folder");
+    EXPECT_TRUE(folder.IsFolder());
+    EXPECT_EQ(folder.SizeText(), "[Directory]");
+    EXPECT_EQ(folder.Size(), 0);
+
+    // A link lists as what it leads to, but says it is a link.
+    const DirListItem toFolder = Local(root + "/to-folder");
+    EXPECT_TRUE(toFolder.IsFolder());
+    EXPECT_EQ(toFolder.SizeText(), "[Link]");
+    const DirListItem toFile = Local(root + "/to-file");
+    EXPECT_FALSE(toFile.IsFolder());
+    EXPECT_EQ(toFile.SizeText(), "[Link]");
+    EXPECT_EQ(toFile.Size(), 0);
+    const DirListItem dangling = Local(root + "/dangling");
+    EXPECT_TRUE(dangling.IsFolder());
+    EXPECT_EQ(dangling.SizeText(), "[Link]");
+
+    // Query results show the whole path.
+    const DirListItem query(platform::Entry(root + "/file"),
+                            RowColors(),
+                            false,
+                            kestrin::kModeQuery,
+                            "%Y");
+    EXPECT_EQ(query.Name(), root + "/file");
+    EXPECT_EQ(query.DateText().size(), 4u);
+
+    const DirListItem parent(platform::Entry(root + "/gone"),
+                             RowColors(),
+                             true,
+                             kestrin::kModeFolder,
+                             "%D");
+    EXPECT_EQ(parent.Name(), "..");
+    EXPECT_EQ(parent.SizeText(), "--");
+    EXPECT_EQ(parent.PermissionText(), "--");
+    EXPECT_TRUE(parent.DateText().empty());
+
+    const DirListItem missing = Local(root + "/gone");
+    EXPECT_EQ(missing.PermissionText(), "n/a");
+
+    const DirListItem remote("pub", "4096", "Jan  1 12:00", "drwxr-xr-x", RowColors());
+    EXPECT_TRUE(remote.IsFolder());
+    EXPECT_EQ(remote.DateText(), "Jan  1 12:00");
+    const DirListItem remoteFile("a b", "1234", "Mar  5  2001", "-rw-r--r--", RowColors());
+    EXPECT_FALSE(remoteFile.IsFolder());
+    EXPECT_EQ(remoteFile.Size(), 1234);
+}
+
+TEST(DirListItem, CompareFuncKeepsItsAsymmetry)
+{
+    const RowColors colors;
+    const DirListItem parent(platform::Entry("/"), colors, true, kestrin::kModeFolder, "");
+    const DirListItem folder("zeta", "4096", "", "drwxr-xr-x", colors);
+    const DirListItem a("a", "1", "", "-rw-r--r--", colors);
+    const DirListItem B("B", "2", "", "-rw-r--r--", colors);
+    const DirListItem huge("huge", std::to_string(3LL << 30), "", "-rw-r--r--", colors);
+
+    EXPECT_EQ(CompareFunc(&parent, &a, 1), 0);
+    EXPECT_EQ(CompareFunc(&folder, &a, 1), 0);
+    // A file on the left falls through to the column: "-rw" before "drw",
+    // "a" before "zeta".
+    EXPECT_LT(CompareFunc(&a, &folder, 4), 0);
+    EXPECT_LT(CompareFunc(&a, &folder, 1), 0);
+
+    const bool saved = kestrin::GetbCaseSensitiveSort();
+    kestrin::SetbCaseSensitiveSort(true);
+    EXPECT_LT(CompareFunc(&B, &a, 1), 0);
+    kestrin::SetbCaseSensitiveSort(false);
+    EXPECT_LT(CompareFunc(&a, &B, 1), 0);
+    kestrin::SetbCaseSensitiveSort(saved);
+
+    EXPECT_LT(CompareFunc(&a, &B, 2), 0);
+    // 3 GB has low 32 bits above 2^31: as a 32-bit number it is negative
+    // and sorts before a one-byte file.
+    EXPECT_LT(CompareFunc(&huge, &a, 2), 0);
+    EXPECT_EQ(CompareFunc(&a, &B, 9), 0);
+}
+
+TEST(DirListItem, MarkedSelectedRowDrawsMarkedTextOnTheSelectionBar)
+{
+    RowColors colors;
+    colors.background = {255, 255, 255, 255};
+    colors.text = {0, 0, 0, 0};
+    colors.selectedText = {255, 0, 0, 0};
+    colors.selectionBar = {200, 200, 200, 200};
+    DirListItem row("WWWWWWWW", "1", "", "-rw-r--r--", colors);
+
+    const auto colorsIn = [&row](bool selected) {
+        QImage image(200, 20, QImage::Format_RGB32);
+        image.fill(Qt::green);
+        QPainter painter(&image);
+        QFont font = painter.font();
+        font.setPixelSize(14);
+        painter.setFont(font);
+        row.DrawItemColumn(painter, QRect(0, 0, 200, 20), kestrin::kColumnName, selected, true);
+        painter.end();
+        std::vector<QRgb> seen;
+        for (int y = 0; y < image.height(); y++)
+            for (int x = 0; x < image.width(); x++)
+                seen.push_back(image.pixel(x, y));
+        return seen;
+    };
+    const auto has = [](const std::vector<QRgb> &pixels, QRgb color) {
+        return std::find(pixels.begin(), pixels.end(), color) != pixels.end();
+    };
+
+    row.SetMarked(true);
+    const auto marked = colorsIn(true);
+    EXPECT_TRUE(has(marked, qRgb(200, 200, 200)));
+    EXPECT_TRUE(has(marked, qRgb(255, 0, 0)));
+    EXPECT_FALSE(has(marked, qRgb(0, 255, 0))); // the whole rect is filled
+    EXPECT_FALSE(has(marked, qRgb(255, 255, 255)));
+
+    row.SetMarked(false);
+    const auto plain = colorsIn(false);
+    EXPECT_TRUE(has(plain, qRgb(255, 255, 255)));
+    EXPECT_TRUE(has(plain, qRgb(0, 0, 0))); // alpha 0 in the profile still draws
+    EXPECT_FALSE(has(plain, qRgb(255, 0, 0)));
+
+    row.SetOver(true);
+    EXPECT_TRUE(has(colorsIn(false), qRgb(255, 0, 0)));
+}
+
+} // namespace

@@ -1,0 +1,472 @@
+#include "PaneTestSupport.h"
+
+#include "panes/PaneCommands.h"
+#include "platform/NodeMonitor.h"
+
+#include <QApplication>
+#include <QFrame>
+#include <QLineEdit>
+#include <QVBoxLayout>
+
+using kestrin::DirView;
+using kestrin::PaneCommands;
+
+namespace {
+
+using DirViewTest = ListFixture;
+
+std::string Text(const platform::Message &message, const char *field)
+{
+    std::string value;
+    message.FindString(field, &value);
+    return value;
+}
+
+std::vector<std::string> RefNames(const platform::Message &message)
+{
+    std::vector<std::string> names;
+    entry_ref ref;
+    for (int32_t i = 0; message.FindRef("refs", i, &ref) == B_OK; i++)
+        names.push_back(ref.name);
+    return names;
+}
+
+TEST_F(DirViewTest, ListsParentFoldersThenFilesWithProgress)
+{
+    MakeFile(Folder() + "/b.txt", 10);
+    MakeFile(Folder() + "/A.txt", 2000);
+    MakeFile(Folder() + "/c");
+    fs::create_directory(Folder() + "/zdir");
+    fs::create_directory(Folder() + "/Adir");
+    fs::create_directory_symlink(Folder() + "/zdir", Folder() + "/lnk");
+
+    DirView &view = Open(Folder());
+    EXPECT_EQ(RowNames(view),
+              (std::vector<std::string>{"..", "Adir", "lnk", "zdir", "A.txt", "b.txt", "c"}));
+    EXPECT_EQ(view.Row(4)->SizeText(), "1 K");
+    EXPECT_TRUE(view.IsWatching());
+
+    std::vector<uint32_t> expected = {kestrin::kMsgListingBegan, kestrin::kMsgListingMax};
+    expected.insert(expected.end(), 7, kestrin::kMsgListingStep);
+    expected.push_back(kestrin::kMsgListingEnded);
+    expected.push_back(kestrin::kMsgPaneChanged);
+    EXPECT_EQ(fOwner.Codes(), expected);
+    int32_t max = 0;
+    fOwner.Last(kestrin::kMsgListingMax)->FindInt32("maxvalue", &max);
+    EXPECT_EQ(max, 7);
+
+    // An empty folder: the parent row alone, and a maximum of 1.
+    fs::create_directory(Folder() + "/Adir/empty");
+    fOwner.messages.clear();
+    Relist([&] { view.Populate(Folder() + "/Adir/empty"); });
+    EXPECT_EQ(RowNames(view), std::vector<std::string>{".."});
+    fOwner.Last(kestrin::kMsgListingMax)->FindInt32("maxvalue", &max);
+    EXPECT_EQ(max, 1);
+
+    // Without the progress flag no progress message is sent.
+    view.SetProgressFlag(false);
+    fOwner.messages.clear();
+    Relist([&] { view.Populate(Folder()); });
+    for (uint32_t code : {607, 608, 609, 610})
+        EXPECT_EQ(fOwner.Count(code), 0) << code;
+
+    // The root has no parent row.
+    Relist([&] { view.Populate("/"); });
+    ASSERT_GT(view.CountItems(), 0);
+    EXPECT_NE(view.Row(0)->Name(), "..");
+}
+
+TEST_F(DirViewTest, UpALevelSelectsTheFolderLeftAndDownReturns)
+{
+    fs::create_directories(Folder() + "/sub/deeper");
+    MakeFile(Folder() + "/file");
+    DirView &view = Open(Folder() + "/sub");
+
+    Relist([&] { Key(Qt::Key_Backspace); });
+    EXPECT_EQ(view.CurrentPath(), Folder());
+    ASSERT_GE(view.CurrentSelection(), 0);
+    EXPECT_EQ(view.Row(view.CurrentSelection())->Name(), "sub");
+
+    Relist([&] { view.NavigateDown(); });
+    EXPECT_EQ(view.CurrentPath(), Folder() + "/sub");
+
+    // From a folder just below the root: "/" with that folder selected.
+    Relist([&] { view.Populate("/tmp"); });
+    Relist([&] { view.NavigateUp(); });
+    EXPECT_EQ(view.CurrentPath(), "/");
+    ASSERT_GE(view.CurrentSelection(), 0);
+    EXPECT_EQ(view.Row(view.CurrentSelection())->Name(), "tmp");
+    // From "/" nothing happens.
+    view.NavigateUp();
+    EXPECT_FALSE(view.IsListing());
+    EXPECT_EQ(view.CurrentPath(), "/");
+}
+
+TEST_F(DirViewTest, MarkingKeysAndTheFooterSummary)
+{
+    fs::create_directory(Folder() + "/d");
+    MakeFile(Folder() + "/f1", 3072);
+    MakeFile(Folder() + "/f2", 2048);
+    MakeFile(Folder() + "/f3", 5000);
+    DirView &view = Open(Folder());
+    const auto marked = [&view] {
+        std::vector<std::string> names;
+        for (const auto *row : view.MarkedRows())
+            names.push_back(row->Name());
+        std::sort(names.begin(), names.end());
+        return names;
+    };
+
+    view.Select(2);
+    Key(Qt::Key_Space);
+    EXPECT_EQ(marked(), std::vector<std::string>{"f1"});
+    EXPECT_EQ(view.CurrentSelection(), 2);
+    Key(Qt::Key_Insert); // unmarks f1, moves to f2
+    Key(Qt::Key_Insert); // marks f2, moves to f3
+    EXPECT_EQ(view.CurrentSelection(), 4);
+    Key(Qt::Key_Down, Qt::ShiftModifier); // marks f3
+    EXPECT_EQ(marked(), (std::vector<std::string>{"f2", "f3"}));
+    EXPECT_EQ(view.GetFiles(), "6 of 9k in 2 of 3 files selected");
+
+    Key(Qt::Key_Asterisk);
+    EXPECT_EQ(marked(), (std::vector<std::string>{"d", "f1"}));
+    EXPECT_FALSE(view.Row(0)->IsMarked());
+    Key(Qt::Key_Minus);
+    EXPECT_TRUE(marked().empty());
+    Key(Qt::Key_Plus);
+    EXPECT_EQ(marked(), (std::vector<std::string>{"d", "f1", "f2", "f3"}));
+    for (int i = 1; i < view.CountItems(); i++)
+        EXPECT_TRUE(view.Row(i)->IsMarked());
+    view.EmptyMarked();
+
+    // Row 0 is never marked from the keyboard.
+    view.Select(0);
+    Key(Qt::Key_Space);
+    Key(Qt::Key_Insert);
+    EXPECT_TRUE(marked().empty());
+    EXPECT_EQ(view.CurrentSelection(), 1);
+
+    // "+" needs two rows.
+    fs::create_directory(Folder() + "/d/empty");
+    Relist([&] { view.Populate(Folder() + "/d/empty"); });
+    Key(Qt::Key_Plus);
+    Key(Qt::Key_Asterisk);
+    EXPECT_TRUE(marked().empty());
+}
+
+TEST_F(DirViewTest, TypeAheadStepsThroughMatchingNamesAndWraps)
+{
+    for (const char *name : {"apple", "Avocado", "banana", "apricot"})
+        MakeFile(Folder() + "/" + name);
+    DirView &view = Open(Folder());
+    ASSERT_EQ(RowNames(view),
+              (std::vector<std::string>{"..", "Avocado", "apple", "apricot", "banana"}));
+    view.Select(0);
+    const auto selected = [&view] { return view.Row(view.CurrentSelection())->Name(); };
+    const char *steps[][2] = {
+        {"a", "Avocado"},
+        {"a", "apple"},
+        {"A", "apricot"},
+        {"a", "Avocado"},
+        {"z", "Avocado"},
+        {"B", "banana"},
+        {".", ".."},
+    };
+    for (const auto &step : steps) {
+        QTest::keyClicks(&view, step[0]);
+        EXPECT_EQ(selected(), step[1]) << "after typing " << step[0];
+    }
+}
+
+TEST_F(DirViewTest, FunctionKeysSendRequests)
+{
+    MakeFile(Folder() + "/f1");
+    MakeFile(Folder() + "/f2");
+    MakeFile(Folder() + "/f3");
+    DirView &view = Open(Folder());
+
+    view.Select(1);
+    Key(Qt::Key_F5);
+    const platform::Message *copy = fTarget.Last(kestrin::kMsgCopyRequest);
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(RefNames(*copy), std::vector<std::string>{"f1"});
+    entry_ref ref;
+    copy->FindRef("refs", &ref);
+    EXPECT_EQ(ref.path, Folder() + "/f1");
+    EXPECT_EQ(Text(*copy, "TypeOfCopy"), "Copy");
+    EXPECT_EQ(Text(*copy, "Dragging"), "false");
+    EXPECT_EQ(Text(*copy, "Direction"), "Right");
+    EXPECT_TRUE(view.MarkedRows().empty()); // the stand-in left the marked list
+
+    view.ToggleMark(2);
+    view.ToggleMark(3);
+    Key(Qt::Key_F6);
+    EXPECT_EQ(RefNames(*fTarget.Last(kestrin::kMsgCopyRequest)),
+              (std::vector<std::string>{"f2", "f3"}));
+    EXPECT_EQ(Text(*fTarget.Last(kestrin::kMsgCopyRequest), "TypeOfCopy"), "Move");
+    Key(Qt::Key_F9);
+    EXPECT_EQ(Text(*fTarget.Last(kestrin::kMsgCopyRequest), "TypeOfCopy"), "Link");
+    Key(Qt::Key_F5, Qt::ControlModifier);
+    ASSERT_NE(fTarget.Last(kestrin::kMsgPackRequest), nullptr);
+    EXPECT_EQ(Text(*fTarget.Last(kestrin::kMsgPackRequest), "TypeOfCopy"), "Pack");
+    Key(Qt::Key_F7);
+    Key(Qt::Key_F7, Qt::ControlModifier);
+    EXPECT_EQ(fTarget.Count(kestrin::kMsgNewFolder), 1);
+    EXPECT_EQ(fTarget.Count(kestrin::kMsgNewQuery), 1);
+    Key(Qt::Key_F1);
+    EXPECT_EQ(fOwner.Count(kestrin::kMsgHelpKeys), 1);
+
+    // Nothing marked and the parent row selected: no request.
+    view.EmptyMarked();
+    view.Select(0);
+    const size_t before = fTarget.messages.size();
+    Key(Qt::Key_F5);
+    Key(Qt::Key_F6);
+    Key(Qt::Key_F9);
+    EXPECT_EQ(fTarget.messages.size(), before);
+}
+
+TEST_F(DirViewTest, TrashAsksFirst)
+{
+    MakeFile(Folder() + "/f1");
+    DirView &view = Open(Folder());
+    view.Select(1);
+    Key(Qt::Key_F8); // answered "Cancel"
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    const platform::Alert question = fAlerts.Shown().front();
+    EXPECT_EQ(question.title, "Sir?");
+    EXPECT_EQ(question.text, "Do you really want to delete the following files/folders:\n\tf1");
+    EXPECT_EQ(question.buttons, (std::vector<std::string>{"Cancel", "Delete"}));
+    EXPECT_EQ(question.type, B_WARNING_ALERT);
+    EXPECT_EQ(fTarget.Count(kestrin::kMsgDeleteRequest), 0);
+
+    fAlerts.QueueAnswer(1);
+    Key(Qt::Key_Delete);
+    ASSERT_NE(fTarget.Last(kestrin::kMsgDeleteRequest), nullptr);
+    EXPECT_EQ(RefNames(*fTarget.Last(kestrin::kMsgDeleteRequest)), std::vector<std::string>{"f1"});
+
+    // Delete on the parent row with nothing marked asks nothing.
+    view.Select(0);
+    Key(Qt::Key_Delete);
+    EXPECT_EQ(fAlerts.Count(), 2u);
+
+    // Inside the Trash the deletion is for good, with the stop icon.
+    const std::string trashFiles = fHome.Home() + "/.local/share/Trash/files";
+    fs::create_directories(trashFiles);
+    MakeFile(trashFiles + "/old");
+    Relist([&] { view.Populate(trashFiles); });
+    view.Select(1);
+    Key(Qt::Key_F8);
+    EXPECT_EQ(fAlerts.Shown().back().type, B_STOP_ALERT);
+    EXPECT_EQ(fAlerts.Shown().back().text,
+              "Do you really want permanently delete the following files/folders:\n\told");
+
+    std::vector<std::string> names(20, "n");
+    EXPECT_EQ(PaneCommands::TrashQuestion(names, false).substr(0, 58),
+              "Do you really want to delete the following files/folders:\n");
+    names.push_back("n");
+    EXPECT_EQ(PaneCommands::TrashQuestion(names, false),
+              "Do you really want to delete the 21 selected files/folders?");
+    EXPECT_EQ(PaneCommands::TrashQuestion(names, true),
+              "Do you really want to permanently delete the 21 selected files/folders?");
+}
+
+TEST_F(DirViewTest, RenameInPlace)
+{
+    MakeFile(Folder() + "/f1");
+    MakeFile(Folder() + "/f2");
+    DirView &view = Open(Folder());
+    fWindow->activateWindow();
+    view.setFocus();
+
+    view.Select(1);
+    Key(Qt::Key_F6, Qt::ShiftModifier);
+    auto *container = view.findChild<QFrame *>("renamecontainer");
+    ASSERT_NE(container, nullptr);
+    auto *field = container->findChild<QLineEdit *>();
+    ASSERT_NE(field, nullptr);
+    EXPECT_EQ(field->text(), "f1");
+    field->setText("g1");
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_TRUE(WaitFor([&] { return view.FindItem("g1") >= 0 && view.FindItem("f1") < 0; }));
+    EXPECT_TRUE(fs::exists(Folder() + "/g1"));
+    EXPECT_FALSE(fs::exists(Folder() + "/f1"));
+    EXPECT_EQ(view.findChild<QFrame *>("renamecontainer"), nullptr);
+
+    view.Select(view.FindItem("f2"));
+    Key(Qt::Key_F6, Qt::ShiftModifier);
+    field = view.findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    field->setText("zzz");
+    QTest::keyClick(field, Qt::Key_Escape);
+    EXPECT_TRUE(WaitFor([&] { return view.findChild<QFrame *>("renamecontainer") == nullptr; }));
+    EXPECT_TRUE(fs::exists(Folder() + "/f2"));
+    EXPECT_FALSE(fs::exists(Folder() + "/zzz"));
+
+    // A name with a slash is refused, and nothing moves.
+    view.Select(view.FindItem("f2"));
+    Key(Qt::Key_F6, Qt::ShiftModifier);
+    field = view.findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    field->setText("../escape");
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_TRUE(WaitFor([&] { return fAlerts.Count() == 1; }));
+    EXPECT_TRUE(fs::exists(Folder() + "/f2"));
+}
+
+TEST_F(DirViewTest, RowsFollowChangesInTheFolder)
+{
+    MakeFile(Folder() + "/b");
+    fs::create_directory(Folder() + "/m");
+    DirView &view = Open(Folder());
+    const auto rowsAre = [&view](std::vector<std::string> names) {
+        return WaitFor([&] { return RowNames(view) == names; });
+    };
+
+    MakeFile(Folder() + "/a");
+    EXPECT_TRUE(rowsAre({"..", "m", "a", "b"}));
+    fs::create_directory(Folder() + "/n");
+    EXPECT_TRUE(rowsAre({"..", "m", "n", "a", "b"}));
+
+    view.ToggleMark(view.FindItem("b"));
+    fs::rename(Folder() + "/b", Folder() + "/c");
+    EXPECT_TRUE(rowsAre({"..", "m", "n", "a", "c"}));
+    EXPECT_TRUE(view.Row(view.FindItem("c"))->IsMarked());
+    ASSERT_EQ(view.MarkedRows().size(), 1u);
+    EXPECT_EQ(view.MarkedRows().front()->Name(), "c");
+
+    MakeFile(Folder() + "/a", 5000);
+    EXPECT_TRUE(WaitFor([&] { return view.Row(view.FindItem("a"))->SizeText() == "4 K"; }));
+
+    fs::remove(Folder() + "/a");
+    EXPECT_TRUE(rowsAre({"..", "m", "n", "c"}));
+    fs::rename(Folder() + "/c", fHome.Root() + "/c");
+    EXPECT_TRUE(rowsAre({"..", "m", "n"}));
+    EXPECT_TRUE(view.MarkedRows().empty());
+    fs::rename(fHome.Root() + "/c", Folder() + "/in");
+    EXPECT_TRUE(rowsAre({"..", "m", "n", "in"}));
+    // The footer heard of every change.
+    EXPECT_EQ(view.GetFiles(), "0 of 0k in 0 of 1 files selected");
+}
+
+TEST_F(DirViewTest, AFloodOfNewFilesEndsInTheRightRows)
+{
+    DirView &view = Open(Folder());
+    constexpr int kFiles = 20000;
+    for (int i = 0; i < kFiles; i++)
+        MakeFile(Folder() + "/f" + std::to_string(i));
+    EXPECT_TRUE(
+        WaitFor([&] { return view.CountItems() == kFiles + 1 && !view.IsListing(); }, 120000));
+    // Sorted, with no row twice.
+    const std::vector<std::string> names = RowNames(view);
+    EXPECT_TRUE(std::is_sorted(names.begin() + 1, names.end()));
+    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
+    for (int i = 0; i < kFiles; i += 2)
+        fs::remove(Folder() + "/f" + std::to_string(i));
+    EXPECT_TRUE(WaitFor([&] { return view.CountItems() == kFiles / 2 + 1; }, 120000));
+}
+
+TEST_F(DirViewTest, AFolderDeletedWhileShownGivesWayToItsParent)
+{
+    fs::create_directories(Folder() + "/x/y");
+    DirView &view = Open(Folder() + "/x/y");
+    fs::remove_all(Folder() + "/x");
+    EXPECT_TRUE(WaitFor([&] { return view.CurrentPath() == Folder() && !view.IsListing(); }));
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown().front().text,
+              "The directory, " + Folder() + "/x/y, is not valid.\nThe volume may not be mounted.");
+    EXPECT_EQ(RowNames(view), std::vector<std::string>{".."});
+}
+
+TEST_F(DirViewTest, OpeningRows)
+{
+    fs::create_directory(Folder() + "/sub");
+    WriteFileBytes(Folder() + "/a.zip", std::string("PK\x03\x04", 4) + std::string(40, '\0'));
+    WriteFileBytes(Folder() + "/t.txt", "text");
+    DirView &view = Open(Folder());
+
+    view.Select(view.FindItem("a.zip"));
+    Key(Qt::Key_Return);
+    ASSERT_NE(fTarget.Last(kestrin::kMsgOpenArchive), nullptr);
+    EXPECT_EQ(Text(*fTarget.Last(kestrin::kMsgOpenArchive), "session"), Folder() + "/a.zip");
+
+    view.Select(view.FindItem("t.txt"));
+    Key(Qt::Key_Return);
+    ASSERT_EQ(fLaunches.Launches().size(), 1u);
+    EXPECT_EQ(fLaunches.Launches()[0].arguments, std::vector<std::string>{Folder() + "/t.txt"});
+
+    view.Select(view.FindItem("sub"));
+    Relist([&] { Key(Qt::Key_Return); });
+    EXPECT_EQ(view.CurrentPath(), Folder() + "/sub");
+    view.Select(0);
+    Relist([&] { Key(Qt::Key_Return); });
+    EXPECT_EQ(view.CurrentPath(), Folder());
+}
+
+TEST_F(DirViewTest, AwkwardNamesAndAMissingStartFolder)
+{
+    const std::vector<std::string> names = {"\xff\xfe", "new\nline", std::string(255, 'n')};
+    for (const std::string &name : names)
+        MakeFile(Folder() + "/" + name);
+    DirView &view = Open(Folder() + "/does-not-exist");
+    // A folder that cannot be listed at start gives way to the home folder.
+    EXPECT_EQ(view.CurrentPath(), fHome.Home());
+
+    Relist([&] { view.Populate(Folder()); });
+    for (const std::string &name : names) {
+        const int index = view.FindItem(name);
+        ASSERT_GE(index, 0);
+        EXPECT_EQ(view.RefOf(view.Row(index)).path, Folder() + "/" + name);
+    }
+
+    view.SetSortMode(kestrin::kColumnSize, 2);
+    EXPECT_EQ(view.GetSort(), kestrin::kColumnSize);
+    EXPECT_EQ(view.GetSortMode(), kestrin::Ascending);
+    // QTemporaryDir cannot remove a name that is not UTF-8.
+    fs::remove(Folder() + "/\xff\xfe");
+}
+
+TEST_F(DirViewTest, GoToDirShowsItsTwoBoxes)
+{
+    fs::create_directory(Folder() + "/there");
+    DirView &view = Open(Folder());
+    fOwner.messages.clear();
+    Relist([&] { view.GoToDir(Folder() + "/there"); });
+    ASSERT_EQ(fAlerts.Count(), 2u);
+    EXPECT_EQ(fAlerts.Shown()[0].text, "Inside GoToDir");
+    EXPECT_EQ(fAlerts.Shown()[1].text, Folder() + "/there");
+    EXPECT_EQ(view.CurrentPath(), Folder() + "/there");
+    EXPECT_EQ(view.PreviousPath(), Folder() + "/there");
+    EXPECT_GE(fOwner.Count(kestrin::kMsgPaneChanged), 1);
+}
+
+TEST_F(DirViewTest, AnInactiveListShowsNoSelectionAndRemembersIt)
+{
+    for (int i = 0; i < 3; i++)
+        MakeFile(Folder() + "/f" + std::to_string(i));
+    DirView &view = Open(Folder());
+    auto *other = new QLineEdit(fWindow.get());
+    other->show();
+    QApplication::setActiveWindow(fWindow.get());
+    ASSERT_TRUE(QTest::qWaitForWindowActive(fWindow.get()));
+
+    view.setFocus();
+    view.Select(2);
+    other->setFocus();
+    EXPECT_TRUE(WaitFor([&] { return !view.hasFocus(); }));
+    EXPECT_EQ(view.CurrentSelection(), -1);
+    view.setFocus();
+    EXPECT_TRUE(WaitFor([&] { return view.CurrentSelection() == 2; }));
+}
+
+TEST_F(DirViewTest, PageDownSelectsTheRowAtTheBottom)
+{
+    for (int i = 0; i < 100; i++)
+        MakeFile(Folder() + "/f" + std::to_string(100 + i));
+    DirView &view = Open(Folder());
+    view.Select(1);
+    Key(Qt::Key_PageDown);
+    const int selected = view.CurrentSelection();
+    EXPECT_GT(selected, 5);
+    EXPECT_EQ(view.IndexOf(QPoint(2, view.viewport()->height() - 2)), selected);
+}
+
+} // namespace

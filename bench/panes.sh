@@ -44,7 +44,7 @@ ls -l "$folder" >/dev/null # warm the caches for both
 
 list=() rss=() sort=() ls_times=()
 for ((i = 0; i < repeat; i++)); do
-    out="$("$driver" "$folder")"
+    out="$("$driver" "$folder" 2>/dev/null)"
     list+=("$(awk '$1 == "list_ms" { print $2 }' <<<"$out")")
     rss+=("$(awk '$1 == "rss_mb" { print $2 }' <<<"$out")")
     sort+=("$(awk '$1 == "sort_ms" { print $2 }' <<<"$out")")

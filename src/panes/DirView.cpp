@@ -69,6 +69,7 @@ DirView::DirView(QWidget *parent,
     setFont(plain);
     QPalette colours = palette();
     colours.setColor(QPalette::Base, ToQColor(fSettings.colors.background));
+    colours.setColor(QPalette::Highlight, ToQColor(fSettings.colors.selectionBar));
     setPalette(colours);
     SetSortFunction(&kestrin::CompareFunc);
     SetSortKey(kColumnName);

@@ -50,6 +50,7 @@ KsTree::KsTree(QWidget *parent, std::function<bool()> paneHasFocus)
     setFont(plain);
     QPalette colours = palette();
     colours.setColor(QPalette::Base, ToQColor(fColors.background));
+    colours.setColor(QPalette::Highlight, ToQColor(fColors.selectionBar));
     setPalette(colours);
 }
 

@@ -1,11 +1,13 @@
 #include "fileops/Trash.h"
 
+#include "fileops/KestrinEntry.h"
 #include "platform/Directory.h"
 #include "platform/Entry.h"
 #include "platform/File.h"
 #include "platform/Paths.h"
 
 #include <climits>
+#include <vector>
 
 namespace kestrin {
 
@@ -155,6 +157,22 @@ std::string Trash::EscapePath(const std::string &path)
         }
     }
     return escaped;
+}
+
+void Trash::Empty()
+{
+    platform::Directory files(FilesPath());
+    platform::Entry entry;
+    std::vector<std::string> names;
+    while (files.GetNextEntry(&entry) == B_OK) {
+        std::string name;
+        if (entry.GetName(&name) == B_OK)
+            names.push_back(name);
+    }
+    for (const std::string &name : names) {
+        KestrinEntry(FilesPath() + "/" + name).DeleteEntry();
+        RemoveInfo(name);
+    }
 }
 
 } // namespace kestrin

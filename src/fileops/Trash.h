@@ -52,6 +52,10 @@ public:
     // The path as the Path= key carries it: URI-escaped, "/" kept.
     static std::string EscapePath(const std::string &path);
 
+    // Deletes everything in the trash, folders with all they hold, and the
+    // record of each item; what cannot be removed stays.
+    void Empty();
+
 private:
     std::string InfoFile(const std::string &name) const;
 

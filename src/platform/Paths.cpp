@@ -66,6 +66,13 @@ std::string HelpDirectory()
     return KESTRIN_BUILD_HELP_DIR;
 }
 
+// Run from the build tree, Kestrin finds the add-ons that tree built.
+std::string SystemAddOnsDirectory()
+{
+    const std::string installed = std::string(KESTRIN_INSTALL_PREFIX) + "/lib/kestrin/add-ons";
+    return IsFolder(installed) ? installed : std::string(KESTRIN_BUILD_ADDONS_DIR);
+}
+
 } // namespace
 
 status_t FindDirectory(DirectoryWhich which, std::string *path, bool create)
@@ -88,7 +95,7 @@ status_t FindDirectory(DirectoryWhich which, std::string *path, bool create)
         result += "/kestrin/add-ons";
         break;
     case DirectoryWhich::SystemAddOns:
-        result = std::string(KESTRIN_INSTALL_PREFIX) + "/lib/kestrin/add-ons";
+        result = SystemAddOnsDirectory();
         break;
     case DirectoryWhich::Help:
         result = HelpDirectory();

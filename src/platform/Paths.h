@@ -13,7 +13,7 @@ enum class DirectoryWhich {
     UserSettings, // $XDG_CONFIG_HOME, else ~/.config
     Trash,        // the freedesktop.org home trash: $XDG_DATA_HOME/Trash, else ~/.local/share/Trash
     UserAddOns,   // $XDG_DATA_HOME/kestrin/add-ons
-    SystemAddOns, // <install prefix>/lib/kestrin/add-ons
+    SystemAddOns, // <install prefix>/lib/kestrin/add-ons when installed, else the build tree's
     Help,         // <prefix>/share/kestrin/help when installed, else docs/help of the source tree
 };
 

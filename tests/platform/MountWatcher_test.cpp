@@ -1,0 +1,207 @@
+#include "platform/MountWatcher.h"
+
+#include "platform/Handler.h"
+#include "platform/Message.h"
+#include "platform/NodeMonitor.h"
+
+#include "support/TempHome.h"
+
+#include <QTest>
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <vector>
+
+using namespace platform;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kWaitMs = 10000;
+
+class Recorder : public Handler
+{
+public:
+    ~Recorder() override { MountWatcher::StopWatching(this); }
+
+    void MessageReceived(Message &message) override
+    {
+        messages.push_back(message);
+        if (onMessage)
+            onMessage(message);
+    }
+
+    std::vector<Message> messages;
+    std::function<void(Message &)> onMessage;
+};
+
+int32_t Int32(const Message &message, const char *field)
+{
+    int32_t value = -1;
+    message.FindInt32(field, &value);
+    return value;
+}
+
+bool IsMountOf(const Message &message, dev_t device)
+{
+    return message.what == B_NODE_MONITOR && Int32(message, "opcode") == B_DEVICE_MOUNTED
+           && Int32(message, "new device") == int32_t(device);
+}
+
+bool IsUnmountOf(const Message &message, dev_t device)
+{
+    return message.what == B_NODE_MONITOR && Int32(message, "opcode") == B_DEVICE_UNMOUNTED
+           && Int32(message, "device") == int32_t(device);
+}
+
+// Other programs may mount and unmount meanwhile: only messages about the
+// test's own volume count.
+std::vector<Message> About(const Recorder &recorder, dev_t device)
+{
+    std::vector<Message> about;
+    for (const Message &message : recorder.messages)
+        if (IsMountOf(message, device) || IsUnmountOf(message, device))
+            about.push_back(message);
+    return about;
+}
+
+// Until the recorder has a message that `matches`; false after a bounded wait.
+bool WaitFor(const Recorder &recorder, bool (*matches)(const Message &, dev_t), dev_t device)
+{
+    return QTest::qWaitFor(
+        [&] {
+            return std::any_of(recorder.messages.begin(),
+                               recorder.messages.end(),
+                               [&](const Message &message) { return matches(message, device); });
+        },
+        kWaitMs);
+}
+
+dev_t DeviceOf(const std::string &path)
+{
+    struct stat info = {};
+    stat(path.c_str(), &info);
+    return info.st_dev;
+}
+
+// A small tmpfs on a folder of its own, gone with the object whatever the
+// test's fate.
+class TmpfsMount
+{
+public:
+    explicit TmpfsMount(const std::string &path)
+        : fPath(path)
+    {
+        fs::create_directories(path);
+    }
+    ~TmpfsMount() { Unmount(); }
+
+    TmpfsMount(const TmpfsMount &) = delete;
+    TmpfsMount &operator=(const TmpfsMount &) = delete;
+
+    bool Mount()
+    {
+        fMounted = mount("kestrin-test", fPath.c_str(), "tmpfs", 0, "size=64k") == 0;
+        return fMounted;
+    }
+
+    void Unmount()
+    {
+        if (fMounted)
+            umount2(fPath.c_str(), MNT_DETACH);
+        fMounted = false;
+    }
+
+private:
+    std::string fPath;
+    bool fMounted = false;
+};
+
+constexpr const char *kCannotMount = "mounting needs a privilege this test does not have";
+
+} // namespace
+
+TEST(MountWatcher, EveryWatcherHearsOfMountsAndUnmounts)
+{
+    TempHome home;
+    const std::string root = fs::canonical(home.Root()).string();
+    const std::string point = root + "/volume";
+    TmpfsMount volume(point);
+
+    Recorder first, second;
+    ASSERT_EQ(MountWatcher::Watch(&first), B_OK);
+    ASSERT_EQ(MountWatcher::Watch(&second), B_OK);
+    ASSERT_EQ(MountWatcher::Watch(&first), B_OK) << "watching twice is one watch";
+
+    if (!volume.Mount())
+        GTEST_SKIP() << kCannotMount;
+    const dev_t device = DeviceOf(point);
+    ASSERT_NE(device, DeviceOf(root));
+    ASSERT_TRUE(WaitFor(first, IsMountOf, device));
+    // Delivered to all in one go: once the first has it, so has the second.
+    for (const Recorder *recorder : {&first, &second}) {
+        const std::vector<Message> about = About(*recorder, device);
+        ASSERT_EQ(about.size(), 1u);
+        EXPECT_EQ(Int32(about[0], "device"), int32_t(DeviceOf(root))) << "what it was mounted on";
+    }
+
+    volume.Unmount();
+    ASSERT_TRUE(WaitFor(first, IsUnmountOf, device));
+    EXPECT_EQ(About(first, device).size(), 2u);
+    EXPECT_EQ(About(second, device).size(), 2u);
+
+    // Once everyone has left, a newcomer starts from the volumes as they are.
+    MountWatcher::StopWatching(&first);
+    MountWatcher::StopWatching(&second);
+    const size_t heard = first.messages.size();
+    Recorder newcomer;
+    ASSERT_EQ(MountWatcher::Watch(&newcomer), B_OK);
+    ASSERT_TRUE(volume.Mount());
+    const dev_t again = DeviceOf(point);
+    ASSERT_TRUE(WaitFor(newcomer, IsMountOf, again));
+    EXPECT_EQ(About(newcomer, again).size(), 1u);
+    EXPECT_EQ(first.messages.size(), heard);
+}
+
+TEST(MountWatcher, WatchersMayComeAndGoWhileReceiving)
+{
+    TempHome home;
+    const std::string root = fs::canonical(home.Root()).string();
+    const std::string point = root + "/volume";
+    TmpfsMount volume(point);
+
+    Recorder changer, stopped, late, witness;
+    auto doomed = std::make_unique<Recorder>();
+    dev_t device = 0;
+    changer.onMessage = [&](Message &message) {
+        if (device == 0 || !IsMountOf(message, device))
+            return;
+        MountWatcher::StopWatching(&stopped);
+        doomed.reset(); // stops its own watch as it goes
+        EXPECT_EQ(MountWatcher::Watch(&late), B_OK);
+        MountWatcher::StopWatching(&changer);
+    };
+    // The changer first, the witness last: when the witness has a message,
+    // everyone who was to get it has.
+    for (Handler *handler :
+         std::initializer_list<Handler *>{&changer, &stopped, doomed.get(), &witness})
+        ASSERT_EQ(MountWatcher::Watch(handler), B_OK);
+
+    if (!volume.Mount())
+        GTEST_SKIP() << kCannotMount;
+    device = DeviceOf(point);
+    ASSERT_TRUE(WaitFor(witness, IsMountOf, device));
+    EXPECT_FALSE(MountWatcher::IsWatching(&changer));
+    EXPECT_TRUE(About(stopped, device).empty());
+    EXPECT_TRUE(About(late, device).empty()) << "it came after the mount";
+
+    volume.Unmount();
+    ASSERT_TRUE(WaitFor(witness, IsUnmountOf, device));
+    EXPECT_EQ(About(late, device).size(), 1u);
+    EXPECT_EQ(About(changer, device).size(), 1u);
+    EXPECT_TRUE(About(stopped, device).empty());
+}

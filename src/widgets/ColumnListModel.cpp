@@ -495,6 +495,14 @@ QVariant ColumnListModel::data(const QModelIndex &index, int role) const
     return item->ColumnText(index.column());
 }
 
+void ColumnListModel::SetColumnLabel(int column, const QString &label)
+{
+    if (column < 0 || column >= CountColumns())
+        return;
+    fColumns[size_t(column)].label = label;
+    emit headerDataChanged(Qt::Horizontal, column, column);
+}
+
 QVariant ColumnListModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     const Column *column = ColumnAt(section);

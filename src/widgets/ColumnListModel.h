@@ -52,6 +52,7 @@ public:
     ~ColumnListModel() override;
 
     int AddColumn(const QString &label, float minWidth, uint32_t flags);
+    void SetColumnLabel(int column, const QString &label);
     int CountColumns() const { return int(fColumns.size()); }
     // Null for a column that does not exist.
     const Column *ColumnAt(int column) const;

@@ -215,6 +215,11 @@ QString ColumnListView::ColumnLabel(int column) const
     return info ? info->label : QString();
 }
 
+void ColumnListView::SetColumnLabel(int column, const QString &label)
+{
+    fModel->SetColumnLabel(column, label);
+}
+
 uint32_t ColumnListView::ColumnFlags(int column) const
 {
     const ColumnListModel::Column *info = fModel->ColumnAt(column);

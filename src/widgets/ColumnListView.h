@@ -68,6 +68,7 @@ public:
     int AddColumn(const QString &label, float width, float minWidth, uint32_t flags);
     int CountColumns() const;
     QString ColumnLabel(int column) const;
+    void SetColumnLabel(int column, const QString &label);
     uint32_t ColumnFlags(int column) const;
     float ColumnMinWidth(int column) const;
     // -1 for a column that does not exist.

@@ -5,6 +5,7 @@
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
 #include "panes/PaneMessages.h"
+#include "panes/PaneSettings.h"
 #include "platform/NodeMonitor.h"
 
 #include <QResizeEvent>
@@ -99,6 +100,15 @@ void DirPane::UseSortAndMode(int key, int mode)
     fList->SetSortMode(key, mode);
 }
 
+void DirPane::ReloadSettings()
+{
+    const PaneSettings settings = PaneSettings::Load();
+    fHeader->SetFocusColors(settings.colors.selectionBar);
+    SetHeaderVisible(settings.showHeader);
+    SetFooterVisible(settings.showFooter);
+    fList->ReloadSettings();
+}
+
 void DirPane::DoTree()
 {
     if (fTree != nullptr || fList->Mode() != kModeFolder)
@@ -116,6 +126,7 @@ void DirPane::DoTree()
         }
     });
     fTreeContainer->show();
+    fList->SetTreeShown(true);
     Layout();
     fTree->Populate(fList->CurrentPath());
 }
@@ -127,6 +138,7 @@ void DirPane::UnDoTree()
     delete fTreeContainer;
     fTreeContainer = nullptr;
     fTree = nullptr;
+    fList->SetTreeShown(false);
     Layout();
 }
 

@@ -48,6 +48,8 @@ public:
 
     void GoToDir(const std::string &path);
     void UseSortAndMode(int key, int mode);
+    // Reads the display settings again (after the options changed).
+    void ReloadSettings();
     // The folder tree on the left third of the pane (local folders only).
     void DoTree();
     void UnDoTree();

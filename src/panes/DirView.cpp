@@ -4,11 +4,14 @@
 #include "app/NumberText.h"
 #include "panes/DirListItem.h"
 #include "panes/PaneMessages.h"
+#include "panes/PanePopUp.h"
 #include "platform/Entry.h"
 #include "platform/NodeMonitor.h"
 #include "platform/Paths.h"
+#include "platform/VolumeRoster.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QTimer>
 #include <sys/stat.h>
@@ -57,6 +60,7 @@ DirView::DirView(QWidget *parent,
     , fRows(*this, fMarked)
     , fKeys(*this)
     , fCommands(*this)
+    , fDragDrop(*this)
 {
     SetbCaseSensitiveSort(fSettings.caseSensitiveSort);
     AddColumn(iconLabel, 20, 20, CLV_NOT_MOVABLE | CLV_NOT_RESIZABLE);
@@ -74,6 +78,8 @@ DirView::DirView(QWidget *parent,
     SetSortFunction(&kestrin::CompareFunc);
     SetSortKey(kColumnName);
     SortItems();
+    setAcceptDrops(true);
+    viewport()->setAcceptDrops(true);
     fProgressTimer->setInterval(kProgressIntervalMs);
     connect(fProgressTimer, &QTimer::timeout, this, [this] { PumpProgress(); });
 }
@@ -83,6 +89,25 @@ DirView::~DirView()
     if (fJob)
         fJob->cancel = true;
     StopNodeMonitoring();
+}
+
+void DirView::ReloadSettings()
+{
+    const PaneSettings fresh = PaneSettings::Load();
+    SetbCaseSensitiveSort(fresh.caseSensitiveSort);
+    const bool changed = fresh.dateFormat != fSettings.dateFormat
+                         || fresh.alternateColors != fSettings.alternateColors
+                         || !(fresh.colors.background == fSettings.colors.background)
+                         || !(fresh.colors.text == fSettings.colors.text)
+                         || !(fresh.colors.selectedText == fSettings.colors.selectedText)
+                         || !(fresh.colors.selectionBar == fSettings.colors.selectionBar);
+    fSettings = fresh;
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, ToQColor(fSettings.colors.background));
+    colours.setColor(QPalette::Highlight, ToQColor(fSettings.colors.selectionBar));
+    setPalette(colours);
+    if (changed && fAttached)
+        Refresh();
 }
 
 std::string DirView::DefaultPath()
@@ -105,6 +130,12 @@ void DirView::SendToWindow(platform::Message &message)
 {
     if (fWindow != nullptr)
         fWindow->Dispatch(message);
+}
+
+void DirView::PostToWindow(const platform::Message &message)
+{
+    if (fWindow != nullptr)
+        fWindow->Post(message);
 }
 
 // ---- Listing --------------------------------------------------------------
@@ -497,7 +528,9 @@ void DirView::FolderVanished()
     std::string folder = fCurrentPath, leaf;
     while (folder != "/" && !IsFolder(folder))
         folder = ParentOf(folder, &leaf);
-    if (!IsFolder(folder))
+    // A volume that went away leaves only the folder it was mounted on:
+    // home is a better place to be than that empty folder.
+    if (!IsFolder(folder) || !platform::VolumeRoster::ForDevice(fFolderInfo.st_dev))
         folder = DefaultPath();
     Clear();
     Populate(folder);
@@ -566,15 +599,19 @@ void DirView::ApplyPendingChanges()
 void DirView::MessageReceived(platform::Message &message)
 {
     switch (message.what) {
-    case kMsgRenameAccept: {
+    case kMsgRenameAccept:
+    case kMsgRenameCancel: {
+        void *field = nullptr;
+        message.FindPointer("field", &field);
+        if (field != nullptr && field != fCommands.RenameField())
+            break;
         int32_t row = -1;
-        message.FindInt32("pos", &row);
-        fCommands.AcceptRename(row);
+        if (message.FindInt32("pos", &row) == B_OK && message.what == kMsgRenameAccept)
+            fCommands.AcceptRename(row);
+        else
+            fCommands.EndRename();
         break;
     }
-    case kMsgRenameCancel:
-        fCommands.EndRename();
-        break;
     case B_NODE_MONITOR:
         HandleNodeMonitor(message);
         break;
@@ -691,6 +728,41 @@ void DirView::keyPressEvent(QKeyEvent *event)
         ColumnListView::keyPressEvent(event);
 }
 
+void DirView::mousePressEvent(QMouseEvent *event)
+{
+    fDragDrop.MousePress(event);
+    ColumnListView::mousePressEvent(event);
+}
+
+void DirView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!fDragDrop.MouseMove(event))
+        ColumnListView::mouseMoveEvent(event);
+}
+
+void DirView::contextMenuEvent(QContextMenuEvent *event)
+{
+    const int row = IndexOf(event->pos());
+    if (row >= 0)
+        Select(row);
+    PanePopUp::Exec(*this, event->globalPos(), row >= 0, fTreeShown);
+}
+
+void DirView::dragEnterEvent(QDragEnterEvent *event)
+{
+    fDragDrop.DragEnter(event);
+}
+
+void DirView::dragMoveEvent(QDragMoveEvent *event)
+{
+    fDragDrop.DragMove(event);
+}
+
+void DirView::dropEvent(QDropEvent *event)
+{
+    fDragDrop.Drop(event);
+}
+
 void DirView::showEvent(QShowEvent *event)
 {
     ColumnListView::showEvent(event);
@@ -721,6 +793,10 @@ void DirView::focusInEvent(QFocusEvent *event)
 void DirView::focusOutEvent(QFocusEvent *event)
 {
     ColumnListView::focusOutEvent(event);
+    // A menu opening, or another window taking over, leaves this list the
+    // focused one of its window: commands from the menu act on it.
+    if (event->reason() == Qt::PopupFocusReason || event->reason() == Qt::ActiveWindowFocusReason)
+        return;
     // The rename field is part of the list: the selection stays while it
     // has the focus.
     const QWidget *focus = QApplication::focusWidget();

@@ -4,6 +4,7 @@
 #include "panes/FolderRows.h"
 #include "panes/MarkedList.h"
 #include "panes/PaneCommands.h"
+#include "panes/PaneDragDrop.h"
 #include "panes/PaneKeys.h"
 #include "panes/PaneSettings.h"
 #include "platform/EntryRef.h"
@@ -51,6 +52,8 @@ public:
     platform::Handler *Owner() const { return fOwner; }
 
     int32_t Mode() const { return fMode; }
+    // The device of the folder last listed.
+    dev_t FolderDevice() const { return fFolderInfo.st_dev; }
     const std::string &CurrentPath() const { return fCurrentPath; }
     const std::string &PreviousPath() const { return fPreviousPath; }
     const std::string &ArchivePath() const { return fArchivePath; }
@@ -101,6 +104,11 @@ public:
     void SetDateFormat(const std::string &format) { fSettings.dateFormat = format; }
     const PaneSettings &Settings() const { return fSettings; }
     std::string GetLocalDir() const { return fFtpLocalDir; }
+    // The FTP session shown in mode 1102 (its file name less ".ftp").
+    const std::string &FtpSession() const { return fFtpSession; }
+    // Reads the display settings again; a shown listing is made again when
+    // they changed.
+    void ReloadSettings();
 
     // Node monitoring of the current folder.
     void StopNodeMonitoring();
@@ -129,8 +137,12 @@ public:
     // list watches for itself (no owner).
     void MessageReceived(platform::Message &message) override;
 
-    // Requests to the main window.
+    // Requests to the main window: handed over at once, or posted (for
+    // requests made inside an event that must end first, like a drop).
     void SendToWindow(platform::Message &message);
+    void PostToWindow(const platform::Message &message);
+    // Whether the pane shows its folder tree (for the pop-up menu).
+    void SetTreeShown(bool shown) { fTreeShown = shown; }
     // A notification to the pane.
     void Notify(uint32_t what);
 
@@ -145,6 +157,12 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
     void SelectionChanged() override;
     void Invoked(int index) override;
@@ -175,6 +193,7 @@ private:
     std::string fArchivePath;
     std::string fFtpRemoteDir;
     std::string fFtpLocalDir;
+    std::string fFtpSession;
     bool fWentUp = false;
     bool fAttached = false;
 
@@ -202,6 +221,8 @@ private:
     FolderRows fRows;
     PaneKeys fKeys;
     PaneCommands fCommands;
+    PaneDragDrop fDragDrop;
+    bool fTreeShown = false;
     int fRememberedIndex = -1;
 };
 

@@ -36,6 +36,9 @@ void EditControl::Finish(uint32_t what)
     platform::Message message(what);
     if (what == kMsgRenameAccept)
         message.AddInt32("pos", fRow);
+    // Which field it was: an answer that arrives after the list has opened
+    // another field is about the old one.
+    message.AddPointer("field", this);
     fTarget->Post(message);
 }
 

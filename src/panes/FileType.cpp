@@ -15,4 +15,18 @@ std::string FileType::Of(const std::string &path)
     return database.mimeTypeForFile(QString::fromUtf8(path.c_str())).name().toStdString();
 }
 
+std::string FileType::Identify(const std::string &path)
+{
+    static const QMimeDatabase database;
+    const std::string type = database
+                                 .mimeTypeForFile(QString::fromUtf8(path.c_str()),
+                                                  QMimeDatabase::MatchContent)
+                                 .name()
+                                 .toStdString();
+    platform::Node node(path);
+    if (node.InitCheck() == B_OK)
+        node.WriteAttrString("BEOS:TYPE", type, B_MIME_STRING_TYPE);
+    return type;
+}
+
 } // namespace kestrin

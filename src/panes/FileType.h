@@ -11,6 +11,9 @@ class FileType
 {
 public:
     static std::string Of(const std::string &path);
+    // Works the type out from the content again and keeps it in the
+    // BEOS:TYPE attribute where the file system allows; answers the type.
+    static std::string Identify(const std::string &path);
 };
 
 } // namespace kestrin

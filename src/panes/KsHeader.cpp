@@ -35,6 +35,12 @@ void KsHeader::SetFocusColor(const rgb_color &color)
     update();
 }
 
+void KsHeader::SetFocusColors(const rgb_color &color)
+{
+    fFocusColor = color;
+    SetSelected(fSelected);
+}
+
 QSize KsHeader::sizeHint() const
 {
     return QSize(100, PaneBevel::Height(font()));

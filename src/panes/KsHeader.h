@@ -25,6 +25,8 @@ public:
     bool IsSelected() const { return fSelected; }
     // Sets the background colour as it is now, without changing the state.
     void SetFocusColor(const rgb_color &color);
+    // The colour it takes whenever it is selected from now on.
+    void SetFocusColors(const rgb_color &color);
     rgb_color Background() const { return fBackground; }
 
     QSize sizeHint() const override;

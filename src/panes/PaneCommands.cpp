@@ -10,6 +10,7 @@
 #include "panes/FileType.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
+#include "platform/Directory.h"
 #include "platform/Entry.h"
 #include "platform/Launcher.h"
 
@@ -19,6 +20,7 @@
 #include <QHeaderView>
 #include <QPointer>
 #include <QThreadPool>
+#include <unordered_set>
 
 namespace kestrin {
 
@@ -61,6 +63,7 @@ void PaneCommands::SendRequest(uint32_t what, const char *typeOfCopy, bool selec
         request.AddRef("refs", fView.RefOf(stand));
     for (const DirListItem *row : fView.MarkedRows())
         request.AddRef("refs", fView.RefOf(row));
+    request.AddString("From", fView.CurrentPath());
     request.AddString("Dragging", "false");
     request.AddString("Direction", "Right");
     request.AddString("TypeOfCopy", typeOfCopy);
@@ -155,19 +158,110 @@ void PaneCommands::AcceptRename(int32_t index)
     EndRename();
     fView.setFocus();
     const DirListItem *row = fView.Row(index);
-    if (row == nullptr || row->IsParent() || name.empty() || name == row->Name())
-        return;
+    if (row != nullptr && !row->IsParent())
+        RenameRow(row, name);
+}
+
+bool PaneCommands::RenameRow(const DirListItem *row, const std::string &name)
+{
+    if (name.empty() || name == row->Name())
+        return false;
     const std::string from = row->Name();
     platform::Entry entry(fView.PathOf(row));
     // A "/" would move the entry elsewhere: a rename stays in its folder.
-    const status_t status = name.find('/') != std::string::npos ? B_BAD_VALUE
-                                                                : entry.MoveTo("", name.c_str());
+    const status_t status = name.find('/') != std::string::npos || name == "." || name == ".."
+                                ? B_BAD_VALUE
+                                : entry.MoveTo("", name.c_str());
+    if (status != B_OK) {
+        KestrinEntry::ShowError(status);
+        return false;
+    }
+    fView.UpdateEntry(entry_ref{0, 0, from, {}}, entry_ref{0, 0, name, {}});
+    fView.ApplyPendingChanges();
+    return true;
+}
+
+void PaneCommands::Rename(const std::string &name)
+{
+    const DirListItem *row = fView.Row(fView.CurrentSelection());
+    if (row != nullptr && !row->IsParent() && fView.Mode() == kModeFolder)
+        RenameRow(row, name);
+}
+
+std::string PaneCommands::NewFolderName(const std::function<bool(const std::string &)> &taken)
+{
+    constexpr int kLimit = 999999;
+    std::string candidate = "New Folder";
+    for (int counter = 1; taken(candidate);) {
+        counter++;
+        if (counter >= kLimit)
+            return {};
+        candidate = "New Folder " + std::to_string(counter);
+    }
+    return candidate;
+}
+
+void PaneCommands::NewFolder()
+{
+    if (fView.Mode() != kModeFolder)
+        return;
+    // Only folders count: a file called "New Folder" does not move the
+    // name on, and making the folder then fails in the file system.
+    std::unordered_set<std::string> folders;
+    for (int i = 0; i < fView.CountItems() && fView.Row(i)->IsFolder(); i++)
+        folders.insert(fView.Row(i)->Name());
+    const std::string name = NewFolderName(
+        [&folders](const std::string &candidate) { return folders.count(candidate) > 0; });
+    if (name.empty()) {
+        MsgBox("Hum...you never should have hit this limit.\n  You have more folders starting "
+               "with \"New Folder\" then Kestrin is prepared to handle.");
+        return;
+    }
+    MkDir(name);
+    const int index = fView.FindItem(name);
+    if (index < 0)
+        return;
+    fView.Select(index);
+    Edit();
+}
+
+void PaneCommands::MkDir(const std::string &name)
+{
+    if (fView.Mode() != kModeFolder || name.empty())
+        return;
+    if (name.find('/') != std::string::npos) {
+        KestrinEntry::ShowError(B_BAD_VALUE);
+        return;
+    }
+    const std::string folder = fView.CurrentPath();
+    // The new row is added here at once; the watch would only add it again.
+    fView.StopNodeMonitoring();
+    const status_t status = platform::Directory(folder).CreateDirectory(name);
+    fView.DoNodeMonitor(folder);
     if (status != B_OK) {
         KestrinEntry::ShowError(status);
         return;
     }
-    fView.UpdateEntry(entry_ref{0, 0, from, {}}, entry_ref{0, 0, name, {}});
+    fView.AddEntry(entry_ref{0, 0, name, {}});
     fView.ApplyPendingChanges();
+}
+
+void PaneCommands::Identify()
+{
+    if (fView.Mode() != kModeFolder && fView.Mode() != kModeQuery)
+        return;
+    for (const DirListItem *row : RowsToActOn()) {
+        if (!row->IsFolder())
+            FileType::Identify(fView.PathOf(row));
+    }
+}
+
+bool PaneCommands::GetRefMsg(platform::Message *message) const
+{
+    const std::vector<DirListItem *> rows = RowsToActOn();
+    for (const DirListItem *row : rows)
+        message->AddRef("refs", fView.RefOf(row));
+    return !rows.empty();
 }
 
 void PaneCommands::Invoke()

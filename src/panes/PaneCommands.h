@@ -2,9 +2,12 @@
 
 #include "panes/EditControl.h"
 
+#include "platform/Message.h"
+
 #include <QFrame>
 #include <QPointer>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -46,6 +49,22 @@ public:
     void EndRename();
     EditControl *RenameField() const { return fField; }
 
+    // New Folder: the first free name of "New Folder", "New Folder 2" ...
+    // among the listed folders, made at once and renamed in place.
+    void NewFolder();
+    // That name, given which names are taken; empty when "New Folder
+    // 999999" is reached without a free one.
+    static std::string NewFolderName(const std::function<bool(const std::string &)> &taken);
+    // A folder of a given name (the new-folder prompt).
+    void MkDir(const std::string &name);
+    // Renames the selected row's entry (the rename prompt).
+    void Rename(const std::string &name);
+    // Works out the type of the marked (or selected) files from their
+    // content again.
+    void Identify();
+    // "refs" of the marked rows, or of the selected one; false for none.
+    bool GetRefMsg(platform::Message *message) const;
+
     // Opens the selected row: up a level, into a folder, a zip file in the
     // pane, any other file with its preferred application.
     void Invoke();
@@ -59,6 +78,8 @@ public:
 
 private:
     std::vector<DirListItem *> RowsToActOn() const;
+    // Renames one row's entry; false (after the alert) when it failed.
+    bool RenameRow(const DirListItem *row, const std::string &name);
 
     DirView &fView;
     QPointer<QFrame> fRenameContainer;

@@ -1,0 +1,159 @@
+#include "panes/PaneDragDrop.h"
+
+#include "panes/DirListItem.h"
+#include "panes/DirView.h"
+#include "panes/PaneMessages.h"
+#include "platform/Entry.h"
+
+#include <QApplication>
+#include <QDrag>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QUrl>
+
+namespace kestrin {
+
+namespace {
+
+std::string FolderOf(const std::string &path)
+{
+    const size_t slash = path.rfind('/');
+    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+}
+
+const char *TypeOfCopy(Qt::DropAction action)
+{
+    switch (action) {
+    case Qt::MoveAction:
+        return "Move";
+    case Qt::LinkAction:
+        return "Link";
+    default:
+        return "Copy";
+    }
+}
+
+} // namespace
+
+PaneDragDrop::PaneDragDrop(DirView &view)
+    : fView(view)
+{}
+
+QMimeData *PaneDragDrop::MimeFor(const std::vector<std::string> &paths)
+{
+    QList<QUrl> urls;
+    for (const std::string &path : paths)
+        urls.push_back(QUrl::fromLocalFile(QString::fromUtf8(path.c_str())));
+    auto *data = new QMimeData;
+    data->setUrls(urls);
+    return data;
+}
+
+std::vector<std::string> PaneDragDrop::PathsIn(const QMimeData *data)
+{
+    std::vector<std::string> paths;
+    if (data == nullptr || !data->hasUrls())
+        return paths;
+    for (const QUrl &url : data->urls()) {
+        if (url.isLocalFile())
+            paths.push_back(url.toLocalFile().toStdString());
+    }
+    return paths;
+}
+
+void PaneDragDrop::MousePress(QMouseEvent *event)
+{
+    fPressPoint = event->position().toPoint();
+    fPressRow = event->button() == Qt::LeftButton ? fView.IndexOf(fPressPoint) : -1;
+}
+
+bool PaneDragDrop::MouseMove(QMouseEvent *event)
+{
+    if (!(event->buttons() & Qt::LeftButton) || fPressRow < 1
+        || (event->position().toPoint() - fPressPoint).manhattanLength()
+               < QApplication::startDragDistance())
+        return false;
+    const int32_t mode = fView.Mode();
+    if (mode != kModeFolder && mode != kModeQuery)
+        return false;
+    // The marked rows travel together; a row that is not marked travels alone.
+    std::vector<std::string> paths;
+    const DirListItem *pressed = fView.Row(fPressRow);
+    if (pressed->IsMarked()) {
+        for (const DirListItem *row : fView.MarkedRows())
+            paths.push_back(fView.PathOf(row));
+    } else {
+        paths.push_back(fView.PathOf(pressed));
+    }
+    fPressRow = -1;
+    auto *drag = new QDrag(&fView);
+    drag->setMimeData(MimeFor(paths));
+    drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::CopyAction);
+    return true;
+}
+
+std::string PaneDragDrop::DropFolder(const QPoint &point) const
+{
+    const DirListItem *row = fView.Row(fView.IndexOf(point));
+    if (row != nullptr && row->IsFolder() && !row->IsParent() && fView.Mode() == kModeFolder)
+        return fView.PathOf(row);
+    return fView.CurrentPath();
+}
+
+bool PaneDragDrop::Accepts(const QMimeData *data, const QPoint &point) const
+{
+    const std::vector<std::string> paths = PathsIn(data);
+    if (paths.empty())
+        return false;
+    // Entries dropped where they already are have nowhere to go.
+    const std::string target = DropFolder(point);
+    for (const std::string &path : paths) {
+        if (FolderOf(path) != target && path != target)
+            return true;
+    }
+    return false;
+}
+
+void PaneDragDrop::DragEnter(QDragEnterEvent *event)
+{
+    if (Accepts(event->mimeData(), event->position().toPoint()))
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void PaneDragDrop::DragMove(QDragMoveEvent *event)
+{
+    if (Accepts(event->mimeData(), event->position().toPoint()))
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void PaneDragDrop::Drop(QDropEvent *event)
+{
+    const QPoint point = event->position().toPoint();
+    if (!Accepts(event->mimeData(), point)) {
+        event->ignore();
+        return;
+    }
+    const std::vector<std::string> paths = PathsIn(event->mimeData());
+    platform::Message request(kMsgCopyRequest);
+    for (const std::string &path : paths) {
+        entry_ref ref;
+        if (platform::Entry(path).GetRef(&ref) == B_OK)
+            request.AddRef("refs", ref);
+    }
+    request.AddString("From", FolderOf(paths.front()));
+    request.AddString("Dragging", "true");
+    request.AddString("Direction", "Right");
+    request.AddString("TypeOfCopy", TypeOfCopy(event->dropAction()));
+    request.AddString("DropFolder", DropFolder(point));
+    request.AddPointer("Target", &fView);
+    event->acceptProposedAction();
+    // The window may ask questions about the request; the drop ends first.
+    fView.PostToWindow(request);
+}
+
+} // namespace kestrin

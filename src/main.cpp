@@ -1,21 +1,22 @@
 #include "app/AppInfo.h"
+#include "mainwindow/KestrinApplication.h"
 
 #include <QApplication>
-#include <QScreen>
-#include <QWidget>
 
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(kestrin::kProductName);
     QApplication::setApplicationVersion(kestrin::kVersion);
+    // The main window ends Kestrin when it closes, after saving its layout;
+    // copy windows left open must not keep Kestrin running.
+    QApplication::setQuitOnLastWindowClosed(false);
 
-    QWidget window;
-    window.setWindowTitle(kestrin::kWindowTitle);
-    // The main screen's frame, inset as Kestrin has always opened: 10 from the
-    // left, 40 from the top, 20 from the right and 50 from the bottom.
-    const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    window.setGeometry(screen.adjusted(10, 40, -20, -50));
-    window.show();
-    return QApplication::exec();
+    kestrin::KestrinApplication kestrin;
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argc; i++)
+        arguments.emplace_back(argv[i]);
+    kestrin.ArgvReceived(arguments);
+    QApplication::exec();
+    return 0;
 }

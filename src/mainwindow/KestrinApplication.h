@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/Message.h"
+
+#include <QRect>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kestrin {
+
+class KestrinWindow;
+
+// Kestrin itself: opens the main window where the settings left it and
+// hands it the folders and documents Kestrin is started on. The Qt
+// application object is main's; this one keeps no state but the window.
+//
+// GUI thread only.
+class KestrinApplication
+{
+public:
+    // The main screen's frame inset by 10, 40, 20 and 50: the window's
+    // frame before the settings move it.
+    static QRect InitialFrame(const QRect &screen);
+
+    KestrinApplication();
+    ~KestrinApplication();
+
+    KestrinWindow *Window() const { return fWindow.get(); }
+
+    // Folders (or documents) named on the command line, argv[1] on; the
+    // last one is left shown.
+    void ArgvReceived(const std::vector<std::string> &arguments);
+    // Entries handed over as "refs"; the first one is left shown.
+    void RefsReceived(const platform::Message &message);
+
+private:
+    std::unique_ptr<KestrinWindow> fWindow;
+};
+
+} // namespace kestrin

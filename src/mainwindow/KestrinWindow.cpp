@@ -1,0 +1,735 @@
+#include "mainwindow/KestrinWindow.h"
+
+#include "app/AppInfo.h"
+#include "app/AppUtils.h"
+#include "app/NumberText.h"
+#include "app/Profile.h"
+#include "fileops/CopyWin.h"
+#include "fileops/OverWin.h"
+#include "fileops/Trash.h"
+#include "mainwindow/AddOns.h"
+#include "mainwindow/MainMenus.h"
+#include "mainwindow/Terminal.h"
+#include "mainwindow/WindowMessages.h"
+#include "panes/DirListItem.h"
+#include "panes/DirPane.h"
+#include "panes/DirView.h"
+#include "panes/PaneMessages.h"
+#include "platform/Alerts.h"
+#include "platform/Entry.h"
+#include "platform/Launcher.h"
+#include "platform/MountWatcher.h"
+#include "platform/NodeMonitor.h"
+#include "platform/Paths.h"
+#include "platform/Volume.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QMenuBar>
+#include <QScreen>
+#include <QThreadPool>
+#include <sys/stat.h>
+
+namespace kestrin {
+
+namespace {
+
+bool Read(const std::string &key, std::string *value)
+{
+    return GetProfileString(kSettingsFolder, key, value, kSettingsFile);
+}
+
+void Write(const std::string &key, const std::string &value)
+{
+    SetProfileString(kSettingsFolder, key, value, kSettingsFile);
+}
+
+void WriteNumber(const std::string &key, long value)
+{
+    char text[24];
+    ltoa(value, text);
+    Write(key, text);
+}
+
+std::string Home()
+{
+    return DirView::DefaultPath();
+}
+
+bool IsFolder(const std::string &path)
+{
+    struct stat info;
+    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+} // namespace
+
+KestrinWindow::KestrinWindow(const QRect &frame, const QString &title)
+{
+    setWindowTitle(title);
+    setGeometry(frame);
+    fPaneRow = new QWidget(this);
+    fPaneRow->installEventFilter(this);
+    setCentralWidget(fPaneRow);
+    CreateMenus();
+    Terminal::SetupTerminal();
+    platform::MountWatcher::Watch(this);
+}
+
+KestrinWindow::~KestrinWindow()
+{
+    platform::MountWatcher::StopWatching(this);
+}
+
+void KestrinWindow::CreateMenus()
+{
+    MainMenus::Build(menuBar(), [this](uint32_t code) {
+        platform::Message command(code);
+        MessageReceived(command);
+    });
+    LoadAddOns(MainMenus::AddOnsMenu(menuBar()));
+}
+
+void KestrinWindow::LoadAddOns(QMenu *menu)
+{
+    bool shortcutTaken = false;
+    for (const AddOns::Item &item : AddOns::Find()) {
+        QAction *action = menu->addAction(QString::fromUtf8(item.label.c_str()));
+        // Installed twice (Kestrin's own and the user's), the first keeps
+        // the shortcut: a key cannot start two things.
+        if (item.shortcutA && !shortcutTaken) {
+            action->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_A));
+            shortcutTaken = true;
+        }
+        const std::string label = item.label;
+        connect(action, &QAction::triggered, this, [this, label] { RunAddOn(label); });
+    }
+}
+
+void KestrinWindow::RunAddOn(const std::string &label)
+{
+    DirPane *pane = GetFocusedPane();
+    if (pane == nullptr)
+        return;
+    platform::Message refs(kMsgCopyRequest);
+    if (!pane->List()->Commands().GetRefMsg(&refs)) {
+        MsgBox("Please select an item first");
+        return;
+    }
+    std::vector<entry_ref> entries;
+    entry_ref ref;
+    for (int32_t i = 0; refs.FindRef("refs", i, &ref) == B_OK; i++)
+        entries.push_back(ref);
+    entry_ref folder;
+    platform::Entry(pane->List()->CurrentPath()).GetRef(&folder);
+    AddOns::Run(label, folder, entries, [](const std::string &problem) {
+        if (!problem.empty())
+            platform::Alerts::Go({"Add-On", problem, {"OK"}, B_WARNING_ALERT});
+    });
+}
+
+// ---- Panes ----------------------------------------------------------------
+
+void KestrinWindow::AddFilePane(const std::string &path, int type, int sort, int mode)
+{
+    if (int(fPanes.size()) >= kMaxPanes)
+        return;
+    const int number = int(fPanes.size()) + 1;
+    auto *pane = new DirPane(path, QString::number(number % 10), fPaneRow);
+    pane->setObjectName(QString("pane%1").arg(number));
+    pane->List()->SetWindowTarget(this);
+    fPanes.push_back(pane);
+    pane->show();
+    if (type == 1)
+        pane->DoTree();
+    pane->List()->setFocus();
+    // Each pane makes the window two units wider and taller, as it always has.
+    GrowBy(1);
+    GrowBy(1);
+    pane->UseSortAndMode(sort, mode);
+}
+
+void KestrinWindow::GrowBy(int units)
+{
+    resize(width() + units, height() + units);
+    LayoutPanes();
+}
+
+void KestrinWindow::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    LayoutPanes();
+}
+
+bool KestrinWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    // The row of panes gets its size from the window's layout, which runs
+    // later than the window's own resizing: the panes follow the row.
+    if (watched == fPaneRow && event->type() == QEvent::Resize)
+        LayoutPanes();
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void KestrinWindow::LayoutPanes()
+{
+    if (fPanes.empty())
+        return;
+    // Equal shares, each pane starting one unit right of its neighbour's
+    // right edge.
+    const double share = double(fPaneRow->width()) / double(fPanes.size());
+    double previousRight = -1;
+    for (DirPane *pane : fPanes) {
+        const double left = previousRight + 1;
+        pane->setGeometry(int(left), 0, int(share), fPaneRow->height());
+        previousRight = left + double(int(share));
+    }
+}
+
+DirPane *KestrinWindow::GetFocusedPane() const
+{
+    for (const QWidget *widget = QApplication::focusWidget(); widget != nullptr;
+         widget = widget->parentWidget()) {
+        for (DirPane *pane : fPanes) {
+            if (pane == widget)
+                return pane;
+        }
+    }
+    // With the window inactive there is no focus widget; the header still
+    // shows which pane had it.
+    for (DirPane *pane : fPanes) {
+        if (pane->GotFocus())
+            return pane;
+    }
+    return nullptr;
+}
+
+DirPane *KestrinWindow::PaneOfView(const void *view) const
+{
+    for (DirPane *pane : fPanes) {
+        if (pane->List() == view)
+            return pane;
+    }
+    return nullptr;
+}
+
+DirPane *KestrinWindow::OtherPane(const DirPane *pane) const
+{
+    for (size_t i = 0; i < fPanes.size(); i++) {
+        if (fPanes[i] != pane)
+            continue;
+        if (i + 1 < fPanes.size())
+            return fPanes[i + 1];
+        return i > 0 ? fPanes[i - 1] : nullptr;
+    }
+    return nullptr;
+}
+
+void KestrinWindow::FocusFirst()
+{
+    if (!fPanes.empty())
+        fPanes.front()->List()->setFocus();
+}
+
+void KestrinWindow::SetPath(const std::string &path)
+{
+    if (GetFocusedPane() == nullptr)
+        AddFilePane(Home(), 0, 1, 0);
+    DirPane *pane = GetFocusedPane();
+    if (pane == nullptr)
+        pane = fPanes.empty() ? nullptr : fPanes.back();
+    if (pane == nullptr)
+        return;
+    struct stat info;
+    if (stat(path.c_str(), &info) != 0) {
+        platform::Alerts::Go(
+            {"Kestrin", "There is no folder \"" + path + "\" to show.", {"OK"}, B_WARNING_ALERT});
+        return;
+    }
+    DirView *list = pane->List();
+    list->Clear();
+    if (S_ISDIR(info.st_mode)) {
+        list->Populate(path);
+    } else {
+        // A document: its folder, with the document selected.
+        const size_t slash = path.rfind('/');
+        const std::string folder = slash == 0 ? "/" : path.substr(0, slash);
+        const std::string name = path.substr(slash + 1);
+        list->Populate(folder);
+        connect(
+            list,
+            &DirView::ListingFinished,
+            list,
+            [list, name] {
+                const int index = list->FindItem(name);
+                if (index >= 0) {
+                    list->Select(index);
+                    list->ScrollToSelection();
+                }
+            },
+            Qt::SingleShotConnection);
+    }
+    pane->SetPath();
+}
+
+void KestrinWindow::Clear()
+{
+    for (DirPane *pane : fPanes)
+        delete pane;
+    fPanes.clear();
+}
+
+void KestrinWindow::Default()
+{
+    Clear();
+    AddFilePane(Home(), 0, 1, 0);
+    AddFilePane(Home(), 0, 1, 0);
+}
+
+void KestrinWindow::Renumber()
+{
+    for (size_t i = 0; i < fPanes.size(); i++) {
+        fPanes[i]->List()->SetColumnLabel(0, QString::number((i + 1) % 10));
+        fPanes[i]->setObjectName(QString("pane%1").arg(i + 1));
+    }
+}
+
+void KestrinWindow::RemovePane()
+{
+    DirPane *focused = GetFocusedPane();
+    if (focused == nullptr || fPanes.size() <= 1)
+        return;
+    std::erase(fPanes, focused);
+    delete focused;
+    fPanes.back()->List()->setFocus();
+    Renumber();
+    LayoutPanes();
+}
+
+void KestrinWindow::OpenInNeighbour(int offset)
+{
+    DirPane *pane = GetFocusedPane();
+    if (pane == nullptr)
+        return;
+    if (pane->List()->Mode() == kModeFtp) {
+        MsgBox("Navigating this way is not supported.(Yet)");
+        return;
+    }
+    std::string folder;
+    if (pane->List()->GetSelected(&folder) != 1)
+        return;
+    const auto at = std::find(fPanes.begin(), fPanes.end(), pane) - fPanes.begin() + offset;
+    if (at < 0 || at >= long(fPanes.size()))
+        return;
+    DirPane *target = fPanes[size_t(at)];
+    target->List()->Clear();
+    target->List()->Populate(folder);
+    target->SetPath();
+}
+
+void KestrinWindow::VolumeUnmounted(dev_t device)
+{
+    for (DirPane *pane : fPanes) {
+        // The device the folder was listed from: once unmounted, its path
+        // leads to the folder the volume was mounted on.
+        if (pane->List()->FolderDevice() == device) {
+            pane->List()->Clear();
+            pane->List()->Populate(Home());
+            pane->SetPath();
+        }
+    }
+}
+
+// ---- Settings -------------------------------------------------------------
+
+void KestrinWindow::SaveSettings()
+{
+    const QRect frame = geometry();
+    WriteNumber("Left", frame.left());
+    WriteNumber("Top", frame.top());
+    WriteNumber("Width", frame.width());
+    WriteNumber("Height", frame.height());
+    Write("bCaseSensitiveSort", GetbCaseSensitiveSort() ? "1" : "0");
+    WriteNumber("NumPanes", long(fPanes.size()));
+    for (size_t i = 0; i < fPanes.size(); i++) {
+        const std::string key = "Pane" + std::to_string(i);
+        const DirView *list = fPanes[i]->List();
+        const std::string &path = list->CurrentPath();
+        // An FTP pane stores its session's name (it has no local path).
+        Write(key, path.size() > 2 && path.compare(0, 3, "ftp") == 0 ? list->FtpSession() : path);
+        WriteNumber(key + "_Sort", list->GetSort());
+        WriteNumber(key + "_Mode", list->GetSortMode());
+        Write(key + "_Type", fPanes[i]->Tree() != nullptr ? "1" : "0");
+    }
+    if (!fPanes.empty()) {
+        for (int column = 1; column <= 4; column++)
+            WriteNumber("Column" + std::to_string(column),
+                        long(fPanes.front()->List()->ColumnWidth(column)));
+    }
+}
+
+void KestrinWindow::GetSettings()
+{
+    std::string value;
+    if (Read("Left", &value)) {
+        const int left = kestrin::atoi(value.c_str());
+        const int top = Read("Top", &value) ? kestrin::atoi(value.c_str()) : left;
+        move(left, top);
+    }
+    if (Read("Width", &value)) {
+        const int width = kestrin::atoi(value.c_str());
+        const int height = Read("Height", &value) ? kestrin::atoi(value.c_str()) : width;
+        resize(width, height);
+    }
+    // Whatever the file said, the window ends up on a screen and usable.
+    if (const QScreen *screen = QGuiApplication::primaryScreen()) {
+        const QRect room = screen->availableGeometry();
+        QRect frame = geometry();
+        frame.setSize(frame.size().boundedTo(room.size()).expandedTo(QSize(320, 200)));
+        if (!room.intersects(frame) || frame.left() < room.left() || frame.top() < room.top())
+            frame.moveTopLeft(room.topLeft() + QPoint(10, 40));
+        if (frame.right() > room.right())
+            frame.moveRight(room.right());
+        if (frame.bottom() > room.bottom())
+            frame.moveBottom(room.bottom());
+        setGeometry(frame);
+    }
+    if (Read("NumPanes", &value)) {
+        // Panes past the tenth would be refused anyway.
+        const int count = std::min(kestrin::atoi(value.c_str()), kMaxPanes);
+        int sort = 1, mode = 0;
+        for (int i = 0; i < count; i++) {
+            const std::string key = "Pane" + std::to_string(i);
+            std::string path;
+            // A pane missing from the file opens on the home folder, sorted
+            // as the pane before it.
+            if (!Read(key, &path)) {
+                AddFilePane(Home(), 0, sort, mode);
+                continue;
+            }
+            int type = 0;
+            if (Read(key + "_Sort", &value))
+                sort = kestrin::atoi(value.c_str());
+            if (Read(key + "_Mode", &value))
+                mode = kestrin::atoi(value.c_str());
+            if (Read(key + "_Type", &value))
+                type = kestrin::atoi(value.c_str());
+            AddFilePane(path, type, sort, mode);
+        }
+    }
+    if (fPanes.empty())
+        Default();
+    for (int column = 1; column <= 4; column++) {
+        if (!Read("Column" + std::to_string(column), &value))
+            continue;
+        for (DirPane *pane : fPanes)
+            pane->List()->SetColumnWidth(column, float(kestrin::atoi(value.c_str())));
+    }
+    fSettingsApplied = true;
+    GetPreferences();
+}
+
+void KestrinWindow::GetPreferences()
+{
+    for (DirPane *pane : fPanes)
+        pane->ReloadSettings();
+}
+
+// ---- Commands -------------------------------------------------------------
+
+void KestrinWindow::DoNewFolder()
+{
+    if (DirPane *pane = GetFocusedPane())
+        pane->List()->Commands().NewFolder();
+}
+
+void KestrinWindow::DoRename()
+{
+    if (DirPane *pane = GetFocusedPane())
+        pane->List()->Commands().Edit();
+}
+
+void KestrinWindow::DoGetSpace()
+{
+    if (DirPane *pane = GetFocusedPane())
+        pane->List()->Commands().GetSize();
+}
+
+void KestrinWindow::Help(int which)
+{
+    std::string folder;
+    if (platform::FindDirectory(platform::DirectoryWhich::Help, &folder) != B_OK)
+        return;
+    if (which == 0)
+        folder += "/Index.html";
+    else if (which == 1)
+        folder += "/keyboardks.html";
+    platform::Launcher::OpenWithPreferredApplication(folder);
+}
+
+void KestrinWindow::EmptyTrash()
+{
+    // No question and no progress window; a trash of many thousands of
+    // items is emptied off the GUI thread all the same.
+    QThreadPool::globalInstance()->start([] {
+        Trash trash;
+        if (trash.InitCheck() == B_OK)
+            trash.Empty();
+    });
+}
+
+void KestrinWindow::DoAboutBox()
+{
+    platform::Alerts::Go({"About Kestrin",
+                          std::string(kWindowTitle)
+                              + "\n\n\nA two-pane file manager in the BeOS tradition."
+                                "\nMade by the Kestrin developers.",
+                          {"Big Deal"},
+                          B_INFO_ALERT});
+}
+
+void KestrinWindow::StartCopyWindow(const QString &title,
+                                    const std::string &destination,
+                                    const platform::Message &request)
+{
+    // The window shows itself, runs the request on a worker of its own and
+    // deletes itself when done.
+    QRect frame(0, 0, 400, 160);
+    frame.moveCenter(geometry().center());
+    new CopyWin(frame, title, destination, request, this);
+}
+
+void KestrinWindow::DoDrag(platform::Message &message)
+{
+    DirPane *source = GetFocusedPane();
+    void *targetView = nullptr;
+    DirPane *target = message.FindPointer("Target", &targetView) == B_OK ? PaneOfView(targetView)
+                                                                         : OtherPane(source);
+    if (message.what == kMsgDeleteRequest) {
+        if (source != nullptr)
+            StartCopyWindow("Delete", source->List()->CurrentPath(), message);
+        return;
+    }
+    if (target == nullptr)
+        return;
+    std::string destination;
+    if (message.FindString("DropFolder", &destination) != B_OK)
+        destination = target->List()->CurrentPath();
+    if (target->List()->Mode() == kModeQuery) {
+        MsgBox("This view contains Query Results. You cannot copy or move to it.");
+        return;
+    }
+    if (destination == "/") {
+        platform::Alerts::Go({"Warning",
+                              "Sorry can't copy files or folders to the root of the file system!",
+                              {"OK"}});
+        return;
+    }
+    if (source != nullptr && source->List()->Mode() == kModeFtp
+        && target->List()->Mode() == kModeFtp) {
+        platform::Alerts::Go({"Foo",
+                              "Transferring from one Ftp server to another is not "
+                              "supported(Yet...we will support this.",
+                              {"OK"}});
+        return;
+    }
+    QString title = "Copy";
+    if (message.what == kMsgPackRequest)
+        title = "Packing";
+    else if (message.what == kMsgUnpackRequest)
+        title = "Unpacking";
+    StartCopyWindow(title, destination, message);
+}
+
+void KestrinWindow::closeEvent(QCloseEvent *event)
+{
+    SaveSettings();
+    // Copies still running stop here: each deletes the file it was writing,
+    // so nothing half-copied stays behind.
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (qobject_cast<CopyWin *>(window) != nullptr)
+            delete window;
+    }
+    event->accept();
+    QCoreApplication::quit();
+}
+
+void KestrinWindow::MessageReceived(platform::Message &message)
+{
+    const uint32_t what = message.what;
+    if (what >= kCmdFocusPane && what < kCmdFocusPane + kMaxPanes) {
+        const size_t index = what - kCmdFocusPane;
+        if (index < fPanes.size())
+            fPanes[index]->List()->setFocus(Qt::ShortcutFocusReason);
+        return;
+    }
+    DirPane *pane = GetFocusedPane();
+    DirView *list = pane != nullptr ? pane->List() : nullptr;
+    std::string text;
+    switch (what) {
+    case kCmdOpen:
+        if (list != nullptr)
+            list->Commands().Invoke();
+        break;
+    case kCmdOccupiedSpace:
+        DoGetSpace();
+        break;
+    case kCmdAbout:
+        DoAboutBox();
+        break;
+    case kCmdNewFolder:
+        DoNewFolder();
+        break;
+    case kCmdRename:
+        DoRename();
+        break;
+    case kCmdEmptyTrash:
+        EmptyTrash();
+        break;
+    case kCmdUpALevel:
+        if (list != nullptr)
+            list->NavigateUp();
+        break;
+    case kCmdOpenInLeftPane:
+        OpenInNeighbour(-1);
+        break;
+    case kCmdOpenInRightPane:
+        OpenInNeighbour(1);
+        break;
+    case kCmdDownALevel:
+        if (list != nullptr)
+            list->NavigateDown();
+        break;
+    case kCmdAddPane:
+        AddFilePane(Home(), 0, 1, 0);
+        break;
+    case kCmdRemovePane:
+        RemovePane();
+        break;
+    case kCmdRevertToDefault:
+        Default();
+        break;
+    case kCmdTreeView:
+        if (pane != nullptr)
+            pane->DoTree();
+        break;
+    case kCmdRemoveTreeView:
+        if (pane != nullptr)
+            pane->UnDoTree();
+        break;
+    case kCmdOpenTracker:
+        if (list != nullptr)
+            platform::Launcher::OpenWithPreferredApplication(list->CurrentPath());
+        break;
+    case kCmdOpenTerminal:
+    case kCmdOpenTerminalHere:
+        if (list != nullptr) {
+            // The selected folder when there is one, else the pane's own.
+            std::string folder;
+            if (!list->GetItemPath(&folder) || !IsFolder(folder))
+                folder = list->CurrentPath();
+            Terminal::Open(folder);
+        }
+        break;
+    case kCmdOverwrite: {
+        QRect frame(0, 0, 400, 200);
+        frame.moveCenter(geometry().center());
+        auto *question = new OverWin(frame, "Overwrite", this);
+        question->setAttribute(Qt::WA_DeleteOnClose);
+        question->show();
+        break;
+    }
+    case kCmdMyProjects:
+        if (pane != nullptr) {
+            const std::string projects = Home() + "/MyProjects";
+            pane->GoToDir(projects);
+            MsgBox(projects.c_str());
+        }
+        break;
+    case kCmdHelp:
+        Help(0);
+        break;
+    case kCmdKeyboardHelp:
+        Help(1);
+        break;
+    case kCmdIdentify:
+        if (list != nullptr)
+            list->Commands().Identify();
+        break;
+    case kCmdTrash:
+        if (list != nullptr)
+            list->Commands().Trash();
+        break;
+    case kCmdMkDirText:
+        if (list != nullptr && message.FindString("text", &text) == B_OK) {
+            activateWindow();
+            list->Commands().MkDir(text);
+        }
+        break;
+    case kCmdRenameText:
+        if (list != nullptr && message.FindString("text", &text) == B_OK) {
+            activateWindow();
+            list->Commands().Rename(text);
+        }
+        break;
+    case kMsgColumnWidth:
+        if (fSettingsApplied) {
+            std::string index, width;
+            message.FindString("ColumnIndex", &index);
+            message.FindString("ColumnWidth", &width);
+            for (DirPane *each : fPanes)
+                each->List()->SetColumnWidth(kestrin::atoi(index.c_str()),
+                                             float(kestrin::atoi(width.c_str())));
+        }
+        break;
+    case kMsgQueryResults:
+        if (list != nullptr) {
+            list->Clear();
+            list->Populate(message);
+        }
+        break;
+    case kMsgFtpDownload:
+    case kMsgPackRequest:
+    case kMsgUnpackRequest:
+    case kMsgCopyRequest:
+    case kMsgDeleteRequest:
+        DoDrag(message);
+        break;
+    case kMsgPreferencesChanged:
+        GetPreferences();
+        break;
+    case kMsgOpenArchive:
+        // Until archives can be browsed in a pane, they open where the
+        // desktop opens them.
+        if (message.FindString("session", &text) == B_OK)
+            platform::Launcher::OpenWithPreferredApplication(text);
+        break;
+    case kMsgOpenViewer:
+        if (message.FindString("path", &text) == B_OK)
+            platform::Launcher::OpenWithPreferredApplication(text);
+        break;
+    case kCmdZoom:
+        if (isMaximized())
+            showNormal();
+        else
+            showMaximized();
+        break;
+    case B_QUIT_REQUESTED:
+        close();
+        break;
+    case B_NODE_MONITOR: {
+        int32_t opcode = 0, device = 0;
+        message.FindInt32("opcode", &opcode);
+        message.FindInt32("device", &device);
+        if (opcode == B_DEVICE_UNMOUNTED)
+            VolumeUnmounted(dev_t(device));
+        break;
+    }
+    default:
+        // The windows of queries, FTP sessions, options, permissions and
+        // information are opened here once they exist.
+        break;
+    }
+}
+
+} // namespace kestrin

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "platform/Handler.h"
+
+#include <QMainWindow>
+#include <string>
+#include <vector>
+
+class QMenu;
+
+namespace kestrin {
+
+class DirPane;
+
+// The one main window: the menu bar and a row of one to ten panes. It routes
+// the menu commands and the panes' requests to the pane that has the focus
+// (or, for copies, to the other pane), starts the copy engine's windows, runs
+// add-ons, opens the Terminal, and keeps its layout in the settings profile.
+//
+// GUI thread only.
+class KestrinWindow : public QMainWindow, public platform::Handler
+{
+    Q_OBJECT
+
+public:
+    KestrinWindow(const QRect &frame, const QString &title);
+    ~KestrinWindow() override;
+
+    // Adds a pane at the right end; nothing when ten are there. Type 1 shows
+    // the folder tree.
+    void AddFilePane(const std::string &path, int type, int sort, int mode);
+    DirPane *GetFocusedPane() const;
+    void FocusFirst();
+    // Shows a folder in the focused pane (adding a pane when none has the
+    // focus). A file shows its folder with the file selected.
+    void SetPath(const std::string &path);
+    void Default();
+    void Clear();
+    void RemovePane();
+
+    void GetSettings();
+    void SaveSettings();
+    void GetPreferences();
+
+    void DoNewFolder();
+    void DoRename();
+    void DoGetSpace();
+    void Help(int which);
+    void EmptyTrash();
+    void DoAboutBox();
+    // A copy, move, link, pack, unpack or delete request of a pane, by key
+    // or by a drop.
+    void DoDrag(platform::Message &message);
+
+    const std::vector<DirPane *> &Panes() const { return fPanes; }
+    bool SettingsApplied() const { return fSettingsApplied; }
+
+    void MessageReceived(platform::Message &message) override;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void CreateMenus();
+    void LoadAddOns(QMenu *menu);
+    void RunAddOn(const std::string &label);
+    void LayoutPanes();
+    void GrowBy(int units);
+    void Renumber();
+    void OpenInNeighbour(int offset);
+    void VolumeUnmounted(dev_t device);
+    DirPane *PaneOfView(const void *view) const;
+    // The pane a request of the focused pane goes to: its right-hand
+    // neighbour, or its left-hand one for the last pane.
+    DirPane *OtherPane(const DirPane *pane) const;
+    void StartCopyWindow(const QString &title,
+                         const std::string &destination,
+                         const platform::Message &request);
+
+    std::vector<DirPane *> fPanes;
+    QWidget *fPaneRow = nullptr;
+    bool fSettingsApplied = false;
+};
+
+} // namespace kestrin

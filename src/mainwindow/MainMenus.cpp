@@ -1,0 +1,110 @@
+#include "mainwindow/MainMenus.h"
+
+#include "mainwindow/WindowMessages.h"
+
+#include <QMenu>
+#include <QMenuBar>
+
+namespace kestrin {
+
+namespace {
+
+struct Item
+{
+    const char *label; // null for a separator
+    QKeySequence shortcut;
+    uint32_t code;
+};
+
+struct Menu
+{
+    const char *title;
+    std::vector<Item> items;
+};
+
+QKeySequence Command(int key, bool shift = false)
+{
+    const QKeyCombination plain(Qt::ControlModifier, Qt::Key(key));
+    return shift
+               ? QKeySequence(QKeyCombination(Qt::ControlModifier | Qt::ShiftModifier, Qt::Key(key)))
+               : QKeySequence(plain);
+}
+
+std::vector<Menu> Table()
+{
+    const QKeySequence none;
+    std::vector<Menu> menus = {
+        {"File",
+         {{"Open", Command(Qt::Key_O), kCmdOpen},
+          {"Rename", Command(Qt::Key_E), kCmdRename},
+          {"Get Info", Command(Qt::Key_I), kCmdGetInfo},
+          {"Identify", Command(Qt::Key_Y), kCmdIdentify},
+          {"New Folder", Command(Qt::Key_N), kCmdNewFolder},
+          {"Delete File(s)", Command(Qt::Key_T), kCmdTrash},
+          {"Empty Trash", none, kCmdEmptyTrash},
+          {nullptr, none, 0},
+          {"Calculate Occupied Space", Command(Qt::Key_S), kCmdOccupiedSpace},
+          {nullptr, none, 0},
+          {"About", none, kCmdAbout},
+          {nullptr, none, 0},
+          {"Quit", Command(Qt::Key_Q), B_QUIT_REQUESTED}}},
+        {"Navigation",
+         {{"Up a Level", Command(Qt::Key_Up), kCmdUpALevel},
+          {"Open in Left Pane", Command(Qt::Key_Left), kCmdOpenInLeftPane},
+          {"Open in Right Pane", Command(Qt::Key_Right), kCmdOpenInRightPane},
+          {"Down a Level", Command(Qt::Key_Down), kCmdDownALevel}}},
+        {"View",
+         {{"Add Pane", Command(Qt::Key_P), kCmdAddPane},
+          {"Remove Pane", Command(Qt::Key_P, true), kCmdRemovePane},
+          {"Revert to Default", Command(Qt::Key_D), kCmdRevertToDefault},
+          {"Query", Command(Qt::Key_U), kCmdQuery},
+          {"Ftp Connections", Command(Qt::Key_F), kCmdFtpConnections},
+          {"Disconnect FTP Connection", Command(Qt::Key_F, true), kCmdDisconnectFtp},
+          {"Convert View to Tree View", Command(Qt::Key_V), kCmdTreeView},
+          {"Remove Tree View", Command(Qt::Key_V, true), kCmdRemoveTreeView},
+          {"Preferences", Command(Qt::Key_R), kCmdPreferences},
+          {"Zoom", Command(Qt::Key_Slash), kCmdZoom}}},
+        {"Applications",
+         {{"Open Tracker", none, kCmdOpenTracker},
+          {"Open Terminal", Command(Qt::Key_T, true), kCmdOpenTerminal}}},
+        {"Windows", {}},
+        {"Help", {{"Keybord Shortcuts", none, kCmdKeyboardHelp}, {"Help", none, kCmdHelp}}},
+        {"Add-Ons", {}},
+    };
+    std::vector<Item> &windows = menus[4].items;
+    for (int pane = 1; pane <= kMaxPanes; pane++) {
+        const int key = pane == kMaxPanes ? Qt::Key_0 : Qt::Key_0 + pane;
+        windows.push_back({nullptr, Command(key), kCmdFocusPane + uint32_t(pane - 1)});
+    }
+    return menus;
+}
+
+} // namespace
+
+void MainMenus::Build(QMenuBar *bar, const Send &send)
+{
+    for (const Menu &menu : Table()) {
+        QMenu *added = bar->addMenu(menu.title);
+        added->setObjectName(menu.title);
+        int pane = 0;
+        for (const Item &item : menu.items) {
+            if (item.label == nullptr && item.code < kCmdFocusPane) {
+                added->addSeparator();
+                continue;
+            }
+            const QString label = item.label != nullptr ? QString(item.label)
+                                                        : QString("Pane %1").arg(++pane);
+            QAction *action = added->addAction(label);
+            action->setShortcut(item.shortcut);
+            const uint32_t code = item.code;
+            QObject::connect(action, &QAction::triggered, bar, [send, code] { send(code); });
+        }
+    }
+}
+
+QMenu *MainMenus::AddOnsMenu(QMenuBar *bar)
+{
+    return bar->findChild<QMenu *>("Add-Ons");
+}
+
+} // namespace kestrin

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/TypeCodes.h"
+
+#include <cstdint>
+
+namespace kestrin {
+
+// The main window's commands: the codes of its menu items, of the panes'
+// pop-up menu and of the messages other windows send it.
+inline constexpr uint32_t kCmdOpen = 100;
+inline constexpr uint32_t kCmdOccupiedSpace = 102;
+inline constexpr uint32_t kCmdAbout = 105;
+inline constexpr uint32_t kCmdNewFolder = 106;
+inline constexpr uint32_t kCmdRename = 107;
+inline constexpr uint32_t kCmdEmptyTrash = 108;
+inline constexpr uint32_t kCmdUpALevel = 110;
+inline constexpr uint32_t kCmdOpenInLeftPane = 111;
+inline constexpr uint32_t kCmdOpenInRightPane = 112;
+inline constexpr uint32_t kCmdDownALevel = 113;
+inline constexpr uint32_t kCmdAddPane = 120;
+inline constexpr uint32_t kCmdRemovePane = 121;
+inline constexpr uint32_t kCmdRevertToDefault = 122;
+inline constexpr uint32_t kCmdQuery = 123;
+inline constexpr uint32_t kCmdFtpConnections = 124;
+inline constexpr uint32_t kCmdDisconnectFtp = 125;
+inline constexpr uint32_t kCmdPreferences = 127;
+inline constexpr uint32_t kCmdPermissions = 128;
+inline constexpr uint32_t kCmdTreeView = 129;
+inline constexpr uint32_t kCmdOpenTracker = 130;
+inline constexpr uint32_t kCmdOpenTerminal = 131;
+inline constexpr uint32_t kCmdOverwrite = 132;
+inline constexpr uint32_t kCmdOpenTerminalHere = 133;
+inline constexpr uint32_t kCmdMyProjects = 135;
+inline constexpr uint32_t kCmdHelp = 139;
+inline constexpr uint32_t kCmdKeyboardHelp = 140;
+inline constexpr uint32_t kCmdIdentify = 141;
+inline constexpr uint32_t kCmdGetInfo = 142;
+inline constexpr uint32_t kCmdRemoveTreeView = 143;
+inline constexpr uint32_t kCmdTrash = 144;
+inline constexpr uint32_t kCmdMkDirText = 512;
+inline constexpr uint32_t kCmdRenameText = 513;
+inline constexpr uint32_t kMsgQueryResults = 601;
+inline constexpr uint32_t kMsgOpenFtpSession = 602;
+inline constexpr uint32_t kCmdRunAddOn = 613;
+inline constexpr uint32_t kMsgPreferencesChanged = 614;
+inline constexpr uint32_t kCmdZoom = 620;
+inline constexpr uint32_t kCmdFocusPane = 1000; // 1000 + the pane's index
+inline constexpr uint32_t B_QUIT_REQUESTED = platform::FourCC("_QRQ");
+
+inline constexpr int kMaxPanes = 10;
+
+} // namespace kestrin

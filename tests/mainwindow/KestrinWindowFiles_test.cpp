@@ -1,0 +1,147 @@
+// A day's file work by keys and by dragging, checked on disk.
+
+#include "MainWindowTestSupport.h"
+
+#include "fileops/Trash.h"
+#include "mainwindow/WindowMessages.h"
+#include "panes/PaneMessages.h"
+
+#include <QDropEvent>
+#include <QFrame>
+#include <QLineEdit>
+#include <QMimeData>
+
+namespace {
+
+class FilesTest : public KestrinFixture
+{
+protected:
+    void SetUp() override
+    {
+        fs::create_directories(Left());
+        fs::create_directories(Right());
+        Profile("NumPanes", "2");
+        Profile("Pane0", Left());
+        Profile("Pane1", Right());
+    }
+    std::string Left() const { return fHome.Root() + "/left"; }
+    std::string Right() const { return fHome.Root() + "/right"; }
+};
+
+TEST_F(FilesTest, CopyMoveFolderRenameAndTrashByKeys)
+{
+    const std::string data(300000, 'k');
+    WriteFileBytes(Left() + "/a", data);
+    WriteFileBytes(Left() + "/b", "bee");
+    WriteFileBytes(Left() + "/c", "sea");
+    WriteFileBytes(Left() + "/d", "dee");
+    Start();
+
+    SelectIn(0, "a");
+    QTest::keyClick(List(0), Qt::Key_F5);
+    EXPECT_TRUE(WaitFor([&] { return ReadFileBytes(Right() + "/a") == data; }));
+    EXPECT_TRUE(WaitFor([&] { return List(1)->FindItem("a") > 0; }));
+
+    SelectIn(0, "b");
+    QTest::keyClick(List(0), Qt::Key_F6);
+    EXPECT_TRUE(WaitFor([&] { return fs::exists(Right() + "/b") && !fs::exists(Left() + "/b"); }));
+    EXPECT_TRUE(WaitFor([&] { return List(0)->FindItem("b") < 0; }));
+
+    // F7: "New Folder", renamed in place at once.
+    List(0)->setFocus();
+    QTest::keyClick(List(0), Qt::Key_F7);
+    ASSERT_TRUE(fs::is_directory(Left() + "/New Folder"));
+    auto *field = List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    ASSERT_NE(field, nullptr);
+    EXPECT_EQ(field->text(), "New Folder");
+    field->setText("made");
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_TRUE(WaitFor([&] { return fs::is_directory(Left() + "/made"); }));
+    QTest::keyClick(List(0), Qt::Key_F7);
+    QTest::keyClick(List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>(),
+                    Qt::Key_Escape);
+    QTest::keyClick(List(0), Qt::Key_F7);
+    EXPECT_TRUE(fs::is_directory(Left() + "/New Folder 2"));
+
+    SelectIn(0, "d");
+    QTest::keyClick(List(0), Qt::Key_F6, Qt::ShiftModifier);
+    field = List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    field->setText("e");
+    QTest::keyClick(field, Qt::Key_Return);
+    EXPECT_TRUE(WaitFor([&] { return fs::exists(Left() + "/e") && !fs::exists(Left() + "/d"); }));
+
+    SelectIn(0, "c");
+    fAlerts.QueueAnswer(1);
+    QTest::keyClick(List(0), Qt::Key_F8);
+    kestrin::Trash trash;
+    EXPECT_TRUE(WaitFor([&] { return fs::exists(trash.FilesPath() + "/c"); }));
+    EXPECT_FALSE(fs::exists(Left() + "/c"));
+    EXPECT_TRUE(fs::exists(trash.InfoPath() + "/c.trashinfo"));
+
+    // Empty Trash takes the items and their records.
+    platform::Message empty(kestrin::kCmdEmptyTrash);
+    fKestrin->Window()->MessageReceived(empty);
+    EXPECT_TRUE(
+        WaitFor([&] { return fs::is_empty(trash.FilesPath()) && fs::is_empty(trash.InfoPath()); }));
+}
+
+TEST_F(FilesTest, RequestsThatAreRefused)
+{
+    WriteFileBytes(Left() + "/f", "f");
+    Profile("Pane1", "/");
+    Start();
+    SelectIn(0, "f");
+    QTest::keyClick(List(0), Qt::Key_F5);
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].title, "Warning");
+    EXPECT_EQ(fAlerts.Shown()[0].text,
+              "Sorry can't copy files or folders to the root of the file system!");
+
+    platform::Message query(kestrin::kMsgQueryResults);
+    entry_ref ref;
+    platform::Entry(Left() + "/f").GetRef(&ref);
+    query.AddRef("refs", ref);
+    List(1)->setFocus();
+    fKestrin->Window()->MessageReceived(query);
+    EXPECT_TRUE(WaitFor([&] { return !List(1)->IsListing(); }));
+    SelectIn(0, "f");
+    QTest::keyClick(List(0), Qt::Key_F5);
+    ASSERT_EQ(fAlerts.Count(), 2u);
+    EXPECT_EQ(fAlerts.Shown()[1].text,
+              "This view contains Query Results. You cannot copy or move to it.");
+}
+
+TEST_F(FilesTest, DroppedEntriesAreCopiedOrMoved)
+{
+    WriteFileBytes(fHome.Root() + "/outside", "from another application");
+    WriteFileBytes(Left() + "/moved", "m");
+    fs::create_directories(Right() + "/sub");
+    Start();
+
+    const auto drop =
+        [this](const std::vector<std::string> &paths, Qt::DropAction action, QPoint at) {
+            kestrin::DirView *target = List(1);
+            QMimeData data;
+            QList<QUrl> urls;
+            for (const std::string &path : paths)
+                urls << QUrl::fromLocalFile(QString::fromStdString(path));
+            data.setUrls(urls);
+            QDragEnterEvent enter(at, action, &data, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(target->viewport(), &enter);
+            QDropEvent dropped(at, action, &data, Qt::LeftButton, Qt::NoModifier);
+            dropped.setDropAction(action);
+            QApplication::sendEvent(target->viewport(), &dropped);
+        };
+    // Below the rows: into the pane's folder.
+    drop({fHome.Root() + "/outside"}, Qt::CopyAction, QPoint(50, List(1)->viewport()->height() - 5));
+    EXPECT_TRUE(WaitFor([&] { return fs::exists(Right() + "/outside"); }));
+    EXPECT_TRUE(fs::exists(fHome.Root() + "/outside"));
+
+    // On a folder row: into that folder.
+    const QRect sub = List(1)->ItemFrame(List(1)->FindItem("sub"));
+    drop({Left() + "/moved"}, Qt::MoveAction, sub.center());
+    EXPECT_TRUE(WaitFor([&] { return fs::exists(Right() + "/sub/moved"); }));
+    EXPECT_TRUE(WaitFor([&] { return !fs::exists(Left() + "/moved"); }));
+}
+
+} // namespace

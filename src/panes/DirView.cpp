@@ -3,6 +3,7 @@
 #include "app/AppUtils.h"
 #include "app/NumberText.h"
 #include "panes/DirListItem.h"
+#include "panes/FolderErrors.h"
 #include "panes/PaneMessages.h"
 #include "panes/PanePopUp.h"
 #include "platform/Entry.h"
@@ -262,33 +263,7 @@ bool DirView::ErrorCheck(status_t status)
 {
     if (status == B_OK || status == B_ENTRY_NOT_FOUND)
         return true;
-    std::string text;
-    switch (status) {
-    case B_NAME_TOO_LONG:
-        text = "The name returned for an entry is too long.";
-        break;
-    case B_NOT_A_DIRECTORY:
-        text = "The directory, " + fCurrentPath + ", is not valid.\nThe volume may not be mounted.";
-        break;
-    case B_LINK_LIMIT:
-        text = "Link limit exceeded.  It is possible that a cyclic link exists in your file "
-               "system.";
-        break;
-    case B_BAD_VALUE:
-        text = "Invalid input value, or the directory object was not initialized properly.";
-        break;
-    case B_FILE_ERROR:
-        text = "The directory object was not initialized properly.";
-        break;
-    case B_NO_MEMORY:
-        text = "Not enough memory for this operation.";
-        break;
-    case B_ERROR:
-        text = "Some unspecific error.";
-        break;
-    default:
-        break;
-    }
+    const std::string text = FolderErrors::Text(status, fCurrentPath);
     if (!text.empty())
         MsgBox(text.c_str(), B_STOP_ALERT);
     if (fSettings.showProgress)

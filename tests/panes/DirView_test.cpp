@@ -470,3 +470,28 @@ TEST_F(DirViewTest, PageDownSelectsTheRowAtTheBottom)
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(DirViewTest, FoldersThatCannotBeListedSayWhy)
+{
+    MakeFile(Folder() + "/plain");
+    fs::create_symlink(Folder() + "/loop-b", Folder() + "/loop-a");
+    fs::create_symlink(Folder() + "/loop-a", Folder() + "/loop-b");
+    DirView &view = Open(Folder());
+    Relist([&] { view.Populate(Folder() + "/plain"); });
+    Relist([&] { view.Populate(Folder() + "/loop-a"); });
+    Relist([&] { view.Populate(Folder() + "/missing"); });
+    const auto shown = fAlerts.Shown();
+    ASSERT_EQ(shown.size(), 2u); // a folder that is not there shows no box
+    EXPECT_EQ(shown[0].text,
+              "The directory, " + Folder()
+                  + "/plain, is not valid.\nThe volume may not be mounted.");
+    EXPECT_EQ(shown[0].type, B_STOP_ALERT);
+    EXPECT_EQ(
+        shown[1].text,
+        "Link limit exceeded.  It is possible that a cyclic link exists in your file system.");
+    EXPECT_EQ(view.CountItems(), 0);
+}
+
+} // namespace

@@ -650,6 +650,27 @@ int clsFTP::UploadBuffer(
     return code != 0 ? Fail(code, "uploading file", &channel) : 0;
 }
 
+int clsFTP::StartDownload(
+    const char *remoteName, bool binary, bool passive, FtpDataChannel *channel, int64_t *expected)
+{
+    const int code = OpenTransfer(std::string("RETR ") + remoteName + "\r\n",
+                                  binary,
+                                  passive,
+                                  channel,
+                                  "downloading file");
+    *expected = code == 0 && fCallback != nullptr ? ExpectedSize(fReply) : 0;
+    return code;
+}
+
+int clsFTP::EndDownload(FtpDataChannel *channel, int64_t total, const char *what, int failure)
+{
+    ReportFormatted(-1, "Read %lld bytes from server.", static_cast<long long>(total));
+    int code = FinishTransfer(channel);
+    if (failure != 0)
+        code = failure;
+    return code != 0 ? Fail(code, what, channel) : 0;
+}
+
 int clsFTP::Download(const char *remoteName,
                      const char *localDir,
                      const char *localName,
@@ -658,14 +679,9 @@ int clsFTP::Download(const char *remoteName,
                      bool)
 {
     FtpDataChannel channel;
-    int code = OpenTransfer(std::string("RETR ") + remoteName + "\r\n",
-                            binary,
-                            passive,
-                            &channel,
-                            "downloading file");
-    if (code != 0)
+    int64_t expected = 0;
+    if (const int code = StartDownload(remoteName, binary, passive, &channel, &expected); code != 0)
         return code;
-    const int64_t expected = fCallback != nullptr ? ExpectedSize(fReply) : 0;
 
     std::string path = localDir != nullptr ? localDir : "";
     if (!path.empty() && path.back() == '/')
@@ -694,14 +710,14 @@ int clsFTP::Download(const char *remoteName,
     if (!TimeoutIfNotReady(channel.data, true))
         return Fail(2, "downloading file", &channel);
     int64_t total = 0;
-    bool writeFailed = false;
+    int failure = 0;
     char block[kBlockSize];
     for (;;) {
         const ssize_t received = channel.data.Receive(block, sizeof block);
         if (received <= 0)
             break;
         if (file.Write(block, size_t(received)) != received) {
-            writeFailed = true;
+            failure = 7;
             break;
         }
         total += received;
@@ -709,11 +725,7 @@ int clsFTP::Download(const char *remoteName,
             break;
     }
     file.Unset();
-    ReportFormatted(-1, "Read %lld bytes from server.", static_cast<long long>(total));
-    code = FinishTransfer(&channel);
-    if (writeFailed)
-        code = 7;
-    return code != 0 ? Fail(code, "downloading file", &channel) : 0;
+    return EndDownload(&channel, total, "downloading file", failure);
 }
 
 int clsFTP::DownloadBuffer(
@@ -722,14 +734,9 @@ int clsFTP::DownloadBuffer(
     *buffer = nullptr;
     *size = 0;
     FtpDataChannel channel;
-    int code = OpenTransfer(std::string("RETR ") + remoteName + "\r\n",
-                            binary,
-                            passive,
-                            &channel,
-                            "downloading file");
-    if (code != 0)
+    int64_t expected = 0;
+    if (const int code = StartDownload(remoteName, binary, passive, &channel, &expected); code != 0)
         return code;
-    const int64_t expected = fCallback != nullptr ? ExpectedSize(fReply) : 0;
     if (!TimeoutIfNotReady(channel.data, true))
         return Fail(2, "downloading file", &channel);
     int64_t total = 0;
@@ -738,9 +745,7 @@ int clsFTP::DownloadBuffer(
         progress = [&](int64_t done) { return ReportProgress(done, expected); };
     channel.ReceiveAll(buffer, &total, progress);
     *size = total > INT32_MAX ? INT32_MAX : int(total);
-    ReportFormatted(-1, "Read %lld bytes from server.", static_cast<long long>(total));
-    code = FinishTransfer(&channel);
-    return code != 0 ? Fail(code, "downloading file", &channel) : 0;
+    return EndDownload(&channel, total, "downloading file");
 }
 
 int clsFTP::List(const char *path, char **listing, bool passive, bool)
@@ -762,9 +767,7 @@ int clsFTP::List(const char *path, char **listing, bool passive, bool)
         if ((*listing)[total - 1] == '\n')
             (*listing)[total - 1] = '\0';
     }
-    ReportFormatted(-1, "Read %lld bytes from server.", static_cast<long long>(total));
-    code = FinishTransfer(&channel);
-    return code != 0 ? Fail(code, "retrieving list", &channel) : 0;
+    return EndDownload(&channel, total, "retrieving list");
 }
 
 } // namespace kestrin

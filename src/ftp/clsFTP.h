@@ -154,6 +154,16 @@ private:
     int ConnectData(const std::string &command, bool binary, bool passive, FtpDataChannel *channel);
     // Closes the data connection and reads the final reply: 0 on 226 or 250.
     int FinishTransfer(FtpDataChannel *channel);
+    // A RETR up to its data connection; *expected gets the byte count its
+    // reply announced (0 without a callback to tell it to).
+    int StartDownload(const char *remoteName,
+                      bool binary,
+                      bool passive,
+                      FtpDataChannel *channel,
+                      int64_t *expected);
+    // After the last byte of a download or listing: the count reported, then
+    // as FinishTransfer; a `failure` of the data phase wins over the reply.
+    int EndDownload(FtpDataChannel *channel, int64_t total, const char *what, int failure = 0);
 
     std::string fHost;
     std::string fProxyHost;

@@ -16,17 +16,26 @@ namespace kestrin {
 
 namespace {
 
-void AddRow(FolderLister::Job &job,
-            std::vector<std::unique_ptr<CLVListItem>> &folders,
-            std::vector<std::unique_ptr<CLVListItem>> &files,
-            std::unique_ptr<DirListItem> row)
+// The rows of a listing as they are made: folders and files apart, so that
+// the folders come first, each group in the order it was read.
+struct RowGroups
 {
-    job.byName.emplace(row->Name(), row.get());
-    if (row->IsFolder())
-        folders.push_back(std::move(row));
-    else
-        files.push_back(std::move(row));
-}
+    std::vector<std::unique_ptr<CLVListItem>> folders;
+    std::vector<std::unique_ptr<CLVListItem>> files;
+
+    void Add(FolderLister::Job &job, std::unique_ptr<DirListItem> row)
+    {
+        job.byName.emplace(row->Name(), row.get());
+        (row->IsFolder() ? folders : files).push_back(std::move(row));
+    }
+    void MoveInto(FolderLister::Job &job)
+    {
+        job.rows = std::move(folders);
+        job.rows.reserve(job.rows.size() + files.size());
+        for (auto &row : files)
+            job.rows.push_back(std::move(row));
+    }
+};
 
 void ListFolder(const FolderLister::Request &request, FolderLister::Job &job)
 {
@@ -47,53 +56,43 @@ void ListFolder(const FolderLister::Request &request, FolderLister::Job &job)
     if (status == B_CANCELED)
         return;
 
-    std::vector<std::unique_ptr<CLVListItem>> folders, files;
-    folders.reserve(entries.size() / 4 + 1);
-    files.reserve(entries.size());
+    RowGroups groups;
+    groups.files.reserve(entries.size());
     if (request.path != "/")
-        folders.push_back(std::make_unique<DirListItem>(platform::ScannedEntry(),
-                                                        request.colors,
-                                                        true,
-                                                        kModeFolder,
-                                                        request.dateFormat));
+        groups.folders.push_back(std::make_unique<DirListItem>(platform::ScannedEntry(),
+                                                               request.colors,
+                                                               true,
+                                                               kModeFolder,
+                                                               request.dateFormat));
     for (const platform::ScannedEntry &entry : entries)
-        AddRow(job,
-               folders,
-               files,
-               std::make_unique<DirListItem>(entry,
-                                             request.colors,
-                                             false,
-                                             kModeFolder,
-                                             request.dateFormat));
-    job.rows = std::move(folders);
-    job.rows.reserve(job.rows.size() + files.size());
-    for (auto &row : files)
-        job.rows.push_back(std::move(row));
+        groups.Add(job,
+                   std::make_unique<DirListItem>(entry,
+                                                 request.colors,
+                                                 false,
+                                                 kModeFolder,
+                                                 request.dateFormat));
+    groups.MoveInto(job);
 }
 
 void ListQuery(const FolderLister::Request &request, FolderLister::Job &job)
 {
     job.total = int32_t(request.refs.size());
-    std::vector<std::unique_ptr<CLVListItem>> folders, files;
+    RowGroups groups;
     for (const entry_ref &ref : request.refs) {
         if (job.cancel) {
             job.readStatus = B_CANCELED;
             return;
         }
         const platform::Entry entry(ref.path);
-        AddRow(job,
-               folders,
-               files,
-               std::make_unique<DirListItem>(entry,
-                                             request.colors,
-                                             false,
-                                             kModeQuery,
-                                             request.dateFormat));
+        groups.Add(job,
+                   std::make_unique<DirListItem>(entry,
+                                                 request.colors,
+                                                 false,
+                                                 kModeQuery,
+                                                 request.dateFormat));
         job.done++;
     }
-    job.rows = std::move(folders);
-    for (auto &row : files)
-        job.rows.push_back(std::move(row));
+    groups.MoveInto(job);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "platform/AddOnRunner.h"
 
 #include "platform/AddOnHostProtocol.h"
+#include "platform/Handler.h"
 #include "platform/Paths.h"
 
 #include <QCoreApplication>
@@ -139,11 +140,9 @@ status_t AddOnRunner::Run(const std::string &addOnPath,
 {
     if (addOnPath.empty() || !done)
         return B_BAD_VALUE;
+    if (const status_t status = CheckGuiThread(); status != B_OK)
+        return status;
     QCoreApplication *app = QCoreApplication::instance();
-    if (!app)
-        return B_NO_INIT;
-    if (QThread::currentThread() != app->thread())
-        return B_NOT_ALLOWED;
 
     const std::string hostPath = HostPath();
     if (hostPath.empty()) {

@@ -2,8 +2,17 @@
 
 #include <QCoreApplication>
 #include <QMetaObject>
+#include <QThread>
 
 namespace platform {
+
+status_t CheckGuiThread()
+{
+    const QCoreApplication *app = QCoreApplication::instance();
+    if (app == nullptr)
+        return B_NO_INIT;
+    return QThread::currentThread() == app->thread() ? B_OK : B_NOT_ALLOWED;
+}
 
 Handler::Handler()
     : fSelf(std::make_shared<Handler *>(this))

@@ -7,6 +7,11 @@
 
 namespace platform {
 
+// B_OK on the GUI thread of a running application; B_NO_INIT without an
+// application, B_NOT_ALLOWED on any other thread. What every watcher that
+// delivers to handlers checks before it touches its tables.
+status_t CheckGuiThread();
+
 // Something that receives messages. Handlers live on the GUI thread: they are
 // created, receive messages and are destroyed there. Any thread may post to a
 // handler; the message is delivered on the GUI thread, or dropped if the handler

@@ -79,11 +79,9 @@ status_t Watcher::Watch(Handler *target)
 {
     if (!target)
         return B_BAD_VALUE;
+    if (const status_t status = CheckGuiThread(); status != B_OK)
+        return status;
     QCoreApplication *app = QCoreApplication::instance();
-    if (!app)
-        return B_NO_INIT;
-    if (QThread::currentThread() != app->thread())
-        return B_NOT_ALLOWED;
 
     if (fFD < 0) {
         fFD = open(kMountInfo, O_RDONLY | O_CLOEXEC);

@@ -28,6 +28,24 @@ namespace platform {
 
 namespace {
 
+// A message about one entry of a folder, or about the folder itself.
+Message EntryMessage(int32_t opcode,
+                     dev_t device,
+                     int64_t directory,
+                     int64_t node,
+                     const std::string &name,
+                     const std::string &path)
+{
+    Message message(B_NODE_MONITOR);
+    message.AddInt32("opcode", opcode);
+    message.AddInt32("device", int32_t(device));
+    message.AddInt64("directory", directory);
+    message.AddInt64("node", node);
+    message.AddString("name", name);
+    message.AddString("path", path);
+    return message;
+}
+
 // IN_EXCL_UNLINK: a file that is unlinked while some program still writes it
 // must not keep reporting stat changes for a name that is gone.
 // IN_ONLYDIR: a file given as the folder answers ENOTDIR instead of being
@@ -191,12 +209,10 @@ private:
 
 status_t Monitor::Start()
 {
-    QCoreApplication *app = QCoreApplication::instance();
-    if (!app)
-        return B_NO_INIT;
     // The table and the notifier belong to the GUI thread.
-    if (QThread::currentThread() != app->thread())
-        return B_NOT_ALLOWED;
+    if (const status_t status = CheckGuiThread(); status != B_OK)
+        return status;
+    QCoreApplication *app = QCoreApplication::instance();
     if (fFD < 0) {
         fFD = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
         if (fFD < 0)
@@ -451,13 +467,12 @@ void Monitor::EmitEntry(int32_t opcode, int wd, const std::string &name)
     for (const Registration &registration : folder.registrations) {
         if (!IsRegistered(wd, registration.handler))
             continue;
-        Message message(B_NODE_MONITOR);
-        message.AddInt32("opcode", opcode);
-        message.AddInt32("device", int32_t(folder.device));
-        message.AddInt64("directory", int64_t(folder.node));
-        message.AddInt64("node", node);
-        message.AddString("name", name);
-        message.AddString("path", Join(registration.path, name));
+        Message message = EntryMessage(opcode,
+                                       folder.device,
+                                       int64_t(folder.node),
+                                       node,
+                                       name,
+                                       Join(registration.path, name));
         registration.handler->MessageReceived(message);
     }
 }
@@ -520,13 +535,12 @@ void Monitor::EmitFolderGone(int wd, uint32_t mask)
     for (const Registration &registration : folder.registrations) {
         if (!IsRegistered(wd, registration.handler))
             continue;
-        Message message(B_NODE_MONITOR);
-        message.AddInt32("opcode", B_ENTRY_REMOVED);
-        message.AddInt32("device", int32_t(folder.device));
-        message.AddInt64("directory", int64_t(folder.parent));
-        message.AddInt64("node", int64_t(folder.node));
-        message.AddString("name", folder.name);
-        message.AddString("path", registration.path);
+        Message message = EntryMessage(B_ENTRY_REMOVED,
+                                       folder.device,
+                                       int64_t(folder.parent),
+                                       int64_t(folder.node),
+                                       folder.name,
+                                       registration.path);
         registration.handler->MessageReceived(message);
     }
     const auto still = fWatches.find(wd);

@@ -4,6 +4,7 @@
 #include "platform/Message.h"
 #include "platform/NodeMonitor.h"
 
+#include "MessageRecorder.h"
 #include "support/TempHome.h"
 
 #include <QTest>
@@ -23,20 +24,10 @@ namespace {
 
 constexpr int kWaitMs = 10000;
 
-class Recorder : public Handler
+class Recorder : public MessageRecorder
 {
 public:
     ~Recorder() override { MountWatcher::StopWatching(this); }
-
-    void MessageReceived(Message &message) override
-    {
-        messages.push_back(message);
-        if (onMessage)
-            onMessage(message);
-    }
-
-    std::vector<Message> messages;
-    std::function<void(Message &)> onMessage;
 };
 
 int32_t Int32(const Message &message, const char *field)

@@ -3,6 +3,7 @@
 #include "platform/Handler.h"
 #include "platform/Message.h"
 
+#include "MessageRecorder.h"
 #include "support/TempHome.h"
 
 #include <QTemporaryDir>
@@ -25,20 +26,10 @@ namespace {
 
 constexpr int kWaitMs = 10000;
 
-class Recorder : public Handler
+class Recorder : public MessageRecorder
 {
 public:
     ~Recorder() override { NodeMonitor::StopWatching(this); }
-
-    void MessageReceived(Message &message) override
-    {
-        messages.push_back(message);
-        if (onMessage)
-            onMessage(message);
-    }
-
-    std::vector<Message> messages;
-    std::function<void(Message &)> onMessage;
 };
 
 int32_t Opcode(const Message &message)

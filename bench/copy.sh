@@ -6,17 +6,12 @@
 # Usage: bench/copy.sh [work folder]   (default: a temporary folder in /var/tmp)
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-# shellcheck source=timing.sh
-source "$root/bench/timing.sh"
+# shellcheck source=common.sh
+source "$root/bench/common.sh"
 repeat="${REPEAT:-5}"
 work="${1:-$(mktemp -d /var/tmp/kestrin-bench.XXXXXX)}"
-build="$root/build/bench"
 
-"$root/scripts/setup"
-cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRIN_TESTS=OFF \
-    -DKESTRIN_BENCH=ON >/dev/null
-cmake --build "$build" -j "$(nproc)" --target kestrin-copy-driver >/dev/null
-driver="$build/bench/kestrin-copy-driver"
+driver="$(bench_driver kestrin-copy-driver)"
 
 mkdir -p "$work/src"
 if [ ! -f "$work/src/big" ]; then

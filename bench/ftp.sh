@@ -7,29 +7,14 @@
 set -euo pipefail
 shopt -s inherit_errexit
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-# shellcheck source=timing.sh
-source "$root/bench/timing.sh"
+# shellcheck source=common.sh
+source "$root/bench/common.sh"
 repeat="${REPEAT:-5}"
 work="${1:-$(mktemp -d /var/tmp/kestrin-ftp-bench.XXXXXX)}"
-build="$root/build/bench"
 size_mib=512
 
-"$root/scripts/setup"
-missing=()
-command -v vsftpd >/dev/null || [ -x /usr/sbin/vsftpd ] || missing+=(vsftpd)
-command -v curl >/dev/null || missing+=(curl)
-if [ ${#missing[@]} -gt 0 ]; then
-    sudo=()
-    [ "$(id -u)" -ne 0 ] && sudo=(sudo)
-    "${sudo[@]}" apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive "${sudo[@]}" apt-get install -y -qq "${missing[@]}"
-fi
+driver="$(bench_driver kestrin-ftp-driver)"
 vsftpd_bin="$(command -v vsftpd || echo /usr/sbin/vsftpd)"
-
-cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRIN_TESTS=OFF \
-    -DKESTRIN_BENCH=ON >/dev/null
-cmake --build "$build" -j "$(nproc)" --target kestrin-ftp-driver >/dev/null
-driver="$build/bench/kestrin-ftp-driver"
 
 # vsftpd chroots anonymous users and refuses a writable root, so the served
 # root is read-only and uploads go to a writable sub-folder.

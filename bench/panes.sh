@@ -7,18 +7,13 @@
 # Usage: bench/panes.sh [work folder]   (default: a temporary folder in /var/tmp)
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-# shellcheck source=timing.sh
-source "$root/bench/timing.sh"
+# shellcheck source=common.sh
+source "$root/bench/common.sh"
 repeat="${REPEAT:-5}"
 work="${1:-$(mktemp -d /var/tmp/kestrin-panes-bench.XXXXXX)}"
-build="$root/build/bench"
 entries=100000
 
-"$root/scripts/setup"
-cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRIN_TESTS=OFF \
-    -DKESTRIN_BENCH=ON >/dev/null
-cmake --build "$build" -j "$(nproc)" --target kestrin-pane-driver >/dev/null
-driver="$build/bench/kestrin-pane-driver"
+driver="$(bench_driver kestrin-pane-driver)"
 
 folder="$work/big"
 if [ ! -f "$folder/.complete" ]; then

@@ -587,15 +587,25 @@ int clsFTP::FinishTransfer(FtpDataChannel *channel)
     return code == 226 || code == 250 ? 0 : code;
 }
 
+int clsFTP::StartUpload(const char *remoteName, bool binary, bool passive, FtpDataChannel *channel)
+{
+    return OpenTransfer(std::string("STOR ") + remoteName + "\r\n",
+                        binary,
+                        passive,
+                        channel,
+                        "uploading file");
+}
+
+int clsFTP::EndUpload(FtpDataChannel *channel)
+{
+    const int code = FinishTransfer(channel);
+    return code != 0 ? Fail(code, "uploading file", channel) : 0;
+}
+
 int clsFTP::Upload(const char *localPath, const char *remoteName, bool binary, bool passive, bool)
 {
     FtpDataChannel channel;
-    int code = OpenTransfer(std::string("STOR ") + remoteName + "\r\n",
-                            binary,
-                            passive,
-                            &channel,
-                            "uploading file");
-    if (code != 0)
+    if (const int code = StartUpload(remoteName, binary, passive, &channel); code != 0)
         return code;
 
     platform::File file(localPath, B_READ_ONLY);
@@ -620,20 +630,14 @@ int clsFTP::Upload(const char *localPath, const char *remoteName, bool binary, b
         if (read <= 0 || !channel.SendBlock(block, size_t(read), &sent, progress))
             break;
     }
-    code = FinishTransfer(&channel);
-    return code != 0 ? Fail(code, "uploading file", &channel) : 0;
+    return EndUpload(&channel);
 }
 
 int clsFTP::UploadBuffer(
     const char *buffer, int size, const char *remoteName, bool binary, bool passive, bool)
 {
     FtpDataChannel channel;
-    int code = OpenTransfer(std::string("STOR ") + remoteName + "\r\n",
-                            binary,
-                            passive,
-                            &channel,
-                            "uploading file");
-    if (code != 0)
+    if (const int code = StartUpload(remoteName, binary, passive, &channel); code != 0)
         return code;
     ReportFormatted(-1, "Sending %d bytes to server.", size);
     // A 0 from the callback ends a piece; the next starts at the first byte
@@ -646,8 +650,7 @@ int clsFTP::UploadBuffer(
         if (!channel.SendBlock(buffer + sent, piece, &sent, progress))
             break;
     }
-    code = FinishTransfer(&channel);
-    return code != 0 ? Fail(code, "uploading file", &channel) : 0;
+    return EndUpload(&channel);
 }
 
 int clsFTP::StartDownload(

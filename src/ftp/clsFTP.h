@@ -154,6 +154,9 @@ private:
     int ConnectData(const std::string &command, bool binary, bool passive, FtpDataChannel *channel);
     // Closes the data connection and reads the final reply: 0 on 226 or 250.
     int FinishTransfer(FtpDataChannel *channel);
+    // A STOR up to its data connection, and after its last byte.
+    int StartUpload(const char *remoteName, bool binary, bool passive, FtpDataChannel *channel);
+    int EndUpload(FtpDataChannel *channel);
     // A RETR up to its data connection; *expected gets the byte count its
     // reply announced (0 without a callback to tell it to).
     int StartDownload(const char *remoteName,

@@ -14,12 +14,14 @@
 #include "panes/DirListItem.h"
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
+#include "panes/FolderSource.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
 #include "platform/Entry.h"
 #include "platform/Launcher.h"
 #include "platform/MountWatcher.h"
 #include "platform/NodeMonitor.h"
+#include "platform/PathNames.h"
 #include "platform/Paths.h"
 #include "platform/Volume.h"
 
@@ -55,12 +57,6 @@ void WriteNumber(const std::string &key, long value)
 std::string Home()
 {
     return DirView::DefaultPath();
-}
-
-bool IsFolder(const std::string &path)
-{
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
 } // namespace
@@ -241,7 +237,7 @@ void KestrinWindow::SetPath(const std::string &path)
     if (pane == nullptr)
         return;
     struct stat info;
-    if (stat(path.c_str(), &info) != 0) {
+    if (platform::StatPath(path, &info) != B_OK) {
         platform::Alerts::Go(
             {"Kestrin", "There is no folder \"" + path + "\" to show.", {"OK"}, B_WARNING_ALERT});
         return;
@@ -252,22 +248,10 @@ void KestrinWindow::SetPath(const std::string &path)
         list->Populate(path);
     } else {
         // A document: its folder, with the document selected.
-        const size_t slash = path.rfind('/');
-        const std::string folder = slash == 0 ? "/" : path.substr(0, slash);
-        const std::string name = path.substr(slash + 1);
-        list->Populate(folder);
-        connect(
-            list,
-            &DirView::ListingFinished,
-            list,
-            [list, name] {
-                const int index = list->FindItem(name);
-                if (index >= 0) {
-                    list->Select(index);
-                    list->ScrollToSelection();
-                }
-            },
-            Qt::SingleShotConnection);
+        std::string name;
+        const std::string folder = platform::ParentPath(path, &name);
+        list->Show(std::make_unique<FolderSource>(folder),
+                   [list, name] { list->SelectByName(name); });
     }
     pane->SetPath();
 }
@@ -311,7 +295,7 @@ void KestrinWindow::OpenInNeighbour(int offset)
     DirPane *pane = GetFocusedPane();
     if (pane == nullptr)
         return;
-    if (pane->List()->Mode() == kModeFtp) {
+    if (pane->List()->Source().IsRemote()) {
         MsgBox("Navigating this way is not supported.(Yet)");
         return;
     }
@@ -354,9 +338,7 @@ void KestrinWindow::SaveSettings()
     for (size_t i = 0; i < fPanes.size(); i++) {
         const std::string key = "Pane" + std::to_string(i);
         const DirView *list = fPanes[i]->List();
-        const std::string &path = list->CurrentPath();
-        // An FTP pane stores its session's name (it has no local path).
-        Write(key, path.size() > 2 && path.compare(0, 3, "ftp") == 0 ? list->FtpSession() : path);
+        Write(key, list->Source().SavedPlace());
         WriteNumber(key + "_Sort", list->GetSort());
         WriteNumber(key + "_Mode", list->GetSortMode());
         Write(key + "_Type", fPanes[i]->Tree() != nullptr ? "1" : "0");
@@ -515,8 +497,8 @@ void KestrinWindow::DoDrag(platform::Message &message)
     std::string destination;
     if (message.FindString("DropFolder", &destination) != B_OK)
         destination = target->List()->CurrentPath();
-    if (target->List()->Mode() == kModeQuery) {
-        MsgBox("This view contains Query Results. You cannot copy or move to it.");
+    if (const std::string refusal = target->List()->Source().CopyRefusal(); !refusal.empty()) {
+        MsgBox(refusal.c_str());
         return;
     }
     if (destination == "/") {
@@ -525,8 +507,8 @@ void KestrinWindow::DoDrag(platform::Message &message)
                               {"OK"}});
         return;
     }
-    if (source != nullptr && source->List()->Mode() == kModeFtp
-        && target->List()->Mode() == kModeFtp) {
+    if (source != nullptr && source->List()->Source().IsRemote()
+        && target->List()->Source().IsRemote()) {
         platform::Alerts::Go({"Foo",
                               "Transferring from one Ftp server to another is not "
                               "supported(Yet...we will support this.",
@@ -626,7 +608,7 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         if (list != nullptr) {
             // The selected folder when there is one, else the pane's own.
             std::string folder;
-            if (!list->GetItemPath(&folder) || !IsFolder(folder))
+            if (!list->GetItemPath(&folder) || !platform::IsFolder(folder))
                 folder = list->CurrentPath();
             Terminal::Open(folder);
         }

@@ -20,24 +20,12 @@ constexpr int kIconSize = 16;
 constexpr int kIconInset = 2;
 constexpr int kTextInset = 2;
 
-platform::ScannedEntry Scan(const platform::Entry &entry, int32_t mode)
+platform::ScannedEntry Scan(const platform::Entry &entry, RowName naming)
 {
-    platform::ScannedEntry scanned;
-    std::string path;
+    std::string path, leaf;
     entry.GetPath(&path);
-    if (mode == kModeQuery)
-        scanned.name = path;
-    else
-        entry.GetName(&scanned.name);
-    scanned.statStatus = entry.GetStat(&scanned.info);
-    if (scanned.statStatus == B_OK && S_ISLNK(scanned.info.st_mode)) {
-        struct stat target;
-        if (stat(path.c_str(), &target) == 0) {
-            scanned.targetKnown = true;
-            scanned.targetMode = target.st_mode;
-        }
-    }
-    return scanned;
+    entry.GetName(&leaf);
+    return platform::ScanEntry(path, naming == RowName::Path ? path : leaf);
 }
 
 } // namespace
@@ -45,7 +33,6 @@ platform::ScannedEntry Scan(const platform::Entry &entry, int32_t mode)
 DirListItem::DirListItem(const platform::ScannedEntry &entry,
                          const RowColors &colors,
                          bool isParent,
-                         int32_t mode,
                          const std::string &dateFormat)
     : fColors(colors)
     , fIsParent(isParent)
@@ -56,18 +43,17 @@ DirListItem::DirListItem(const platform::ScannedEntry &entry,
         fPermissionText = "--";
         return;
     }
-    Fill(entry, mode, dateFormat);
+    Fill(entry, dateFormat);
 }
 
 DirListItem::DirListItem(const platform::Entry &entry,
                          const RowColors &colors,
                          bool isParent,
-                         int32_t mode,
+                         RowName naming,
                          const std::string &dateFormat)
-    : DirListItem(isParent ? platform::ScannedEntry() : Scan(entry, mode),
+    : DirListItem(isParent ? platform::ScannedEntry() : Scan(entry, naming),
                   colors,
                   isParent,
-                  mode,
                   dateFormat)
 {}
 
@@ -93,19 +79,7 @@ DirListItem::DirListItem(const RowColors &colors)
     : fColors(colors)
 {}
 
-void DirListItem::Update(const platform::ScannedEntry &entry,
-                         int32_t mode,
-                         const std::string &dateFormat)
-{
-    fIcon = nullptr;
-    fIsFolder = true;
-    fIsLink = false;
-    fSize = 0;
-    fSizeText.clear();
-    Fill(entry, mode, dateFormat);
-}
-
-void DirListItem::Fill(const platform::ScannedEntry &entry, int32_t, const std::string &dateFormat)
+void DirListItem::Fill(const platform::ScannedEntry &entry, const std::string &dateFormat)
 {
     fName = entry.name;
     if (entry.statStatus != B_OK) {

@@ -24,6 +24,10 @@ namespace kestrin {
 // Rows are made on the listing's worker thread and handed to the GUI thread
 // whole; the icon is looked up on the GUI thread the first time the row is
 // drawn, so only rows that are shown ever cost a look-up.
+// What a local row's Name column shows: the entry's name in its folder, or
+// its whole path (query results, whose entries come from anywhere).
+enum class RowName { Leaf, Path };
+
 class DirListItem : public CLVListItem
 {
 public:
@@ -33,14 +37,13 @@ public:
     DirListItem(const platform::ScannedEntry &entry,
                 const RowColors &colors,
                 bool isParent,
-                int32_t mode,
                 const std::string &dateFormat);
-    // The same from an entry that is read here (a node-monitor change, a new
-    // folder); the name follows the mode as above.
+    // The same from an entry that is read here; the Name column shows its
+    // leaf or its whole path.
     DirListItem(const platform::Entry &entry,
                 const RowColors &colors,
                 bool isParent,
-                int32_t mode,
+                RowName naming,
                 const std::string &dateFormat);
     // A row whose texts are given: FTP and archive listings. The folder flag
     // comes from the permission text ("d..."); the size from the size text.
@@ -76,10 +79,6 @@ public:
     // Shows a text of its own in the Size column (a folder's occupied space).
     void SetSizeText(const std::string &text) { fSizeText = text; }
 
-    // Makes the texts again from a new reading of the entry (after a rename
-    // or a change of its stat data).
-    void Update(const platform::ScannedEntry &entry, int32_t mode, const std::string &dateFormat);
-
     // The text of the Size column for a file of `size` bytes.
     static std::string SizeTextFor(int64_t size);
     // The nine-character permission text of a mode: "rwxr-xr--".
@@ -91,7 +90,7 @@ public:
     QString ColumnText(int column) const override;
 
 private:
-    void Fill(const platform::ScannedEntry &entry, int32_t mode, const std::string &dateFormat);
+    void Fill(const platform::ScannedEntry &entry, const std::string &dateFormat);
     const QIcon *Icon() const;
 
     std::string fName;

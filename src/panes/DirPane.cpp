@@ -55,14 +55,9 @@ void DirPane::FocusList()
     fList->setFocus(Qt::MouseFocusReason);
 }
 
-void DirPane::SetPath(const std::string &path)
+void DirPane::SetPath()
 {
-    if (!path.empty())
-        fList->SetPath(path);
-    if (fList->Mode() == kModeQuery)
-        fHeader->SetText(fQueryText);
-    else
-        fHeader->SetText(fList->CurrentPath());
+    fHeader->SetText(fList->Source().HeaderText());
     fFooter->SetText(fList->GetFiles());
 }
 
@@ -111,7 +106,7 @@ void DirPane::ReloadSettings()
 
 void DirPane::DoTree()
 {
-    if (fTree != nullptr || fList->Mode() != kModeFolder)
+    if (fTree != nullptr || !fList->Source().IsLocalFolder())
         return;
     fTreeContainer = new QWidget(this);
     auto *layout = new QVBoxLayout(fTreeContainer);
@@ -187,7 +182,7 @@ void DirPane::MessageReceived(platform::Message &message)
         break;
     case kMsgPaneChanged:
         SetPath();
-        if (fTree != nullptr && fList->Mode() == kModeFolder
+        if (fTree != nullptr && fList->Source().IsLocalFolder()
             && fTree->SelectedPath() != fList->CurrentPath())
             fTree->ExpandToPath(fList->CurrentPath());
         break;

@@ -33,11 +33,9 @@ public:
     KsFtr *Footer() const { return fFooter; }
     KsTree *Tree() const { return fTree; }
 
-    // With a path, the list's current path becomes it; then header and
-    // footer show the list's path (or the query) and summary.
-    void SetPath(const std::string &path = {});
-    // The header's text in query mode.
-    void SetQueryText(const std::string &text) { fQueryText = text; }
+    // Header and footer show the list's place (its path, or the query) and
+    // its summary.
+    void SetPath();
     void SetHeaderVisible(bool visible);
     void SetFooterVisible(bool visible);
 
@@ -69,7 +67,6 @@ private:
     KsFtr *fFooter;
     KsTree *fTree = nullptr;
     QWidget *fTreeContainer = nullptr;
-    std::string fQueryText;
     bool fShowHeader = true;
     bool fShowFooter = true;
 };

@@ -4,10 +4,13 @@
 #include "app/NumberText.h"
 #include "panes/DirListItem.h"
 #include "panes/FolderErrors.h"
+#include "panes/FolderSource.h"
 #include "panes/PaneMessages.h"
 #include "panes/PanePopUp.h"
+#include "panes/QuerySource.h"
 #include "platform/Entry.h"
 #include "platform/NodeMonitor.h"
+#include "platform/PathNames.h"
 #include "platform/Paths.h"
 #include "platform/VolumeRoster.h"
 
@@ -15,36 +18,12 @@
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QTimer>
-#include <sys/stat.h>
 
 namespace kestrin {
 
 namespace {
 
 constexpr int kProgressIntervalMs = 50;
-
-std::string Join(const std::string &folder, const std::string &name)
-{
-    return folder == "/" ? "/" + name : folder + "/" + name;
-}
-
-// The parent of a path without a trailing "/"; "/" for a top-level folder.
-std::string ParentOf(const std::string &path, std::string *leaf)
-{
-    const size_t slash = path.rfind('/');
-    if (slash == std::string::npos) {
-        *leaf = path;
-        return "/";
-    }
-    *leaf = path.substr(slash + 1);
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-bool IsFolder(const std::string &path)
-{
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
 
 } // namespace
 
@@ -55,7 +34,7 @@ DirView::DirView(QWidget *parent,
     : ColumnListView(parent, false)
     , fOwner(owner)
     , fSettings(PaneSettings::Load())
-    , fCurrentPath(path.empty() ? "/" : path)
+    , fSource(std::make_unique<FolderSource>(path))
     , fProgressTimer(new QTimer(this))
     , fMarked(*this)
     , fRows(*this, fMarked)
@@ -141,41 +120,31 @@ void DirView::PostToWindow(const platform::Message &message)
 
 // ---- Listing --------------------------------------------------------------
 
-FolderLister::Request DirView::MakeRequest(int32_t mode) const
+RowStyle DirView::Style() const
 {
-    FolderLister::Request request;
-    request.mode = mode;
-    request.colors = fSettings.colors;
-    request.dateFormat = fSettings.dateFormat;
-    request.sortKey = SortKey();
-    request.sortMode = SortMode();
-    return request;
+    return RowStyle{fSettings.colors, fSettings.dateFormat, SortKey(), SortMode()};
 }
 
 int DirView::Populate(const std::string &path)
 {
     if (path.empty())
         return -1;
-    fMode = kModeFolder;
-    fCurrentPath = path;
-    FolderLister::Request request = MakeRequest(kModeFolder);
-    request.path = path;
-    StartListing(std::move(request), nullptr);
+    Show(std::make_unique<FolderSource>(path));
     return 0;
 }
 
-void DirView::Populate(const platform::Message &refs)
+void DirView::Populate(const platform::Message &results)
 {
-    fMode = kModeQuery;
-    fQueryRefs = refs;
-    FolderLister::Request request = MakeRequest(kModeQuery);
-    entry_ref ref;
-    for (int32_t i = 0; refs.FindRef("refs", i, &ref) == B_OK; i++)
-        request.refs.push_back(ref);
-    StartListing(std::move(request), nullptr);
+    Show(std::make_unique<QuerySource>(results, CurrentPath()));
 }
 
-void DirView::StartListing(FolderLister::Request request, Continuation then)
+void DirView::Show(std::unique_ptr<PaneSource> place, std::function<void()> then)
+{
+    fSource = std::move(place);
+    StartListing(std::move(then));
+}
+
+void DirView::StartListing(Continuation then)
 {
     fProgressShown = fSettings.showProgress;
     if (fProgressShown)
@@ -192,12 +161,13 @@ void DirView::StartListing(FolderLister::Request request, Continuation then)
     fMaxSent = false;
     fStepsSent = 0;
     fAfterListing = std::move(then);
-    // Watching starts before the folder is read, so nothing that happens
+    // Watching starts before the place is read, so nothing that happens
     // while it is read is missed; those events wait for the listing.
     fWatchStatus = B_OK;
-    if (request.mode == kModeFolder)
-        DoNodeMonitor(request.path);
-    fJob = FolderLister::Start(std::move(request), this, [this](auto job) {
+    if (const std::string watched = fSource->WatchedFolder(); !watched.empty())
+        DoNodeMonitor(watched);
+    const RowStyle style = Style();
+    fJob = FolderLister::Start(fSource->Reader(style), style, this, [this](auto job) {
         ListingArrived(std::move(job));
     });
     fProgressTimer->start();
@@ -239,8 +209,8 @@ void DirView::ListingArrived(std::shared_ptr<FolderLister::Job> job)
         PumpProgress();
     fJob.reset();
     fLastOpenStatus = job->openStatus;
+    fSource->Listed(*job);
     if (job->openStatus == B_OK) {
-        fFolderInfo = job->folderInfo;
         AddList(std::move(job->rows));
         fRows.Reset(std::move(job->byName));
     } else {
@@ -263,7 +233,7 @@ bool DirView::ErrorCheck(status_t status)
 {
     if (status == B_OK || status == B_ENTRY_NOT_FOUND)
         return true;
-    const std::string text = FolderErrors::Text(status, fCurrentPath);
+    const std::string text = FolderErrors::Text(status, CurrentPath());
     if (!text.empty())
         MsgBox(text.c_str(), B_STOP_ALERT);
     if (fSettings.showProgress)
@@ -300,107 +270,54 @@ void DirView::Clear()
     fRememberedIndex = -1;
     fRows.Clear();
     MakeEmpty();
-    fFtpRemoteDir.clear();
 }
 
 void DirView::Refresh()
 {
-    switch (fMode) {
-    case kModeFolder: {
-        // The row the user was on stays selected when it is still there.
-        const CLVListItem *selected = SelectedItem();
-        const std::string name = selected != nullptr
-                                     ? static_cast<const DirListItem *>(selected)->Name()
-                                     : "";
-        Populate(fCurrentPath);
-        fAfterListing = [this, name] {
-            const int index = FindItem(name);
-            if (index >= 0) {
-                Select(index);
-                ScrollToSelection();
-            }
-        };
-        break;
-    }
-    case kModeQuery:
-        Populate(platform::Message(fQueryRefs));
-        break;
-    default:
-        // FTP folders and archives are listed by their own readers.
-        break;
-    }
+    // The row the user was on stays selected when it is still there.
+    const CLVListItem *selected = SelectedItem();
+    const std::string name = selected != nullptr
+                                 ? static_cast<const DirListItem *>(selected)->Name()
+                                 : "";
+    StartListing([this, name] { SelectByName(name); });
 }
 
-void DirView::SetPath(const std::string &path)
+void DirView::SelectByName(const std::string &name)
 {
-    fCurrentPath = path;
+    if (name.empty())
+        return;
+    const int index = FindItem(name);
+    if (index >= 0) {
+        Select(index);
+        ScrollToSelection();
+    }
 }
 
 void DirView::GoToDir(const std::string &path)
 {
-    if (fMode != kModeFolder && fMode != kModeQuery)
+    if (!fSource->HoldsLocalEntries())
         return;
     MsgBox("Inside GoToDir");
     MsgBox(path.c_str());
-    fMode = kModeFolder;
-    fCurrentPath = path;
     fPreviousPath = path;
+    fSource = std::make_unique<FolderSource>(path);
     Notify(kMsgPaneChanged);
     Refresh();
 }
 
 void DirView::NavigateUp()
 {
-    switch (fMode) {
-    case kModeFolder: {
-        if (fCurrentPath == "/")
-            return;
-        fPreviousPath = fCurrentPath;
-        std::string leaf;
-        const std::string parent = ParentOf(fCurrentPath, &leaf);
-        Clear();
-        fCurrentPath = parent;
-        Notify(kMsgPaneChanged);
-        fWentUp = true;
-        Populate(parent);
-        fAfterListing = [this, leaf] {
-            const int index = FindItem(leaf);
-            if (index >= 0) {
-                Select(index);
-                ScrollToSelection();
-            }
-        };
-        break;
-    }
-    case kModeQuery:
-        fMode = kModeFolder;
-        Clear();
-        Notify(kMsgPaneChanged);
-        fWentUp = true;
-        Populate(fCurrentPath);
-        break;
-    case kModeFtp:
-        if (fFtpRemoteDir.empty() || fFtpRemoteDir == "/")
-            return;
-        // The remote folder is changed by the FTP pane's own reader.
-        break;
-    case kModeArchive:
-        if (fArchivePath.empty()) {
-            fMode = kModeFolder;
-            fCurrentPath = fPreviousPath;
-        } else {
-            // "a/b/" loses its last component: "a/".
-            std::string inside = fArchivePath;
-            if (!inside.empty() && inside.back() == '/')
-                inside.pop_back();
-            const size_t slash = inside.rfind('/');
-            fArchivePath = slash == std::string::npos ? "" : inside.substr(0, slash + 1);
-        }
-        Refresh();
-        break;
-    default:
-        break;
-    }
+    std::string selectAfter;
+    std::unique_ptr<PaneSource> parent = fSource->Parent(&selectAfter);
+    if (!parent)
+        return;
+    if (fSource->IsLocalFolder())
+        fPreviousPath = CurrentPath();
+    Clear();
+    fSource = std::move(parent);
+    Notify(kMsgPaneChanged);
+    fWentUp = true;
+    StartListing([this, selectAfter] { SelectByName(selectAfter); });
 }
 
 void DirView::NavigateDown()
@@ -423,7 +340,7 @@ void DirView::DoNodeMonitor(const std::string &path)
     fWatching = true;
     fWatchedPath = path;
     struct stat info;
-    if (stat(path.c_str(), &info) == 0)
+    if (platform::StatPath(path, &info) == B_OK)
         fWatchedNode = node_ref{info.st_dev, info.st_ino};
 }
 
@@ -479,8 +396,6 @@ void DirView::HandleNodeMonitor(const platform::Message &message)
             AddEntry(ref(to, name));
         } else if (from == watched) {
             RemoveEntry(ref(from, fromName.empty() ? name : fromName));
-            ApplyPendingChanges();
-            UpdateMarkedList();
         }
         break;
     case B_STAT_CHANGED:
@@ -496,16 +411,16 @@ void DirView::HandleNodeMonitor(const platform::Message &message)
 
 void DirView::FolderVanished()
 {
-    if (!fWatching && fMode != kModeFolder)
+    if (!fWatching)
         return;
     StopNodeMonitoring();
     ErrorCheck(B_NOT_A_DIRECTORY);
-    std::string folder = fCurrentPath, leaf;
-    while (folder != "/" && !IsFolder(folder))
-        folder = ParentOf(folder, &leaf);
+    std::string folder = CurrentPath();
+    while (folder != "/" && !platform::IsFolder(folder))
+        folder = platform::ParentPath(folder);
     // A volume that went away leaves only the folder it was mounted on:
     // home is a better place to be than that empty folder.
-    if (!IsFolder(folder) || !platform::VolumeRoster::ForDevice(fFolderInfo.st_dev))
+    if (!platform::IsFolder(folder) || !platform::VolumeRoster::ForDevice(FolderDevice()))
         folder = DefaultPath();
     Clear();
     Populate(folder);
@@ -550,22 +465,33 @@ void DirView::SchedulePendingChanges()
         this, [this] { ApplyPendingChanges(); }, Qt::QueuedConnection);
 }
 
-FolderRows::Context DirView::RowContext() const
-{
-    return FolderRows::Context{fCurrentPath,
-                               fMode,
-                               fSettings.colors,
-                               fSettings.dateFormat,
-                               SortKey(),
-                               SortMode()};
-}
-
 void DirView::ApplyPendingChanges()
 {
     fChangesScheduled = false;
-    if (fJob || fMode != kModeFolder)
+    if (fJob || !fWatching)
         return;
-    if (fRows.Apply(RowContext())) {
+    fRows.ApplyLater(fWatchedPath, Style(), this, [this](bool changed) {
+        if (changed) {
+            RecolorRows();
+            Notify(kMsgPaneChanged);
+        }
+        // What was reported while the batch was read is the next batch.
+        if (fRows.HasPending())
+            SchedulePendingChanges();
+    });
+}
+
+void DirView::EntriesChanged(const std::string &from, const std::string &to)
+{
+    if (!fSource->IsLocalFolder() || fJob) {
+        Refresh();
+        return;
+    }
+    if (from.empty())
+        fRows.Touch(to);
+    else
+        fRows.Rename(from, to);
+    if (fRows.ApplyNow(CurrentPath(), Style())) {
         RecolorRows();
         Notify(kMsgPaneChanged);
     }
@@ -599,27 +525,12 @@ void DirView::MessageReceived(platform::Message &message)
 
 std::string DirView::PathOf(const DirListItem *row) const
 {
-    if (fMode == kModeQuery)
-        return row->Name();
-    return Join(fCurrentPath, row->Name());
+    return fSource->PathOf(*row);
 }
 
 entry_ref DirView::RefOf(const DirListItem *row) const
 {
-    entry_ref ref;
-    ref.path = PathOf(row);
-    std::string leaf;
-    const std::string folder = ParentOf(ref.path, &leaf);
-    ref.name = leaf;
-    struct stat info;
-    if (fMode == kModeFolder && fFolderInfo.st_ino != 0) {
-        ref.device = fFolderInfo.st_dev;
-        ref.directory = fFolderInfo.st_ino;
-    } else if (stat(folder.c_str(), &info) == 0) {
-        ref.device = info.st_dev;
-        ref.directory = info.st_ino;
-    }
-    return ref;
+    return fSource->RefOf(*row);
 }
 
 DirListItem *DirView::Row(int index) const
@@ -634,7 +545,7 @@ int DirView::GetSelected(std::string *path) const
         return 0;
     if (!row->IsFolder())
         return 2;
-    *path = fMode == kModeQuery ? row->Name() : fCurrentPath;
+    *path = fSource->FolderShownFor(*row);
     return 1;
 }
 
@@ -744,15 +655,13 @@ void DirView::showEvent(QShowEvent *event)
     if (fAttached)
         return;
     fAttached = true;
-    Populate(fCurrentPath);
-    fAfterListing = [this] {
+    StartListing([this] {
         if (fLastOpenStatus != B_OK) {
-            Populate(DefaultPath());
-            fAfterListing = [this] { Notify(kMsgPaneChanged); };
+            Show(std::make_unique<FolderSource>(DefaultPath()), [this] { Notify(kMsgPaneChanged); });
             return;
         }
         Notify(kMsgPaneChanged);
-    };
+    });
 }
 
 void DirView::focusInEvent(QFocusEvent *event)

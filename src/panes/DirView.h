@@ -7,6 +7,7 @@
 #include "panes/PaneDragDrop.h"
 #include "panes/PaneKeys.h"
 #include "panes/PaneSettings.h"
+#include "panes/PaneSource.h"
 #include "platform/EntryRef.h"
 #include "platform/Handler.h"
 #include "widgets/ColumnListView.h"
@@ -14,7 +15,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <sys/stat.h>
 #include <vector>
 
 class QTimer;
@@ -23,17 +23,17 @@ namespace kestrin {
 
 class DirListItem;
 
-// The list of one pane: the rows of a local folder, of query results, of an
-// FTP folder or of an archive, with the keys, marking and sorting of a pane.
-// It reports to its owner (the pane) and asks the main window (its window
-// target) for everything that outlives a key press: copies, new folders,
-// queries. Both are handed messages synchronously.
+// The list of one pane: the rows of the place its source shows (a local
+// folder, query results, an FTP folder or an archive), with the keys, marking
+// and sorting of a pane. It reports to its owner (the pane) and asks the main
+// window (its window target) for everything that outlives a key press:
+// copies, new folders, queries. Both are handed messages synchronously.
 //
-// A local folder is read on a worker (FolderLister) while the list stays
+// A place is read on a worker (FolderLister) while the list stays
 // responsive; what has to follow a listing (selecting the folder just left)
-// runs when it arrives, and a newer listing cancels an older one. The folder
-// is watched from the moment its listing starts; changes that arrive before
-// the listing are kept and replayed.
+// runs when it arrives, and a newer listing cancels an older one. A watched
+// folder is watched from the moment its listing starts; changes that arrive
+// before the listing are kept and replayed.
 //
 // GUI thread only: every member belongs to it.
 class DirView : public ColumnListView, public platform::Handler
@@ -51,25 +51,28 @@ public:
     void SetWindowTarget(platform::Handler *window) { fWindow = window; }
     platform::Handler *Owner() const { return fOwner; }
 
-    int32_t Mode() const { return fMode; }
-    // The device of the folder last listed.
-    dev_t FolderDevice() const { return fFolderInfo.st_dev; }
-    const std::string &CurrentPath() const { return fCurrentPath; }
+    // The place shown, and the mode value that messages and the profile
+    // carry for it.
+    const PaneSource &Source() const { return *fSource; }
+    int32_t Mode() const { return fSource->Mode(); }
+    // The device of the place last listed.
+    dev_t FolderDevice() const { return fSource->Device(); }
+    const std::string &CurrentPath() const { return fSource->Folder(); }
     const std::string &PreviousPath() const { return fPreviousPath; }
-    const std::string &ArchivePath() const { return fArchivePath; }
-    void SetArchivePath(const std::string &path) { fArchivePath = path; }
     // The folder a pane falls back to: the home folder.
     static std::string DefaultPath();
 
+    // Shows a place: lists it on a worker, and runs `then` once it is shown.
+    void Show(std::unique_ptr<PaneSource> place, std::function<void()> then = nullptr);
     // Lists a local folder (and makes it the current path). -1 when the path
     // is empty; a folder that cannot be opened is known only when the listing
     // ends (see ListingFinished).
     int Populate(const std::string &path);
-    // Lists the "refs" of a message: query results.
-    void Populate(const platform::Message &refs);
+    // Lists the "refs" of a message: query results, the header showing its
+    // "QueryString".
+    void Populate(const platform::Message &results);
     void Clear();
     void Refresh();
-    void SetPath(const std::string &path);
     void GoToDir(const std::string &path);
     void NavigateUp();
     void NavigateDown();
@@ -83,6 +86,8 @@ public:
     // The path of the first marked row, or of the selected row.
     bool GetItemPath(std::string *path) const;
     int FindItem(const std::string &name) const;
+    // Selects the row of that name, scrolled into view, when there is one.
+    void SelectByName(const std::string &name);
     int GetSort() const { return SortKey(); }
     int GetSortMode() const { return SortMode(); }
     // Mode 2 (unsorted) is applied as ascending.
@@ -103,9 +108,6 @@ public:
     void SetProgressFlag(bool show) { fSettings.showProgress = show; }
     void SetDateFormat(const std::string &format) { fSettings.dateFormat = format; }
     const PaneSettings &Settings() const { return fSettings; }
-    std::string GetLocalDir() const { return fFtpLocalDir; }
-    // The FTP session shown in mode 1102 (its file name less ".ftp").
-    const std::string &FtpSession() const { return fFtpSession; }
     // Reads the display settings again; a shown listing is made again when
     // they changed.
     void ReloadSettings();
@@ -120,9 +122,14 @@ public:
     void RemoveEntry(const entry_ref &ref);
     void UpdateEntry(const entry_ref &from, const entry_ref &to);
     void UpdateEntry(const node_ref &node, const std::string &name = {});
-    // Brings the rows in line with the changes reported so far; also runs
-    // by itself right after the events of one read are handed in.
+    // Brings the rows in line with the changes reported so far, reading the
+    // entries on a worker; runs by itself right after the events of one read
+    // are handed in.
     void ApplyPendingChanges();
+    // The pane changed these entries itself (a new folder, a rename): their
+    // rows follow before this returns, or the place is listed again where
+    // nothing watches it.
+    void EntriesChanged(const std::string &from, const std::string &to);
 
     // The commands of the keys and the rename field (see PaneCommands).
     PaneCommands &Commands() { return fCommands; }
@@ -172,7 +179,7 @@ protected:
 private:
     using Continuation = std::function<void()>;
 
-    void StartListing(FolderLister::Request request, Continuation then);
+    void StartListing(Continuation then);
     void ListingArrived(std::shared_ptr<FolderLister::Job> job);
     void PumpProgress();
     void EndProgress();
@@ -180,20 +187,14 @@ private:
     void FolderVanished();
     void RecolorRows();
     void SchedulePendingChanges();
-    FolderRows::Context RowContext() const;
-    FolderLister::Request MakeRequest(int32_t mode) const;
+    RowStyle Style() const;
 
     platform::Handler *fOwner;
     platform::Handler *fWindow = nullptr;
     PaneSettings fSettings;
 
-    int32_t fMode = 1101;
-    std::string fCurrentPath;
+    std::unique_ptr<PaneSource> fSource;
     std::string fPreviousPath;
-    std::string fArchivePath;
-    std::string fFtpRemoteDir;
-    std::string fFtpLocalDir;
-    std::string fFtpSession;
     bool fWentUp = false;
     bool fAttached = false;
 
@@ -203,10 +204,8 @@ private:
     node_ref fWatchedNode;
     bool fChangesScheduled = false;
 
-    struct stat fFolderInfo = {};
     status_t fWatchStatus = B_OK;
     status_t fLastOpenStatus = B_OK;
-    platform::Message fQueryRefs;
 
     // The listing in flight, its progress and what follows it.
     std::shared_ptr<FolderLister::Job> fJob;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "panes/PaneSettings.h"
-#include "platform/EntryRef.h"
 #include "platform/Errors.h"
 #include "widgets/CLVListItem.h"
 #include "widgets/ColumnListView.h"
@@ -21,24 +20,22 @@ namespace kestrin {
 
 class DirListItem;
 
-// One listing of a pane, read off the GUI thread: a local folder (its
-// entries and their stat data) or the entries of query results. The rows
-// come back made and sorted, ".." first, then folders, then files, so the
-// GUI thread only has to show them.
+// How a listing makes and orders its rows: what it needs of the pane's
+// settings, copied, since the rows are made off the GUI thread.
+struct RowStyle
+{
+    RowColors colors;
+    std::string dateFormat = "%D %R";
+    int32_t sortKey = 1;
+    CLVSortMode sortMode = Ascending;
+};
+
+// Runs one listing of a pane off the GUI thread: a source's reader fills the
+// job with rows, then they are sorted, ".." first, then folders, then files,
+// so the GUI thread only has to show them.
 class FolderLister
 {
 public:
-    struct Request
-    {
-        int32_t mode = 0;            // kModeFolder or kModeQuery
-        std::string path;            // the folder (kModeFolder)
-        std::vector<entry_ref> refs; // the entries (kModeQuery)
-        RowColors colors;
-        std::string dateFormat = "%D %R";
-        int32_t sortKey = 1;
-        CLVSortMode sortMode = Ascending;
-    };
-
     // What one listing shares between the GUI thread and its worker. The
     // counters and the cancel flag are for both at any time; `rows`,
     // `byName` and the statuses belong to the worker until `finished` is
@@ -50,7 +47,7 @@ public:
         std::atomic<int32_t> total{-1}; // entries, once they are counted
         std::atomic<int32_t> done{0};   // entries read so far
 
-        // The result of opening the folder: B_OK or why not.
+        // The result of opening the place: B_OK or why not.
         status_t openStatus = B_OK;
         // How reading ended: B_ENTRY_NOT_FOUND at the normal end.
         status_t readStatus = B_ENTRY_NOT_FOUND;
@@ -59,14 +56,35 @@ public:
         std::unordered_map<std::string, DirListItem *> byName;
     };
 
+    // Reads a place into a job, on the worker. It owns everything it reads
+    // from: the source that made it may be gone before it runs.
+    using Reader = std::function<void(Job &)>;
     using Done = std::function<void(std::shared_ptr<Job>)>;
 
+    // Rows as a reader makes them: folders and files apart, so that the
+    // folders come first, each group in the order it was read.
+    class Groups
+    {
+    public:
+        void Add(Job &job, std::unique_ptr<DirListItem> row);
+        void MoveInto(Job &job);
+        void ReserveFiles(size_t count) { fFiles.reserve(count); }
+
+    private:
+        std::vector<std::unique_ptr<CLVListItem>> fFolders;
+        std::vector<std::unique_ptr<CLVListItem>> fFiles;
+    };
+
     // Reads on a worker of the thread pool; `done` is called on the GUI
-    // thread through `context`, and not at all once `context` is gone.
-    static std::shared_ptr<Job> Start(Request request, QObject *context, Done done);
+    // thread through `context`, and not at all once `context` is gone or the
+    // job was cancelled.
+    static std::shared_ptr<Job> Start(Reader reader,
+                                      const RowStyle &style,
+                                      QObject *context,
+                                      Done done);
 
     // The same on the calling thread, for the benchmark and the tests.
-    static void Run(const Request &request, Job &job);
+    static void Run(const Reader &reader, const RowStyle &style, Job &job);
 
     // Orders rows as a listing shows them: ".." first, folders, then files,
     // each group by the key and mode with the list's stable sort.

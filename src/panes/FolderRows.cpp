@@ -1,15 +1,30 @@
 #include "panes/FolderRows.h"
 
 #include "panes/DirListItem.h"
-#include "panes/FolderLister.h"
 #include "panes/MarkedList.h"
-#include "platform/Entry.h"
 #include "platform/FolderScan.h"
+#include "platform/PathNames.h"
 
+#include <QCoreApplication>
+#include <QMetaObject>
+#include <QPointer>
+#include <QThreadPool>
 #include <algorithm>
-#include <memory>
 
 namespace kestrin {
+
+// The names one batch reads again, and what it found: `fresh` holds a row for
+// each name that still exists, made on the worker.
+struct FolderRows::Batch
+{
+    uint64_t number = 0;
+    uint64_t listing = 0;
+    std::string folder;
+    RowStyle style;
+    std::vector<std::string> names;
+    std::unordered_map<std::string, std::string> renamedFrom;
+    std::vector<std::unique_ptr<CLVListItem>> fresh;
+};
 
 namespace {
 
@@ -19,22 +34,40 @@ struct Carried
     bool selected = false;
 };
 
-// The entry as a listing would have read it; false when it is gone.
-bool ReadEntry(const std::string &folder, const std::string &name, platform::ScannedEntry *entry)
+// The row before which `row` goes: after the last row of its group (folders
+// or files) that it does not precede, as the stable sort would put it.
+int InsertionPoint(const ColumnListView &list,
+                   const DirListItem &row,
+                   int firstFile,
+                   const RowStyle &style)
 {
-    const std::string path = folder == "/" ? "/" + name : folder + "/" + name;
-    platform::Entry item(path);
-    if (item.InitCheck() != B_OK || item.GetStat(&entry->info) != B_OK)
-        return false;
-    entry->name = name;
-    if (S_ISLNK(entry->info.st_mode)) {
-        struct stat target;
-        if (stat(path.c_str(), &target) == 0) {
-            entry->targetKnown = true;
-            entry->targetMode = target.st_mode;
-        }
+    int low = row.IsFolder() ? 0 : firstFile;
+    int high = row.IsFolder() ? firstFile : list.CountItems();
+    if (style.sortMode == NoSort)
+        return high;
+    const bool descending = style.sortMode == Descending;
+    while (low < high) {
+        const int middle = (low + high) / 2;
+        const int order = CompareFunc(list.ItemAt(middle), &row, style.sortKey);
+        if (descending ? order >= 0 : order <= 0)
+            low = middle + 1;
+        else
+            high = middle;
     }
-    return true;
+    return low;
+}
+
+int FirstFile(const ColumnListView &list)
+{
+    int low = 0;
+    for (int high = list.CountItems(); low < high;) {
+        const int middle = (low + high) / 2;
+        if (static_cast<DirListItem *>(list.ItemAt(middle))->IsFolder())
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
 }
 
 } // namespace
@@ -50,6 +83,9 @@ void FolderRows::Reset(std::unordered_map<std::string, DirListItem *> byName)
     fTouched.clear();
     fTouchedSet.clear();
     fRenamedFrom.clear();
+    fReadBy.clear();
+    fListing++;
+    fReading = false;
 }
 
 void FolderRows::Clear()
@@ -88,38 +124,108 @@ void FolderRows::Rename(const std::string &from, const std::string &to)
     fRenamedFrom[to] = from;
 }
 
-bool FolderRows::Apply(const Context &context)
+std::shared_ptr<FolderRows::Batch> FolderRows::TakeBatch(const std::string &folder,
+                                                         const RowStyle &style)
+{
+    auto batch = std::make_shared<Batch>();
+    batch->number = ++fBatches;
+    batch->listing = fListing;
+    batch->folder = folder;
+    batch->style = style;
+    batch->names = std::exchange(fTouched, {});
+    batch->renamedFrom = std::exchange(fRenamedFrom, {});
+    fTouchedSet.clear();
+    for (const std::string &name : batch->names)
+        fReadBy[name] = batch->number;
+    return batch;
+}
+
+void FolderRows::Read(Batch &batch)
+{
+    for (const std::string &name : batch.names) {
+        const platform::ScannedEntry entry = platform::ScanEntry(platform::JoinPath(batch.folder,
+                                                                                    name),
+                                                                 name);
+        if (entry.statStatus == B_OK)
+            batch.fresh.push_back(std::make_unique<DirListItem>(entry,
+                                                                batch.style.colors,
+                                                                false,
+                                                                batch.style.dateFormat));
+    }
+}
+
+void FolderRows::ApplyLater(const std::string &folder,
+                            const RowStyle &style,
+                            QObject *context,
+                            std::function<void(bool)> applied)
+{
+    if (fReading || fTouched.empty())
+        return;
+    fReading = true;
+    std::shared_ptr<Batch> batch = TakeBatch(folder, style);
+    QPointer<QObject> guard(context);
+    QThreadPool::globalInstance()->start([this, batch, guard, applied = std::move(applied)] {
+        Read(*batch);
+        // Delivered through the application, which outlives every pane; the
+        // guard is read on the GUI thread, where the context is destroyed.
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [this, batch, guard, applied] {
+                if (!guard || batch->listing != fListing)
+                    return;
+                fReading = false;
+                applied(Merge(*batch));
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+bool FolderRows::ApplyNow(const std::string &folder, const RowStyle &style)
 {
     if (fTouched.empty())
         return false;
+    std::shared_ptr<Batch> batch = TakeBatch(folder, style);
+    Read(*batch);
+    return Merge(*batch);
+}
+
+bool FolderRows::Merge(Batch &batch)
+{
+    // A name read again by a later batch, or touched again since, is that
+    // batch's to apply: this reading of it is stale.
+    const auto current = [this, &batch](const std::string &name) {
+        const auto readBy = fReadBy.find(name);
+        return readBy != fReadBy.end() && readBy->second == batch.number
+               && fTouchedSet.count(name) == 0;
+    };
     const CLVListItem *selected = fList.SelectedItem();
     std::unordered_map<std::string, Carried> carried;
     std::vector<int> gone;
-    std::vector<std::unique_ptr<CLVListItem>> fresh;
     bool marksChanged = false;
-    for (const std::string &name : fTouched) {
+    for (const std::string &name : batch.names) {
+        if (!current(name))
+            continue;
         if (DirListItem *existing = Find(name)) {
             carried[name] = Carried{existing->IsMarked(), existing == selected};
             marksChanged = marksChanged || existing->IsMarked();
             gone.push_back(fList.IndexOf(existing));
             fByName.erase(name);
         }
-        platform::ScannedEntry entry;
-        if (ReadEntry(context.folder, name, &entry))
-            fresh.push_back(std::make_unique<DirListItem>(entry,
-                                                          context.colors,
-                                                          false,
-                                                          context.mode,
-                                                          context.dateFormat));
     }
-    for (const auto &[to, from] : fRenamedFrom) {
+    for (const auto &[to, from] : batch.renamedFrom) {
         const auto old = carried.find(from);
         if (old != carried.end() && carried.find(to) == carried.end())
             carried[to] = old->second;
     }
-    fTouched.clear();
-    fTouchedSet.clear();
-    fRenamedFrom.clear();
+    std::erase_if(batch.fresh, [&current](const std::unique_ptr<CLVListItem> &row) {
+        return !current(static_cast<DirListItem *>(row.get())->Name());
+    });
+    for (const std::string &name : batch.names) {
+        if (current(name))
+            fReadBy.erase(name);
+    }
+    if (gone.empty() && batch.fresh.empty())
+        return false;
 
     // The rows that go are still pointed to by the marked list until it is
     // rebuilt below, so they live until the end of this call.
@@ -128,44 +234,17 @@ bool FolderRows::Apply(const Context &context)
     // Folders before files, each group in the list's order, as a listing
     // has them; then each row goes after the last row that it does not
     // precede.
-    std::stable_partition(fresh.begin(), fresh.end(), [](const std::unique_ptr<CLVListItem> &row) {
-        return static_cast<DirListItem *>(row.get())->IsFolder();
-    });
-    FolderLister::SortRows(fresh, context.sortKey, context.sortMode);
-    const int count = fList.CountItems();
-    int firstFile = 0;
-    for (int low = 0, high = count; low < high;) {
-        const int middle = (low + high) / 2;
-        if (static_cast<DirListItem *>(fList.ItemAt(middle))->IsFolder()) {
-            low = middle + 1;
-            firstFile = low;
-        } else {
-            high = middle;
-        }
-    }
-    const bool descending = context.sortMode == Descending;
-    const auto keepsLeft = [&context, descending](const CLVListItem *left,
-                                                  const CLVListItem *right) {
-        const int order = CompareFunc(left, right, context.sortKey);
-        return descending ? order >= 0 : order <= 0;
-    };
+    std::stable_partition(batch.fresh.begin(),
+                          batch.fresh.end(),
+                          [](const std::unique_ptr<CLVListItem> &row) {
+                              return static_cast<DirListItem *>(row.get())->IsFolder();
+                          });
+    FolderLister::SortRows(batch.fresh, batch.style.sortKey, batch.style.sortMode);
+    const int firstFile = FirstFile(fList);
     std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> inserts;
     std::vector<DirListItem *> toSelect;
-    for (std::unique_ptr<CLVListItem> &item : fresh) {
+    for (std::unique_ptr<CLVListItem> &item : batch.fresh) {
         auto *row = static_cast<DirListItem *>(item.get());
-        int low = row->IsFolder() ? 0 : firstFile;
-        int high = row->IsFolder() ? firstFile : count;
-        if (context.sortMode != NoSort) {
-            while (low < high) {
-                const int middle = (low + high) / 2;
-                if (keepsLeft(fList.ItemAt(middle), row))
-                    low = middle + 1;
-                else
-                    high = middle;
-            }
-        } else {
-            low = high;
-        }
         const auto carry = carried.find(row->Name());
         if (carry != carried.end()) {
             row->SetMarked(carry->second.marked);
@@ -174,7 +253,7 @@ bool FolderRows::Apply(const Context &context)
                 toSelect.push_back(row);
         }
         fByName[row->Name()] = row;
-        inserts.emplace_back(low, std::move(item));
+        inserts.emplace_back(InsertionPoint(fList, *row, firstFile, batch.style), std::move(item));
     }
     fList.InsertItems(std::move(inserts));
     if (marksChanged)

@@ -49,6 +49,10 @@ std::vector<DirListItem *> PaneCommands::RowsToActOn() const
 
 void PaneCommands::SendRequest(uint32_t what, const char *typeOfCopy, bool selectedFallback)
 {
+    // Without marks the selected row stands in; with `selectedFallback` it
+    // stands on the marked list while the request is built, else it is
+    // named first.
+    std::vector<const DirListItem *> rows;
     DirListItem *stand = nullptr;
     if (fView.MarkedRows().empty()) {
         const int selection = fView.CurrentSelection();
@@ -57,19 +61,23 @@ void PaneCommands::SendRequest(uint32_t what, const char *typeOfCopy, bool selec
         stand = fView.Row(selection);
         if (selectedFallback)
             fView.Marked().AddTemporarily(stand);
+        else
+            rows.push_back(stand);
     }
-    platform::Message request(what);
-    if (stand != nullptr && !selectedFallback)
-        request.AddRef("refs", fView.RefOf(stand));
-    for (const DirListItem *row : fView.MarkedRows())
-        request.AddRef("refs", fView.RefOf(row));
-    request.AddString("From", fView.CurrentPath());
+    rows.insert(rows.end(), fView.MarkedRows().begin(), fView.MarkedRows().end());
+    platform::Message request = fView.Source().Request(what, rows);
     request.AddString("Dragging", "false");
     request.AddString("Direction", "Right");
     request.AddString("TypeOfCopy", typeOfCopy);
     if (stand != nullptr && selectedFallback)
         fView.Marked().RemoveTemporary(stand);
     fView.SendToWindow(request);
+}
+
+void PaneCommands::CopyOut()
+{
+    const kestrin::CopyOut out = fView.Source().CopyRequest();
+    SendRequest(out.what, out.typeOfCopy, true);
 }
 
 std::string PaneCommands::TrashQuestion(const std::vector<std::string> &names, bool permanent)
@@ -112,7 +120,7 @@ void PaneCommands::Trash()
 void PaneCommands::Edit()
 {
     const int selection = fView.CurrentSelection();
-    if (selection < 1 || fView.Mode() == kModeQuery)
+    if (selection < 1 || !fView.Source().IsLocalFolder())
         return;
     EndRename();
     const DirListItem *row = fView.Row(selection);
@@ -176,15 +184,14 @@ bool PaneCommands::RenameRow(const DirListItem *row, const std::string &name)
         KestrinEntry::ShowError(status);
         return false;
     }
-    fView.UpdateEntry(entry_ref{0, 0, from, {}}, entry_ref{0, 0, name, {}});
-    fView.ApplyPendingChanges();
+    fView.EntriesChanged(from, name);
     return true;
 }
 
 void PaneCommands::Rename(const std::string &name)
 {
     const DirListItem *row = fView.Row(fView.CurrentSelection());
-    if (row != nullptr && !row->IsParent() && fView.Mode() == kModeFolder)
+    if (row != nullptr && !row->IsParent() && fView.Source().IsLocalFolder())
         RenameRow(row, name);
 }
 
@@ -203,7 +210,7 @@ std::string PaneCommands::NewFolderName(const std::function<bool(const std::stri
 
 void PaneCommands::NewFolder()
 {
-    if (fView.Mode() != kModeFolder)
+    if (!fView.Source().IsLocalFolder())
         return;
     // Only folders count: a file called "New Folder" does not move the
     // name on, and making the folder then fails in the file system.
@@ -227,7 +234,7 @@ void PaneCommands::NewFolder()
 
 void PaneCommands::MkDir(const std::string &name)
 {
-    if (fView.Mode() != kModeFolder || name.empty())
+    if (!fView.Source().IsLocalFolder() || name.empty())
         return;
     if (name.find('/') != std::string::npos) {
         KestrinEntry::ShowError(B_BAD_VALUE);
@@ -242,13 +249,12 @@ void PaneCommands::MkDir(const std::string &name)
         KestrinEntry::ShowError(status);
         return;
     }
-    fView.AddEntry(entry_ref{0, 0, name, {}});
-    fView.ApplyPendingChanges();
+    fView.EntriesChanged({}, name);
 }
 
 void PaneCommands::Identify()
 {
-    if (fView.Mode() != kModeFolder && fView.Mode() != kModeQuery)
+    if (!fView.Source().HoldsLocalEntries())
         return;
     for (const DirListItem *row : RowsToActOn()) {
         if (!row->IsFolder())
@@ -266,54 +272,31 @@ bool PaneCommands::GetRefMsg(platform::Message *message) const
 
 void PaneCommands::Invoke()
 {
-    const int32_t mode = fView.Mode();
-    DirListItem *row = fView.Row(fView.CurrentSelection());
+    const DirListItem *row = fView.Row(fView.CurrentSelection());
     if (row == nullptr)
-        return;
-    if (mode == kModeArchive) {
-        if (row->IsParent()) {
-            fView.NavigateUp();
-            return;
-        }
-        fView.SetArchivePath(fView.ArchivePath() + row->Name() + "/");
-        fView.Refresh();
-        return;
-    }
-    if (mode != kModeFolder && mode != kModeQuery)
         return;
     if (row->IsParent()) {
         fView.NavigateUp();
         return;
     }
-    const std::string path = fView.PathOf(row);
-    struct stat info;
-    // A link that leads nowhere opens nothing.
-    if (platform::Entry(path, true).GetStat(&info) != B_OK)
-        return;
-    if (S_ISDIR(info.st_mode)) {
+    Opening opening = fView.Source().Open(*row);
+    if (opening.request)
+        fView.SendToWindow(*opening.request);
+    if (opening.place) {
         fView.Clear();
-        fView.Populate(path);
+        fView.Show(std::move(opening.place),
+                   [view = &fView, name = opening.selectAfter] { view->SelectByName(name); });
         fView.Notify(kMsgPaneChanged);
-        return;
     }
-    const std::string type = FileType::Of(path);
-    if (type == "Zip File" || type == "application/zip") {
-        platform::Message archive(kMsgOpenArchive);
-        archive.AddString("session", path);
-        fView.SendToWindow(archive);
-        return;
-    }
-    platform::Launcher::OpenWithPreferredApplication(path);
 }
 
 void PaneCommands::OpenEditor()
 {
-    const int32_t mode = fView.Mode();
-    if (mode == kModeFtp) {
-        platform::Alerts::Go({"Foo", "Sorry can't view a file on an FTP server.", {"OK"}});
+    if (std::optional<platform::Alert> refusal = fView.Source().EditRefusal()) {
+        platform::Alerts::Go(*refusal);
         return;
     }
-    if (mode != kModeFolder && mode != kModeQuery)
+    if (!fView.Source().HoldsLocalEntries())
         return;
     for (const DirListItem *row : RowsToActOn()) {
         if (!row->IsFolder())
@@ -324,8 +307,7 @@ void PaneCommands::OpenEditor()
 void PaneCommands::View()
 {
     const DirListItem *row = fView.Row(fView.CurrentSelection());
-    if (row == nullptr || row->IsFolder() || fView.Mode() == kModeFtp
-        || fView.Mode() == kModeArchive)
+    if (row == nullptr || row->IsFolder() || !fView.Source().HoldsLocalEntries())
         return;
     platform::Message request(kMsgOpenViewer);
     request.AddString("path", fView.PathOf(row));
@@ -336,7 +318,7 @@ void PaneCommands::GetSize()
 {
     const DirListItem *row = fView.Row(fView.CurrentSelection());
     if (row == nullptr || row->IsParent() || !row->IsFolder() || row->IsLink()
-        || (fView.Mode() != kModeFolder && fView.Mode() != kModeQuery))
+        || !fView.Source().HoldsLocalEntries())
         return;
     const std::string path = fView.PathOf(row);
     const std::string name = row->Name();

@@ -36,6 +36,9 @@ public:
     // "Direction" "Right" and "TypeOfCopy". With `selectedFallback` the
     // selected row stands in only while the request is built.
     void SendRequest(uint32_t what, const char *typeOfCopy, bool selectedFallback);
+    // F5: the place's own request for taking rows to the other pane (a
+    // copy, or unpacking out of an archive).
+    void CopyOut();
 
     // Asks "Sir?" and hands the marked (or selected) rows to the window as a
     // 606 request: to the Trash, or for good inside the Trash.
@@ -65,8 +68,8 @@ public:
     // "refs" of the marked rows, or of the selected one; false for none.
     bool GetRefMsg(platform::Message *message) const;
 
-    // Opens the selected row: up a level, into a folder, a zip file in the
-    // pane, any other file with its preferred application.
+    // Opens the selected row: up a level, or what the place makes of it
+    // (into a folder, an archive in the pane, a document in its application).
     void Invoke();
     // F4: every marked (or the selected) file in the text editor.
     void OpenEditor();

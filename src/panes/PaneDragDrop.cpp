@@ -4,6 +4,7 @@
 #include "panes/DirView.h"
 #include "panes/PaneMessages.h"
 #include "platform/Entry.h"
+#include "platform/PathNames.h"
 
 #include <QApplication>
 #include <QDrag>
@@ -15,12 +16,6 @@
 namespace kestrin {
 
 namespace {
-
-std::string FolderOf(const std::string &path)
-{
-    const size_t slash = path.rfind('/');
-    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
-}
 
 const char *TypeOfCopy(Qt::DropAction action)
 {
@@ -74,8 +69,7 @@ bool PaneDragDrop::MouseMove(QMouseEvent *event)
         || (event->position().toPoint() - fPressPoint).manhattanLength()
                < QApplication::startDragDistance())
         return false;
-    const int32_t mode = fView.Mode();
-    if (mode != kModeFolder && mode != kModeQuery)
+    if (!fView.Source().HoldsLocalEntries())
         return false;
     // The marked rows travel together; a row that is not marked travels alone.
     std::vector<std::string> paths;
@@ -96,7 +90,7 @@ bool PaneDragDrop::MouseMove(QMouseEvent *event)
 std::string PaneDragDrop::DropFolder(const QPoint &point) const
 {
     const DirListItem *row = fView.Row(fView.IndexOf(point));
-    if (row != nullptr && row->IsFolder() && !row->IsParent() && fView.Mode() == kModeFolder)
+    if (row != nullptr && row->IsFolder() && !row->IsParent() && fView.Source().IsLocalFolder())
         return fView.PathOf(row);
     return fView.CurrentPath();
 }
@@ -109,7 +103,7 @@ bool PaneDragDrop::Accepts(const QMimeData *data, const QPoint &point) const
     // Entries dropped where they already are have nowhere to go.
     const std::string target = DropFolder(point);
     for (const std::string &path : paths) {
-        if (FolderOf(path) != target && path != target)
+        if (platform::ParentPath(path) != target && path != target)
             return true;
     }
     return false;
@@ -145,7 +139,7 @@ void PaneDragDrop::Drop(QDropEvent *event)
         if (platform::Entry(path).GetRef(&ref) == B_OK)
             request.AddRef("refs", ref);
     }
-    request.AddString("From", FolderOf(paths.front()));
+    request.AddString("From", platform::ParentPath(paths.front()));
     request.AddString("Dragging", "true");
     request.AddString("Direction", "Right");
     request.AddString("TypeOfCopy", TypeOfCopy(event->dropAction()));

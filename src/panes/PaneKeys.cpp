@@ -120,10 +120,8 @@ bool PaneKeys::FunctionKey(int key, bool control, bool shift)
     case Qt::Key_F5:
         if (control)
             commands.SendRequest(kMsgPackRequest, "Pack", true);
-        else if (fView.Mode() == kModeArchive)
-            commands.SendRequest(kMsgUnpackRequest, "UnPack", true);
         else
-            commands.SendRequest(kMsgCopyRequest, "Copy", true);
+            commands.CopyOut();
         break;
     case Qt::Key_F6:
         if (selection >= 1 || !fView.MarkedRows().empty()) {

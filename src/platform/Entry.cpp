@@ -1,5 +1,7 @@
 #include "platform/Entry.h"
 
+#include "platform/PathNames.h"
+
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -16,11 +18,6 @@ namespace {
 // The kernel gives up on a chain of links after 40 hops; anything it can open,
 // an entry can resolve.
 constexpr int kMaxLinkHops = 40;
-
-std::string Join(const std::string &folder, const std::string &name)
-{
-    return folder == "/" ? "/" + name : folder + "/" + name;
-}
 
 status_t RealPath(const std::string &path, std::string *resolved)
 {
@@ -43,7 +40,7 @@ status_t Normalize(const std::string &input, std::string *normalized)
         std::unique_ptr<char, decltype(&free)> cwd(getcwd(nullptr, 0), &free);
         if (!cwd)
             return LastError();
-        absolute = Join(cwd.get(), input);
+        absolute = JoinPath(cwd.get(), input);
     }
 
     std::vector<std::string> parts;
@@ -82,7 +79,7 @@ status_t Normalize(const std::string &input, std::string *normalized)
         if (!S_ISDIR(info.st_mode))
             return B_NOT_A_DIRECTORY;
     }
-    *normalized = Join(folder, parts.back());
+    *normalized = JoinPath(folder, parts.back());
     return B_OK;
 }
 
@@ -172,7 +169,7 @@ void Entry::Unset()
 
 void Entry::SetResolved(const std::string &folder, const std::string &name)
 {
-    fPath = Join(folder, name);
+    fPath = JoinPath(folder, name);
     fStatus = B_OK;
 }
 
@@ -197,7 +194,7 @@ status_t Entry::FollowLinks()
         if (target.empty())
             return B_ENTRY_NOT_FOUND;
 
-        std::string next = target[0] == '/' ? target : Join(ParentPath(), target);
+        std::string next = target[0] == '/' ? target : JoinPath(ParentPath(), target);
         if (status_t status = Normalize(next, &fPath); status != B_OK)
             return status;
     }
@@ -352,7 +349,7 @@ status_t Entry::MoveTo(const std::string &folder, const char *newName, bool clob
         folderEntry.GetPath(&targetFolder);
     }
 
-    const std::string target = Join(targetFolder, name);
+    const std::string target = JoinPath(targetFolder, name);
     if (target == fPath)
         return Exists() ? B_OK : B_ENTRY_NOT_FOUND;
 

@@ -66,7 +66,34 @@ bool IsFolderAt(int fd, const char *name, bool followLinks)
            && S_ISDIR(info.st_mode);
 }
 
+// The entry itself and, for a link, what it leads to; relative to an open
+// folder, or to the working folder with AT_FDCWD and a whole path.
+void StatAt(int folder, const std::string &name, ScannedEntry *entry)
+{
+    if (fstatat(folder, name.c_str(), &entry->info, AT_SYMLINK_NOFOLLOW) != 0) {
+        entry->statStatus = LastError();
+        entry->info = {};
+        return;
+    }
+    entry->statStatus = B_OK;
+    if (!S_ISLNK(entry->info.st_mode))
+        return;
+    struct stat target;
+    if (fstatat(folder, name.c_str(), &target, 0) == 0) {
+        entry->targetKnown = true;
+        entry->targetMode = target.st_mode;
+    }
+}
+
 } // namespace
+
+ScannedEntry ScanEntry(const std::string &path, const std::string &name)
+{
+    ScannedEntry entry;
+    entry.name = name;
+    StatAt(AT_FDCWD, path, &entry);
+    return entry;
+}
 
 FolderScan::FolderScan(const std::string &path)
 {
@@ -124,16 +151,7 @@ status_t FolderScan::StatEntries(std::vector<ScannedEntry> *entries,
             return B_CANCELED;
         ScannedEntry &entry = entries->emplace_back();
         entry.name = name;
-        if (fstatat(fFD, name.c_str(), &entry.info, AT_SYMLINK_NOFOLLOW) != 0) {
-            entry.statStatus = LastError();
-            entry.info = {};
-        } else if (S_ISLNK(entry.info.st_mode)) {
-            struct stat target;
-            if (fstatat(fFD, name.c_str(), &target, 0) == 0) {
-                entry.targetKnown = true;
-                entry.targetMode = target.st_mode;
-            }
-        }
+        StatAt(fFD, name, &entry);
         if (done)
             done->fetch_add(1, std::memory_order_relaxed);
     }

@@ -25,6 +25,10 @@ struct ScannedEntry
     mode_t targetMode = 0;
 };
 
+// One entry read on its own, as a scan reads it; `name` becomes the
+// entry's name (a leaf, or the whole path where a listing shows paths).
+ScannedEntry ScanEntry(const std::string &path, const std::string &name);
+
 // Reads a whole folder for a listing, off the GUI thread. Made for huge
 // folders: names first (so the count is known before the slow part), then
 // the stat data of each entry with fstatat relative to the open folder.

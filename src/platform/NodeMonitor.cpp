@@ -2,6 +2,7 @@
 
 #include "platform/Handler.h"
 #include "platform/Message.h"
+#include "platform/PathNames.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -108,11 +109,6 @@ struct RawEvent
     std::string name;
 };
 
-std::string Join(const std::string &folder, const std::string &name)
-{
-    return folder == "/" ? "/" + name : folder + "/" + name;
-}
-
 // Absolute, without repeated or trailing slashes; "." and ".." and links are
 // kept as written, since the path is what the handler's messages are built on.
 std::string Normalized(const std::string &path)
@@ -120,7 +116,7 @@ std::string Normalized(const std::string &path)
     std::string absolute = path;
     if (path.empty() || path[0] != '/') {
         std::unique_ptr<char, decltype(&free)> cwd(getcwd(nullptr, 0), &free);
-        absolute = Join(cwd ? cwd.get() : "/", path);
+        absolute = JoinPath(cwd ? cwd.get() : "/", path);
     }
     std::string normalized;
     for (char c : absolute)
@@ -134,7 +130,7 @@ std::string Normalized(const std::string &path)
 int64_t NodeAt(const std::string &folder, const std::string &name)
 {
     struct stat info;
-    return lstat(Join(folder, name).c_str(), &info) == 0 ? int64_t(info.st_ino) : 0;
+    return lstat(JoinPath(folder, name).c_str(), &info) == 0 ? int64_t(info.st_ino) : 0;
 }
 
 status_t Describe(const std::string &path, WatchedFolder *folder)
@@ -146,7 +142,7 @@ status_t Describe(const std::string &path, WatchedFolder *folder)
     if (!resolved)
         return LastError();
     struct stat parent;
-    if (stat(Join(resolved.get(), "..").c_str(), &parent) != 0)
+    if (stat(JoinPath(resolved.get(), "..").c_str(), &parent) != 0)
         return LastError();
     folder->device = info.st_dev;
     folder->node = info.st_ino;
@@ -472,7 +468,7 @@ void Monitor::EmitEntry(int32_t opcode, int wd, const std::string &name)
                                        int64_t(folder.node),
                                        node,
                                        name,
-                                       Join(registration.path, name));
+                                       JoinPath(registration.path, name));
         registration.handler->MessageReceived(message);
     }
 }
@@ -504,8 +500,8 @@ void Monitor::EmitMove(const RawEvent *from, const RawEvent *to)
         if (!(source && IsRegistered(from->wd, handler))
             && !(target && IsRegistered(to->wd, handler)))
             continue;
-        const std::string fromPath = source ? Join(source->PathFor(handler), fromName) : "";
-        const std::string path = target ? Join(target->PathFor(handler), name) : fromPath;
+        const std::string fromPath = source ? JoinPath(source->PathFor(handler), fromName) : "";
+        const std::string path = target ? JoinPath(target->PathFor(handler), name) : fromPath;
         Message message(B_NODE_MONITOR);
         message.AddInt32("opcode", B_ENTRY_MOVED);
         message.AddInt32("device", int32_t(target ? target->device : source->device));

@@ -1,5 +1,7 @@
 #include "platform/Paths.h"
 
+#include "platform/PathNames.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -32,12 +34,6 @@ bool XdgDir(const char *variable, const char *homeRelative, std::string *path)
         return false;
     *path = (home == "/" ? std::string() : home) + homeRelative;
     return true;
-}
-
-bool IsFolder(const std::string &path)
-{
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
 // mkdir -p with owner-only folders; the umask is process-wide, so it is not

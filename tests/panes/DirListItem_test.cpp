@@ -15,7 +15,7 @@ namespace {
 
 DirListItem Local(const std::string &path)
 {
-    return DirListItem(platform::Entry(path), RowColors(), false, kestrin::kModeFolder, "%D %R");
+    return DirListItem(platform::Entry(path), RowColors(), false, kestrin::RowName::Leaf, "%D %R");
 }
 
 TEST(DirListItem, SizeAndPermissionTexts)
@@ -77,7 +77,7 @@ TEST(DirListItem, RowsOfEntriesAndLinks)
     const DirListItem query(platform::Entry(root + "/file"),
                             RowColors(),
                             false,
-                            kestrin::kModeQuery,
+                            kestrin::RowName::Path,
                             "%Y");
     EXPECT_EQ(query.Name(), root + "/file");
     EXPECT_EQ(query.DateText().size(), 4u);
@@ -85,7 +85,7 @@ TEST(DirListItem, RowsOfEntriesAndLinks)
     const DirListItem parent(platform::Entry(root + "/gone"),
                              RowColors(),
                              true,
-                             kestrin::kModeFolder,
+                             kestrin::RowName::Leaf,
                              "%D");
     EXPECT_EQ(parent.Name(), "..");
     EXPECT_EQ(parent.SizeText(), "--");
@@ -106,7 +106,7 @@ TEST(DirListItem, RowsOfEntriesAndLinks)
 TEST(DirListItem, CompareFuncKeepsItsAsymmetry)
 {
     const RowColors colors;
-    const DirListItem parent(platform::Entry("/"), colors, true, kestrin::kModeFolder, "");
+    const DirListItem parent(platform::Entry("/"), colors, true, kestrin::RowName::Leaf, "");
     const DirListItem folder("zeta", "4096", "", "drwxr-xr-x", colors);
     const DirListItem a("a", "1", "", "-rw-r--r--", colors);
     const DirListItem B("B", "2", "", "-rw-r--r--", colors);

@@ -1,0 +1,37 @@
+#include "panes/PaneSource.h"
+
+#include "panes/PaneMessages.h"
+#include "platform/PathNames.h"
+
+namespace kestrin {
+
+entry_ref PaneSource::RefOf(const DirListItem &row) const
+{
+    entry_ref ref;
+    ref.path = PathOf(row);
+    // The path stays as the row has it (a folder reached through a link is
+    // not resolved); the folder's node is what stat finds there.
+    struct stat folder;
+    if (platform::StatPath(platform::ParentPath(ref.path, &ref.name), &folder) == B_OK) {
+        ref.device = folder.st_dev;
+        ref.directory = folder.st_ino;
+    }
+    return ref;
+}
+
+CopyOut PaneSource::CopyRequest() const
+{
+    return {kMsgCopyRequest, "Copy"};
+}
+
+platform::Message PaneSource::Request(uint32_t what,
+                                      const std::vector<const DirListItem *> &rows) const
+{
+    platform::Message request(what);
+    for (const DirListItem *row : rows)
+        request.AddRef("refs", RefOf(*row));
+    request.AddString("From", Folder());
+    return request;
+}
+
+} // namespace kestrin

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "panes/FolderLister.h"
+#include "platform/Alert.h"
+#include "platform/EntryRef.h"
+#include "platform/Message.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace kestrin {
+
+class DirListItem;
+class PaneSource;
+
+// What opening a row leads to: another place in the pane (with the row to
+// select once it is listed), a request for the main window, or nothing.
+// Launching a document is done by the source itself.
+struct Opening
+{
+    std::unique_ptr<PaneSource> place;
+    std::string selectAfter;
+    std::optional<platform::Message> request;
+};
+
+// The F5 request of a kind of place: its code and its "TypeOfCopy".
+struct CopyOut
+{
+    uint32_t what;
+    const char *typeOfCopy;
+};
+
+// The place a pane shows: a local folder, query results, an FTP folder or an
+// archive's contents. Everything that differs between those kinds lives
+// here, so the list, its keys, commands and drag and drop ask the source and
+// never the mode: how the place is read (on a worker), which folder node
+// monitoring watches, where "up" goes, what opening a row does, whether
+// copies may land here and how a request of rows is built.
+//
+// A source belongs to its list, on the GUI thread. What it hands to a
+// worker (its reader) carries copies, never the source itself.
+class PaneSource
+{
+public:
+    virtual ~PaneSource() = default;
+
+    // The value the messages and the profile carry for this kind of place.
+    virtual int32_t Mode() const = 0;
+    // The local folder the pane stands in: what "From" names, where copies
+    // land, what the pane falls back to.
+    virtual const std::string &Folder() const = 0;
+    // The header's text.
+    virtual std::string HeaderText() const { return Folder(); }
+    // What the profile keeps to show this place again.
+    virtual std::string SavedPlace() const { return Folder(); }
+
+    // What reads the place on a worker.
+    virtual FolderLister::Reader Reader(const RowStyle &style) const = 0;
+    // The listing arrived (GUI thread), opened or not.
+    virtual void Listed(const FolderLister::Job &) {}
+    // The folder whose changes node monitoring reports to the pane; empty
+    // for a place that changes only when it is listed again.
+    virtual std::string WatchedFolder() const { return {}; }
+    // The device the place was listed from; 0 when not a local volume.
+    virtual dev_t Device() const { return 0; }
+
+    // A row's entry: its full path, and its reference.
+    virtual std::string PathOf(const DirListItem &row) const = 0;
+    virtual entry_ref RefOf(const DirListItem &row) const;
+    // What a neighbouring pane shows for a selected folder row.
+    virtual std::string FolderShownFor(const DirListItem &) const { return Folder(); }
+
+    // The place one level up, and in `selectAfter` the row to select there;
+    // null when there is nothing above.
+    virtual std::unique_ptr<PaneSource> Parent(std::string *selectAfter) const = 0;
+    virtual Opening Open(const DirListItem &row) const = 0;
+
+    // Rows that are local entries: they can be viewed, edited, identified,
+    // measured and dragged out.
+    virtual bool HoldsLocalEntries() const { return true; }
+    // Entries can be renamed and made here, drops go into folder rows, and
+    // the folder tree follows the place.
+    virtual bool IsLocalFolder() const { return false; }
+    // Why nothing may be copied or moved here; empty when copies may land.
+    virtual std::string CopyRefusal() const { return {}; }
+    // On a server: nothing is transferred between two such places.
+    virtual bool IsRemote() const { return false; }
+    virtual CopyOut CopyRequest() const;
+    // The alert F4 answers with where rows cannot be opened in an editor.
+    virtual std::optional<platform::Alert> EditRefusal() const { return std::nullopt; }
+    // A request of these rows: their "refs" and "From".
+    virtual platform::Message Request(uint32_t what,
+                                      const std::vector<const DirListItem *> &rows) const;
+};
+
+} // namespace kestrin

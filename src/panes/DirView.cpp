@@ -38,9 +38,9 @@ DirView::DirView(QWidget *parent,
     , fProgressTimer(new QTimer(this))
     , fMarked(*this)
     , fRows(*this, fMarked)
-    , fKeys(*this)
-    , fCommands(*this)
-    , fDragDrop(*this)
+    , fKeys(*this, fMarked)
+    , fCommands(*this, fMarked)
+    , fDragDrop(*this, fMarked)
 {
     SetbCaseSensitiveSort(fSettings.caseSensitiveSort);
     AddColumn(iconLabel, 20, 20, CLV_NOT_MOVABLE | CLV_NOT_RESIZABLE);

@@ -93,14 +93,9 @@ public:
     // Mode 2 (unsorted) is applied as ascending.
     void SetSortMode(int key, int mode);
 
-    // Marking.
-    void Mark(int a, int b) { fMarked.Mark(a, b); }
-    void Unmark(int a, int b) { fMarked.Unmark(a, b); }
-    void ToggleMark(int index) { fMarked.Toggle(index); }
-    void EmptyMarked() { fMarked.Empty(); }
-    void UpdateMarkedList() { fMarked.Rebuild(); }
-    void RemoveMarked(const std::string &name) { fMarked.Remove(name); }
-    const std::vector<DirListItem *> &MarkedRows() const { return fMarked.Rows(); }
+    // The marked rows, which the keys, the commands and drag and drop share.
+    MarkedList &Marked() { return fMarked; }
+    const MarkedList &Marked() const { return fMarked; }
 
     // The footer's summary: "12 of 345k in 2 of 10 files selected".
     std::string GetFiles() const;
@@ -138,8 +133,6 @@ public:
     // The full path of a row's entry, and its reference.
     std::string PathOf(const DirListItem *row) const;
     entry_ref RefOf(const DirListItem *row) const;
-    MarkedList &Marked() { return fMarked; }
-
     // 513 and 605 from the rename field; node-monitor messages when the
     // list watches for itself (no owner).
     void MessageReceived(platform::Message &message) override;

@@ -1,5 +1,7 @@
 #include "panes/PaneCommands.h"
 
+#include "panes/MarkedList.h"
+
 #include "app/AppUtils.h"
 #include "app/NumberText.h"
 #include "fileops/KestrinEntry.h"
@@ -30,16 +32,17 @@ constexpr size_t kListedNames = 20;
 
 } // namespace
 
-PaneCommands::PaneCommands(DirView &view)
+PaneCommands::PaneCommands(DirView &view, MarkedList &marked)
     : fView(view)
+    , fMarked(marked)
 {}
 
 PaneCommands::~PaneCommands() = default;
 
 std::vector<DirListItem *> PaneCommands::RowsToActOn() const
 {
-    if (!fView.MarkedRows().empty())
-        return fView.MarkedRows();
+    if (!fMarked.Rows().empty())
+        return fMarked.Rows();
     std::vector<DirListItem *> rows;
     const int selection = fView.CurrentSelection();
     if (selection >= 1)
@@ -54,23 +57,23 @@ void PaneCommands::SendRequest(uint32_t what, const char *typeOfCopy, bool selec
     // named first.
     std::vector<const DirListItem *> rows;
     DirListItem *stand = nullptr;
-    if (fView.MarkedRows().empty()) {
+    if (fMarked.Rows().empty()) {
         const int selection = fView.CurrentSelection();
         if (selection < 1)
             return;
         stand = fView.Row(selection);
         if (selectedFallback)
-            fView.Marked().AddTemporarily(stand);
+            fMarked.AddTemporarily(stand);
         else
             rows.push_back(stand);
     }
-    rows.insert(rows.end(), fView.MarkedRows().begin(), fView.MarkedRows().end());
+    rows.insert(rows.end(), fMarked.Rows().begin(), fMarked.Rows().end());
     platform::Message request = fView.Source().Request(what, rows);
     request.AddString("Dragging", "false");
     request.AddString("Direction", "Right");
     request.AddString("TypeOfCopy", typeOfCopy);
     if (stand != nullptr && selectedFallback)
-        fView.Marked().RemoveTemporary(stand);
+        fMarked.RemoveTemporary(stand);
     fView.SendToWindow(request);
 }
 

@@ -17,6 +17,7 @@ namespace kestrin {
 
 class DirListItem;
 class DirView;
+class MarkedList;
 class EditControl;
 
 // What a pane's list does on its own behalf: opening rows, moving entries
@@ -28,7 +29,7 @@ class EditControl;
 class PaneCommands
 {
 public:
-    explicit PaneCommands(DirView &view);
+    PaneCommands(DirView &view, MarkedList &marked);
     ~PaneCommands();
 
     // Builds a request of the marked rows (or of the selected row when none
@@ -85,6 +86,7 @@ private:
     bool RenameRow(const DirListItem *row, const std::string &name);
 
     DirView &fView;
+    MarkedList &fMarked;
     QPointer<QFrame> fRenameContainer;
     QPointer<EditControl> fField;
 };

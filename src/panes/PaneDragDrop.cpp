@@ -1,5 +1,7 @@
 #include "panes/PaneDragDrop.h"
 
+#include "panes/MarkedList.h"
+
 #include "panes/DirListItem.h"
 #include "panes/DirView.h"
 #include "panes/PaneMessages.h"
@@ -31,8 +33,9 @@ const char *TypeOfCopy(Qt::DropAction action)
 
 } // namespace
 
-PaneDragDrop::PaneDragDrop(DirView &view)
+PaneDragDrop::PaneDragDrop(DirView &view, MarkedList &marked)
     : fView(view)
+    , fMarked(marked)
 {}
 
 QMimeData *PaneDragDrop::MimeFor(const std::vector<std::string> &paths)
@@ -75,7 +78,7 @@ bool PaneDragDrop::MouseMove(QMouseEvent *event)
     std::vector<std::string> paths;
     const DirListItem *pressed = fView.Row(fPressRow);
     if (pressed->IsMarked()) {
-        for (const DirListItem *row : fView.MarkedRows())
+        for (const DirListItem *row : fMarked.Rows())
             paths.push_back(fView.PathOf(row));
     } else {
         paths.push_back(fView.PathOf(pressed));

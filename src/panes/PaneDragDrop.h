@@ -15,6 +15,7 @@ struct entry_ref;
 namespace kestrin {
 
 class DirView;
+class MarkedList;
 
 // Dragging entries out of a pane's list and dropping entries on it. A drag
 // carries the entries as text/uri-list, so other applications take them as
@@ -28,7 +29,7 @@ class DirView;
 class PaneDragDrop
 {
 public:
-    explicit PaneDragDrop(DirView &view);
+    PaneDragDrop(DirView &view, MarkedList &marked);
 
     // From the list's mouse handlers: true when the event started a drag
     // and is used up.
@@ -49,6 +50,7 @@ private:
     bool Accepts(const QMimeData *data, const QPoint &point) const;
 
     DirView &fView;
+    MarkedList &fMarked;
     QPoint fPressPoint;
     int fPressRow = -1;
 };

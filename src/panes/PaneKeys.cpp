@@ -1,5 +1,7 @@
 #include "panes/PaneKeys.h"
 
+#include "panes/MarkedList.h"
+
 #include "panes/DirListItem.h"
 #include "panes/DirView.h"
 #include "panes/PaneMessages.h"
@@ -27,8 +29,9 @@ bool BeginsWith(const std::string &name, QChar typed)
 
 } // namespace
 
-PaneKeys::PaneKeys(DirView &view)
+PaneKeys::PaneKeys(DirView &view, MarkedList &marked)
     : fView(view)
+    , fMarked(marked)
 {}
 
 bool PaneKeys::Handle(QKeyEvent *event)
@@ -41,7 +44,7 @@ bool PaneKeys::Handle(QKeyEvent *event)
     const int last = fView.CountItems() - 1;
 
     if (key == Qt::Key_Delete) {
-        if (selection > 0 || !fView.MarkedRows().empty())
+        if (selection > 0 || !fMarked.Rows().empty())
             fView.Commands().Trash();
         return false;
     }
@@ -55,14 +58,14 @@ bool PaneKeys::Handle(QKeyEvent *event)
     }
     if (key == Qt::Key_Space) {
         if (selection >= 1) {
-            fView.ToggleMark(selection);
+            fMarked.Toggle(selection);
             fView.Commands().GetSize();
         }
         return true;
     }
     if (key == Qt::Key_Insert) {
         if (selection >= 1)
-            fView.ToggleMark(selection);
+            fMarked.Toggle(selection);
         if (selection + 1 <= last) {
             fView.Select(selection + 1);
             fView.ScrollToSelection();
@@ -77,22 +80,22 @@ bool PaneKeys::Handle(QKeyEvent *event)
     }
     if (plain && text == "*") {
         if (last >= 1)
-            fView.Marked().ToggleRange(1, last);
+            fMarked.ToggleRange(1, last);
         return true;
     }
     if (plain && text == "+") {
         if (last >= 1)
-            fView.Mark(1, last);
+            fMarked.Mark(1, last);
         return true;
     }
     if (plain && text == "-") {
         if (last >= 1)
-            fView.Unmark(1, last);
+            fMarked.Unmark(1, last);
         return true;
     }
     if (key == Qt::Key_Up || key == Qt::Key_Down) {
         if (shift && selection >= 1)
-            fView.ToggleMark(selection);
+            fMarked.Toggle(selection);
         return false;
     }
     if (key >= Qt::Key_F1 && key <= Qt::Key_F9)
@@ -124,7 +127,7 @@ bool PaneKeys::FunctionKey(int key, bool control, bool shift)
             commands.CopyOut();
         break;
     case Qt::Key_F6:
-        if (selection >= 1 || !fView.MarkedRows().empty()) {
+        if (selection >= 1 || !fMarked.Rows().empty()) {
             if (shift)
                 commands.Edit();
             else

@@ -6,6 +6,7 @@ class QString;
 namespace kestrin {
 
 class DirView;
+class MarkedList;
 
 // The keys of a pane's list, tested in a fixed order: Delete, Page Down,
 // Backspace, Space, Insert, type-ahead, "*", "+", "-", Shift with the arrows,
@@ -16,7 +17,7 @@ class DirView;
 class PaneKeys
 {
 public:
-    explicit PaneKeys(DirView &view);
+    PaneKeys(DirView &view, MarkedList &marked);
 
     // True when the key was used up here.
     bool Handle(QKeyEvent *event);
@@ -30,6 +31,7 @@ private:
     bool FunctionKey(int key, bool control, bool shift);
 
     DirView &fView;
+    MarkedList &fMarked;
 };
 
 } // namespace kestrin

@@ -204,7 +204,7 @@ TEST_F(KestrinWindowTest, AGarbageProfileStillStartsUsable)
     EXPECT_LE(window.width(), screen.width() + 20);
     // The list still sorts and takes keys.
     QTest::keyClick(List(0), Qt::Key_Plus);
-    EXPECT_FALSE(List(0)->MarkedRows().empty());
+    EXPECT_FALSE(List(0)->Marked().Rows().empty());
 
     Profile("NumPanes", "0");
     window.close();

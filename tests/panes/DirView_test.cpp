@@ -111,7 +111,7 @@ TEST_F(DirViewTest, MarkingKeysAndTheFooterSummary)
     DirView &view = Open(Folder());
     const auto marked = [&view] {
         std::vector<std::string> names;
-        for (const auto *row : view.MarkedRows())
+        for (const auto *row : view.Marked().Rows())
             names.push_back(row->Name());
         std::sort(names.begin(), names.end());
         return names;
@@ -137,7 +137,7 @@ TEST_F(DirViewTest, MarkingKeysAndTheFooterSummary)
     EXPECT_EQ(marked(), (std::vector<std::string>{"d", "f1", "f2", "f3"}));
     for (int i = 1; i < view.CountItems(); i++)
         EXPECT_TRUE(view.Row(i)->IsMarked());
-    view.EmptyMarked();
+    view.Marked().Empty();
 
     // Row 0 is never marked from the keyboard.
     view.Select(0);
@@ -196,10 +196,10 @@ TEST_F(DirViewTest, FunctionKeysSendRequests)
     EXPECT_EQ(Text(*copy, "TypeOfCopy"), "Copy");
     EXPECT_EQ(Text(*copy, "Dragging"), "false");
     EXPECT_EQ(Text(*copy, "Direction"), "Right");
-    EXPECT_TRUE(view.MarkedRows().empty()); // the stand-in left the marked list
+    EXPECT_TRUE(view.Marked().Rows().empty()); // the stand-in left the marked list
 
-    view.ToggleMark(2);
-    view.ToggleMark(3);
+    view.Marked().Toggle(2);
+    view.Marked().Toggle(3);
     Key(Qt::Key_F6);
     EXPECT_EQ(RefNames(*fTarget.Last(kestrin::kMsgCopyRequest)),
               (std::vector<std::string>{"f2", "f3"}));
@@ -217,7 +217,7 @@ TEST_F(DirViewTest, FunctionKeysSendRequests)
     EXPECT_EQ(fOwner.Count(kestrin::kMsgHelpKeys), 1);
 
     // Nothing marked and the parent row selected: no request.
-    view.EmptyMarked();
+    view.Marked().Empty();
     view.Select(0);
     const size_t before = fTarget.messages.size();
     Key(Qt::Key_F5);
@@ -326,12 +326,12 @@ TEST_F(DirViewTest, RowsFollowChangesInTheFolder)
     fs::create_directory(Folder() + "/n");
     EXPECT_TRUE(rowsAre({"..", "m", "n", "a", "b"}));
 
-    view.ToggleMark(view.FindItem("b"));
+    view.Marked().Toggle(view.FindItem("b"));
     fs::rename(Folder() + "/b", Folder() + "/c");
     EXPECT_TRUE(rowsAre({"..", "m", "n", "a", "c"}));
     EXPECT_TRUE(view.Row(view.FindItem("c"))->IsMarked());
-    ASSERT_EQ(view.MarkedRows().size(), 1u);
-    EXPECT_EQ(view.MarkedRows().front()->Name(), "c");
+    ASSERT_EQ(view.Marked().Rows().size(), 1u);
+    EXPECT_EQ(view.Marked().Rows().front()->Name(), "c");
 
     MakeFile(Folder() + "/a", 5000);
     EXPECT_TRUE(WaitFor([&] { return view.Row(view.FindItem("a"))->SizeText() == "4 K"; }));
@@ -340,7 +340,7 @@ TEST_F(DirViewTest, RowsFollowChangesInTheFolder)
     EXPECT_TRUE(rowsAre({"..", "m", "n", "c"}));
     fs::rename(Folder() + "/c", fHome.Root() + "/c");
     EXPECT_TRUE(rowsAre({"..", "m", "n"}));
-    EXPECT_TRUE(view.MarkedRows().empty());
+    EXPECT_TRUE(view.Marked().Rows().empty());
     fs::rename(fHome.Root() + "/c", Folder() + "/in");
     EXPECT_TRUE(rowsAre({"..", "m", "n", "in"}));
     // The footer heard of every change.

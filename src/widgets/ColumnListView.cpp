@@ -1,8 +1,8 @@
 #include "widgets/ColumnListView.h"
 
+#include "widgets/ColumnListDelegate.h"
 #include "widgets/ColumnListModel.h"
 
-#include <QAbstractItemDelegate>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
@@ -18,9 +18,6 @@ namespace kestrin {
 namespace {
 
 constexpr int kMinRowHeight = 20;
-constexpr int kIndentPerLevel = 20;
-// The expander triangle's side, in pixels.
-constexpr qreal kExpanderSize = 9;
 
 // A minimum is rounded up, so that the column never gets narrower than asked.
 int Pixels(float width, bool roundUp = false)
@@ -44,87 +41,12 @@ void ReleaseSelection(QItemSelectionModel *selection, const ColumnListModel &mod
         selection->clearSelection();
 }
 
-// A triangle pointing right, turned down when its row is open.
-void DrawExpander(QPainter *painter, const QRect &cell, bool expanded, const QColor &color)
-{
-    const qreal half = kExpanderSize / 2;
-    const QPolygonF triangle(
-        {QPointF(-half / 2, -half), QPointF(-half / 2, half), QPointF(half / 2 + 1, 0)});
-    painter->translate(QRectF(cell).center());
-    if (expanded)
-        painter->rotate(90);
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(color);
-    painter->drawPolygon(triangle);
-}
-
 } // namespace
-
-// Paints one cell by asking its row to draw itself. In the tree, the column
-// after the expander column is indented by the row's outline level (the
-// view fills the indentation in the list's own colours, since the row only
-// draws the rect it is given), and the expander column gets the expander of
-// a super-item on top of what its row drew.
-class ColumnListView::Delegate : public QAbstractItemDelegate
-{
-public:
-    explicit Delegate(ColumnListView *view)
-        : QAbstractItemDelegate(view)
-        , fView(view)
-    {}
-
-    void paint(QPainter *painter,
-               const QStyleOptionViewItem &option,
-               const QModelIndex &index) const override
-    {
-        CLVListItem *item = fView->fModel->ItemFor(index);
-        if (!item)
-            return;
-        const bool selected = option.state & QStyle::State_Selected;
-        const int column = index.column();
-        const bool tree = fView->fHierarchical;
-        QRect rect = option.rect;
-
-        painter->save();
-        painter->setClipRect(option.rect, Qt::IntersectClip);
-        if (tree && column == fView->IndentedColumn()) {
-            const int indent = std::min(rect.width(), int(item->OutlineLevel()) * kIndentPerLevel);
-            if (indent > 0) {
-                const QPalette::ColorRole role = selected ? QPalette::Highlight : QPalette::Base;
-                painter->fillRect(QRect(rect.left(), rect.top(), indent, rect.height()),
-                                  fView->palette().color(role));
-                rect.setLeft(rect.left() + indent);
-            }
-        }
-        if (!rect.isEmpty())
-            item->DrawItemColumn(*painter, rect, column, selected, true);
-        painter->restore();
-
-        if (tree && item->IsSuperItem() && column == fView->fModel->ExpanderColumn()) {
-            painter->save();
-            painter->setClipRect(option.rect, Qt::IntersectClip);
-            DrawExpander(painter,
-                         option.rect,
-                         item->IsExpanded(),
-                         fView->palette().color(QPalette::Text));
-            painter->restore();
-        }
-    }
-
-    QSize sizeHint(const QStyleOptionViewItem &, const QModelIndex &index) const override
-    {
-        return QSize(fView->header()->sectionSize(index.column()), fView->fRowHeight);
-    }
-
-private:
-    ColumnListView *fView;
-};
 
 ColumnListView::ColumnListView(QWidget *parent, bool hierarchical)
     : QTreeView(parent)
     , fModel(new ColumnListModel(hierarchical, this))
-    , fDelegate(new Delegate(this))
+    , fDelegate(new ColumnListDelegate(this, fModel, hierarchical))
     , fHierarchical(hierarchical)
 {
     setModel(fModel);

@@ -10,6 +10,7 @@
 
 namespace kestrin {
 
+class ColumnListDelegate;
 class ColumnListModel;
 
 // Column flags, the values of the BeOS widget that Kestrin's tables use.
@@ -149,6 +150,9 @@ public:
 
     // The height of every row; at least 20 units.
     int RowHeight() const { return fRowHeight; }
+    // In the tree, the column drawn indented by each row's outline level:
+    // the first shown after the expander column; -1 for none.
+    int IndentedColumn() const;
     void SetRowHeight(int height);
 
 signals:
@@ -177,8 +181,6 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
 
 private:
-    class Delegate;
-
     // What was at the top of the view before rows came or went above it:
     // the top-level row (and in the tree, the row object) and how far it was
     // scrolled past.
@@ -198,7 +200,6 @@ private:
     void SectionResized(int column, int oldWidth, int newWidth);
     void SectionMoved(int column, int oldVisual, int newVisual);
     void UpdateSortIndicator();
-    int IndentedColumn() const;
     CLVListItem *ExpanderAt(const QPoint &viewportPoint) const;
     bool StepIntoTree(bool open);
     void Invoke(CLVListItem *item);
@@ -212,7 +213,7 @@ private:
 
     // Both are children of the view and go with it; the model owns the rows.
     ColumnListModel *fModel;
-    Delegate *fDelegate;
+    ColumnListDelegate *fDelegate;
     bool fHierarchical;
     CompareFunc fCompare = nullptr;
     int fSortKey = -1;

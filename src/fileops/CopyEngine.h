@@ -19,7 +19,8 @@ class Trash;
 // in with the FTP client.
 //
 // Run() does the whole request synchronously on the calling thread: a test
-// calls it directly, the progress window calls it on a worker thread.
+// calls it directly, the progress window calls it on a worker thread. Progress,
+// questions and every error alert go through `control`.
 class CopyEngine
 {
 public:

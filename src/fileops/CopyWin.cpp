@@ -3,6 +3,7 @@
 #include "fileops/CopyEngine.h"
 #include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
+#include "platform/Alerts.h"
 #include "platform/Entry.h"
 #include "widgets/StatusBar.h"
 
@@ -365,6 +366,13 @@ int32_t CopyWin::AskOverwrite(const OverwriteQuestion &question)
     std::unique_lock lock(fControlLock);
     fControlChanged.wait(lock, [this] { return fAnswer != kNoDecision || fStop; });
     return fAnswer != kNoDecision ? fAnswer : kCancelBatch;
+}
+
+int32_t CopyWin::FileError(const platform::Alert &alert)
+{
+    // Alerts hands the alert to the GUI thread and keeps the worker waiting
+    // for the answer, as the overwrite question does.
+    return platform::Alerts::Go(alert);
 }
 
 void CopyWin::ShowQuestion(const OverwriteQuestion &question)

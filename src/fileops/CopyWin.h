@@ -75,6 +75,7 @@ public:
     void SetProgressVisible(bool visible) override;
     bool StopRequested() override;
     int32_t AskOverwrite(const OverwriteQuestion &question) override;
+    int32_t FileError(const platform::Alert &alert) override;
 
 protected:
     void showEvent(QShowEvent *event) override;

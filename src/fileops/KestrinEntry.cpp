@@ -5,7 +5,6 @@
 #include "fileops/FileCopier.h"
 #include "fileops/OverwritePolicy.h"
 #include "fileops/Trash.h"
-#include "platform/Alerts.h"
 #include "platform/Directory.h"
 #include "platform/Volume.h"
 
@@ -154,14 +153,17 @@ bool KestrinEntry::CopyInto(const std::string &destFolder,
         std::string linkTarget;
         platform::Entry(ownPath, true).GetPath(&linkTarget);
         if (platform::Directory(destPath).CreateSymLink(name, linkTarget) != B_OK) {
-            MsgBox("You appear to be trying to copy a link that is broken.  This is not "
-                   "supported in this version.");
+            CopyControl::ReportError(walk.control,
+                                     MsgBoxAlert(
+                                         "You appear to be trying to copy a link that is "
+                                         "broken.  This is not supported in this version."));
             walk.complete = false;
         }
         return true;
     }
 
-    MsgBox("Error - Kestrin Entry is not a File, Dir, or Link");
+    CopyControl::ReportError(walk.control,
+                             MsgBoxAlert("Error - Kestrin Entry is not a File, Dir, or Link"));
     walk.complete = false;
     return false;
 }
@@ -295,7 +297,12 @@ void KestrinEntry::Overwrite(const std::string &sourcePath,
                    OverwritePolicy::Describe(CopySize(), sourceTime)});
 }
 
-void KestrinEntry::ShowError(status_t status)
+void KestrinEntry::ShowError(status_t status, CopyControl *control)
+{
+    CopyControl::ReportError(control, ErrorAlert(status));
+}
+
+platform::Alert KestrinEntry::ErrorAlert(status_t status)
 {
     // B_FILE_EXISTS has had two texts; the later one, with its own button,
     // is what users know ("This file already exists, overwrite not
@@ -346,7 +353,7 @@ void KestrinEntry::ShowError(status_t status)
     default:
         break;
     }
-    platform::Alerts::Go({"Sorry Charley", text, {button}, B_STOP_ALERT, B_WIDTH_FROM_LABEL});
+    return {"Sorry Charley", text, {button}, B_STOP_ALERT, B_WIDTH_FROM_LABEL};
 }
 
 } // namespace kestrin

@@ -1,7 +1,8 @@
 #pragma once
 
-// What the copy engine's tests share: a progress window that records and
-// answers overwrite questions from a script, and real folders to copy between.
+// What the copy engine's tests share: a progress window that records what it
+// is told (error alerts included) and answers overwrite questions from a
+// script, and real folders to copy between.
 
 #include "fileops/CopyControl.h"
 #include "fileops/CopyEngine.h"
@@ -62,6 +63,12 @@ public:
         answers.pop_front();
         return answer;
     }
+    // Every alert of the engine has a single button.
+    int32_t FileError(const platform::Alert &alert) override
+    {
+        errors.push_back(alert);
+        return 0;
+    }
 
     std::deque<int32_t> answers;
     size_t stopAfterChunks = size_t(-1) >> 1;
@@ -72,6 +79,7 @@ public:
     std::vector<Chunk> chunks;
     std::vector<bool> visibility;
     std::vector<kestrin::OverwriteQuestion> questions;
+    std::vector<platform::Alert> errors;
 };
 
 inline entry_ref RefFor(const std::string &path)

@@ -148,17 +148,8 @@ bool KestrinEntry::CopyInto(const std::string &destFolder,
     }
 
     if (S_ISLNK(info.st_mode)) {
-        // The new link points where this one ends up, through every link on
-        // the way; a target that is gone still has that path.
-        std::string linkTarget;
-        platform::Entry(ownPath, true).GetPath(&linkTarget);
-        if (platform::Directory(destPath).CreateSymLink(name, linkTarget) != B_OK) {
-            CopyControl::ReportError(walk.control,
-                                     MsgBoxAlert(
-                                         "You appear to be trying to copy a link that is "
-                                         "broken.  This is not supported in this version."));
-            walk.complete = false;
-        }
+        // A link that cannot be copied is missing from the copy; the rest goes on.
+        CopyLink(ownPath, destPath, name, walk);
         return true;
     }
 
@@ -166,6 +157,31 @@ bool KestrinEntry::CopyInto(const std::string &destFolder,
                              MsgBoxAlert("Error - Kestrin Entry is not a File, Dir, or Link"));
     walk.complete = false;
     return false;
+}
+
+void KestrinEntry::CopyLink(const std::string &ownPath,
+                            const std::string &destPath,
+                            const std::string &name,
+                            CopyWalk &walk)
+{
+    // The new link points where this one ends up, through every link on the
+    // way; a target that is gone still has that path. Only a link that leads
+    // nowhere (a loop) has none: that is the broken link users are told about.
+    std::string linkTarget;
+    if (platform::Entry(ownPath, true).GetPath(&linkTarget) != B_OK) {
+        CopyControl::ReportError(walk.control,
+                                 MsgBoxAlert("You appear to be trying to copy a link that is "
+                                             "broken.  This is not supported in this version."));
+        walk.complete = false;
+        return;
+    }
+    // Anything else in the way (a name already taken, a folder that may not
+    // be written) is told as what it is.
+    const status_t status = platform::Directory(destPath).CreateSymLink(name, linkTarget);
+    if (status != B_OK) {
+        ShowError(status, walk.control);
+        walk.complete = false;
+    }
 }
 
 bool KestrinEntry::CopyFolder(const std::string &ownPath,

@@ -77,6 +77,10 @@ private:
                     const std::string &leaf,
                     const std::string &targetPath,
                     CopyWalk &walk);
+    void CopyLink(const std::string &ownPath,
+                  const std::string &destPath,
+                  const std::string &name,
+                  CopyWalk &walk);
 
     int32_t fEntryCount = 0;
     bool fCopiedCompletely = false;

@@ -2,6 +2,7 @@
 
 #include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
+#include "platform/AlertRecorder.h"
 #include "platform/Entry.h"
 #include "support/TempHome.h"
 #include "widgets/StatusBar.h"
@@ -186,6 +187,29 @@ TEST(CopyWin, TheTimerShowsWhatTheWorkerReported)
     EXPECT_EQ(TextOf(window, "FromPath"), "/from/big");
     EXPECT_EQ(TextOf(window, "ToPath"), "/to/big");
     EXPECT_TRUE(FinishesByItself(gate, window));
+}
+
+TEST(CopyWin, AnErrorOfTheEngineIsShownAsAnAlert)
+{
+    TempHome home;
+    platform::AlertRecorder alerts;
+    const std::string root = home.Root();
+    fs::create_directory(root + "/dst");
+    WriteFileBytes(root + "/a", "a");
+    WriteFileBytes(root + "/dst/a", "taken");
+    platform::Message request = Request(kestrin::kMsgCopyRequest, {root + "/a"});
+    request.AddString("TypeOfCopy", "Link");
+
+    QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
+    ASSERT_EQ(alerts.Count(), 1u);
+    EXPECT_EQ(alerts.Shown()[0],
+              (platform::Alert{"Sorry Charley",
+                               "Strange but this file exists.",
+                               {"Even Scotty Can't Fix it"},
+                               B_STOP_ALERT,
+                               B_WIDTH_FROM_LABEL}));
+    EXPECT_EQ(ReadFileBytes(root + "/dst/a"), "taken");
 }
 
 TEST(CopyWin, PauseHoldsTheWorkerUntilResumedAndStopWakesIt)

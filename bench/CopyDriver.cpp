@@ -29,6 +29,7 @@ public:
         errors++;
         return 0;
     }
+    void ArchiveProgress(int32_t, int32_t, const std::string &, const std::string &) override {}
 
     int errors = 0;
 };

@@ -51,6 +51,14 @@ public:
     // cannot be made): shown to the user while the worker waits. Answers the
     // index of the pressed button.
     virtual int32_t FileError(const platform::Alert &alert) = 0;
+    // An archive routine's progress: the bars move to `overall` and
+    // `fileProgress` (back as well as forward), the file bar's text becomes
+    // `leafName` and the "To" line shows `memberName`.
+    virtual void ArchiveProgress(int32_t overall,
+                                 int32_t fileProgress,
+                                 const std::string &leafName,
+                                 const std::string &memberName)
+        = 0;
 
     // How the engine reports every error: through `control`, or, for work
     // that no window watches (a null control), as an alert of its own.

@@ -35,6 +35,13 @@ public:
         std::string leafName;
         int64_t fileTotal;
     };
+    struct ArchiveStep
+    {
+        int32_t overall, fileProgress;
+        std::string leafName, memberName;
+
+        bool operator==(const ArchiveStep &other) const = default;
+    };
 
     void BatchStarted(int32_t total, const std::string &text, const std::string &trailing) override
     {
@@ -69,6 +76,13 @@ public:
         errors.push_back(alert);
         return 0;
     }
+    void ArchiveProgress(int32_t overall,
+                         int32_t fileProgress,
+                         const std::string &leafName,
+                         const std::string &memberName) override
+    {
+        archiveSteps.push_back({overall, fileProgress, leafName, memberName});
+    }
 
     std::deque<int32_t> answers;
     size_t stopAfterChunks = size_t(-1) >> 1;
@@ -80,6 +94,7 @@ public:
     std::vector<bool> visibility;
     std::vector<kestrin::OverwriteQuestion> questions;
     std::vector<platform::Alert> errors;
+    std::vector<ArchiveStep> archiveSteps;
 };
 
 inline entry_ref RefFor(const std::string &path)

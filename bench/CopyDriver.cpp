@@ -5,7 +5,6 @@
 #include "fileops/CopyControl.h"
 #include "fileops/CopyEngine.h"
 #include "fileops/FileOpsMessages.h"
-#include "platform/AlertRecorder.h"
 #include "platform/Entry.h"
 
 #include <cstdio>
@@ -24,6 +23,15 @@ public:
     {
         return kestrin::kOverwriteAll;
     }
+    int32_t FileError(const platform::Alert &alert) override
+    {
+        fprintf(stderr, "alert: %s\n", alert.text.c_str());
+        errors++;
+        return 0;
+    }
+    void ArchiveProgress(int32_t, int32_t, const std::string &, const std::string &) override {}
+
+    int errors = 0;
 };
 
 } // namespace
@@ -44,10 +52,7 @@ int main(int argc, char **argv)
         }
         request.AddRef("refs", ref);
     }
-    platform::AlertRecorder alerts;
     HeadlessControl control;
     kestrin::CopyEngine(request, argv[argc - 1], control).Run();
-    for (const platform::Alert &alert : alerts.Shown())
-        fprintf(stderr, "alert: %s\n", alert.text.c_str());
-    return alerts.Count() == 0 ? 0 : 1;
+    return control.errors == 0 ? 0 : 1;
 }

@@ -39,7 +39,12 @@ status_t get_app_from_sig(const char *signature, char *pathOut)
 
 void MsgBox(const char *text, alert_type type)
 {
-    platform::Alerts::Go({"foo", text, {"OK"}, type, B_WIDTH_AS_USUAL});
+    platform::Alerts::Go(MsgBoxAlert(text, type));
+}
+
+platform::Alert MsgBoxAlert(const char *text, alert_type type)
+{
+    return {"foo", text, {"OK"}, type, B_WIDTH_AS_USUAL};
 }
 
 int MessageBox(const char *text,

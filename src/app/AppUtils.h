@@ -25,6 +25,8 @@ status_t get_app_from_sig(const char *signature, char *pathOut);
 
 // An alert titled "foo" with one button "OK"; returns when it is dismissed.
 void MsgBox(const char *text, alert_type type = B_INFO_ALERT);
+// The alert MsgBox shows, for code that hands it on rather than showing it.
+platform::Alert MsgBoxAlert(const char *text, alert_type type = B_INFO_ALERT);
 
 // An information alert with up to three buttons (null for none); returns the
 // index of the pressed one.

@@ -1,7 +1,6 @@
 #include "fileops/ArchiveCallbacks.h"
 
-#include "fileops/CopyWin.h"
-#include "widgets/StatusBar.h"
+#include "fileops/CopyControl.h"
 
 #include <cstring>
 
@@ -10,40 +9,31 @@ namespace kestrin {
 namespace {
 
 constexpr int kGoOn = 1;
+constexpr int kStop = 0;
 
-int Report(int overall, int fileProgress, const char *name, const char *leaf, CopyWin *window)
+int Report(int overall, int fileProgress, const char *name, CopyControl *control)
 {
-    if (window)
-        window->repaint();
-    if (overall == -1 || !window)
+    if (overall == -1 || !control)
         return kGoOn;
-    StatusBar *fileBar = window->FileBar();
-    StatusBar *mainBar = window->MainBar();
-    fileBar->Update(float(fileProgress - int(fileBar->CurrentValue())));
-    mainBar->Update(float(overall - int(mainBar->CurrentValue())));
-    fileBar->SetText(QString::fromUtf8(leaf));
-    window->SetToText(QString::fromUtf8(name));
-    return kGoOn;
+    if (!name)
+        name = "";
+    // Packing names its members by their paths, unpacking may not; a bare
+    // name is shown whole rather than read past.
+    const char *slash = std::strrchr(name, '/');
+    control->ArchiveProgress(overall, fileProgress, slash ? slash + 1 : name, name);
+    return control->StopRequested() ? kStop : kGoOn;
 }
 
 } // namespace
 
-int ZipCallback(int overall, int fileProgress, const char *name, CopyWin *window)
+int ZipCallback(int overall, int fileProgress, const char *name, CopyControl *control)
 {
-    if (!name)
-        name = "";
-    // Packing names its members by their paths; a bare name is shown whole
-    // rather than read past.
-    const char *slash = std::strrchr(name, '/');
-    return Report(overall, fileProgress, name, slash ? slash + 1 : name, window);
+    return Report(overall, fileProgress, name, control);
 }
 
-int UnZipCallback(int overall, int fileProgress, const char *name, CopyWin *window)
+int UnZipCallback(int overall, int fileProgress, const char *name, CopyControl *control)
 {
-    if (!name)
-        name = "";
-    const char *slash = std::strrchr(name, '/');
-    return Report(overall, fileProgress, name, slash ? slash + 1 : name, window);
+    return Report(overall, fileProgress, name, control);
 }
 
 } // namespace kestrin

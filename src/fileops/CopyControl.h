@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Alert.h"
+
 #include <cstdint>
 #include <string>
 
@@ -28,7 +30,9 @@ public:
 
     // The overall bar, once per request: its maximum (a 32-bit total, which
     // wraps past 2 GiB), its text and its trailing text.
-    virtual void BatchStarted(int32_t total, const std::string &text, const std::string &trailingText)
+    virtual void BatchStarted(int32_t total,
+                              const std::string &text,
+                              const std::string &trailingText)
         = 0;
     // A new file: the file bar is reset to `size` and the two value lines show
     // the paths.
@@ -43,6 +47,22 @@ public:
     virtual bool StopRequested() = 0;
     // Shows the question and waits for the answer: one of kOverwrite .. kCancelBatch.
     virtual int32_t AskOverwrite(const OverwriteQuestion &question) = 0;
+    // An alert about the work (a file that cannot be copied, a link that
+    // cannot be made): shown to the user while the worker waits. Answers the
+    // index of the pressed button.
+    virtual int32_t FileError(const platform::Alert &alert) = 0;
+    // An archive routine's progress: the bars move to `overall` and
+    // `fileProgress` (back as well as forward), the file bar's text becomes
+    // `leafName` and the "To" line shows `memberName`.
+    virtual void ArchiveProgress(int32_t overall,
+                                 int32_t fileProgress,
+                                 const std::string &leafName,
+                                 const std::string &memberName)
+        = 0;
+
+    // How the engine reports every error: through `control`, or, for work
+    // that no window watches (a null control), as an alert of its own.
+    static int32_t ReportError(CopyControl *control, const platform::Alert &alert);
 };
 
 } // namespace kestrin

@@ -104,14 +104,27 @@ void CopyEngine::PerformLocal()
             if (!MoveItem(item, overwrite))
                 return false;
         } else if (type == "Link") {
-            std::string path, leaf;
-            if (item.GetPath(&path) == B_OK && item.GetName(&leaf) == B_OK)
-                platform::Directory(fDestination).CreateSymLink(Join(fDestination, leaf), path);
+            LinkItem(item);
         } else {
             item.CopyTo(fDestination, &fControl, &overwrite);
         }
         return !overwrite.Cancelled();
     });
+}
+
+void CopyEngine::LinkItem(KestrinEntry &item)
+{
+    std::string path, leaf;
+    if (item.GetPath(&path) != B_OK || item.GetName(&leaf) != B_OK)
+        return;
+    platform::Directory folder(fDestination);
+    status_t status = folder.InitCheck();
+    if (status == B_OK)
+        status = folder.CreateSymLink(Join(fDestination, leaf), path);
+    // A name already taken is not replaced: the user hears of it, as of any
+    // other link that could not be made.
+    if (status != B_OK)
+        KestrinEntry::ShowError(status, &fControl);
 }
 
 bool CopyEngine::MoveItem(KestrinEntry &item, OverwritePolicy &overwrite)

@@ -19,7 +19,8 @@ class Trash;
 // in with the FTP client.
 //
 // Run() does the whole request synchronously on the calling thread: a test
-// calls it directly, the progress window calls it on a worker thread.
+// calls it directly, the progress window calls it on a worker thread. Progress,
+// questions and every error alert go through `control`.
 class CopyEngine
 {
 public:
@@ -38,6 +39,9 @@ private:
     // Measures the "refs" and announces the batch on the overall bar:
     // "<verb> N files or directories". False when there are no "refs".
     bool StartBatch(const char *verb);
+    // One item of a link request: a link to its absolute path in the
+    // destination. A link that cannot be made is reported.
+    void LinkItem(KestrinEntry &item);
     // One item of a move; false when the request is to end.
     bool MoveItem(KestrinEntry &item, OverwritePolicy &overwrite);
     // For good, with its record in the Trash when it is an item there.

@@ -3,6 +3,7 @@
 #include "fileops/CopyEngine.h"
 #include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
+#include "platform/Alerts.h"
 #include "platform/Entry.h"
 #include "widgets/StatusBar.h"
 
@@ -290,16 +291,6 @@ void CopyWin::Stop()
     }
 }
 
-void CopyWin::SetFromText(const QString &text)
-{
-    fFromValue->setText(text);
-}
-
-void CopyWin::SetToText(const QString &text)
-{
-    fToValue->setText(text);
-}
-
 void CopyWin::BatchStarted(int32_t total, const std::string &text, const std::string &trailingText)
 {
     std::lock_guard lock(fProgressLock);
@@ -367,6 +358,26 @@ int32_t CopyWin::AskOverwrite(const OverwriteQuestion &question)
     return fAnswer != kNoDecision ? fAnswer : kCancelBatch;
 }
 
+int32_t CopyWin::FileError(const platform::Alert &alert)
+{
+    // Alerts hands the alert to the GUI thread and keeps the worker waiting
+    // for the answer, as the overwrite question does.
+    return platform::Alerts::Go(alert);
+}
+
+void CopyWin::ArchiveProgress(int32_t overall,
+                              int32_t fileProgress,
+                              const std::string &leafName,
+                              const std::string &memberName)
+{
+    std::lock_guard lock(fProgressLock);
+    fProgress.mainValue = overall;
+    fProgress.fileValue = fileProgress;
+    fProgress.fileText = leafName;
+    fProgress.target = memberName;
+    fProgress.dirty = true;
+}
+
 void CopyWin::ShowQuestion(const OverwriteQuestion &question)
 {
     {
@@ -414,18 +425,19 @@ void CopyWin::ApplyProgress()
     // The counters hold where the bars should be; the bars move by the difference.
     if (progress.batchKnown) {
         fMainBar->SetMaxValue(float(progress.mainMax));
-        fMainBar->Update(float(progress.mainValue - fMainBar->CurrentValue()));
         fMainBar->SetText(QString::fromStdString(progress.mainText));
         fMainBar->SetTrailingText(QString::fromStdString(progress.mainTrailing));
     }
-    if (progress.fileKnown) {
+    fMainBar->Update(float(progress.mainValue - fMainBar->CurrentValue()));
+    if (progress.fileKnown)
         fFileBar->SetMaxValue(float(progress.fileMax));
-        fFileBar->Update(float(progress.fileValue - fFileBar->CurrentValue()));
-        fFileBar->SetText(QString::fromStdString(progress.fileText));
-        fFileBar->SetTrailingText(QString::fromStdString(progress.fileTrailing));
-        fFromValue->setText(QString::fromStdString(progress.source));
-        fToValue->setText(QString::fromStdString(progress.target));
-    }
+    fFileBar->Update(float(progress.fileValue - fFileBar->CurrentValue()));
+    fFileBar->SetText(QString::fromStdString(progress.fileText));
+    fFileBar->SetTrailingText(QString::fromStdString(progress.fileTrailing));
+    if (progress.source)
+        fFromValue->setText(QString::fromStdString(*progress.source));
+    if (progress.target)
+        fToValue->setText(QString::fromStdString(*progress.target));
 }
 
 } // namespace kestrin

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -59,11 +60,9 @@ public:
     // 300 pauses or resumes, 301 stops; both also come from the buttons.
     void MessageReceived(platform::Message &message) override;
 
-    // For callbacks that report on the GUI thread (archive packing).
+    // The bars, on the GUI thread only.
     StatusBar *FileBar() const { return fFileBar; }
     StatusBar *MainBar() const { return fMainBar; }
-    void SetFromText(const QString &text);
-    void SetToText(const QString &text);
     platform::Handler *Target() const { return fTarget; }
 
     // CopyControl, called on the worker thread.
@@ -75,6 +74,11 @@ public:
     void SetProgressVisible(bool visible) override;
     bool StopRequested() override;
     int32_t AskOverwrite(const OverwriteQuestion &question) override;
+    int32_t FileError(const platform::Alert &alert) override;
+    void ArchiveProgress(int32_t overall,
+                         int32_t fileProgress,
+                         const std::string &leafName,
+                         const std::string &memberName) override;
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -82,7 +86,9 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    // What the worker has reported and the widgets do not show yet.
+    // What the worker has reported and the widgets do not show yet. The
+    // values are where the bars should be; maxima, the overall bar's texts
+    // and the value lines only once something has set them.
     struct Progress
     {
         bool batchKnown = false;
@@ -95,8 +101,8 @@ private:
         double fileValue = 0;
         std::string fileText;
         std::string fileTrailing;
-        std::string source;
-        std::string target;
+        std::optional<std::string> source;
+        std::optional<std::string> target;
         bool visible = true;
         bool dirty = false;
     };

@@ -147,7 +147,8 @@ status_t FileCopier::CheckSpace(const std::string &sourcePath, const std::string
     if (status_t status = PreflightFileSize(sourcePath, blockSize, &blocks); status != B_OK)
         return status;
     if (blocks > freeBlocks - kSpareBlocks) {
-        MsgBox("Cannot Copy file.\nInsufficient space on destination.");
+        const char *text = "Cannot Copy file.\nInsufficient space on destination.";
+        CopyControl::ReportError(fControl, MsgBoxAlert(text));
         return B_DEVICE_FULL;
     }
     return B_OK;

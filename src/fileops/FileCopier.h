@@ -39,7 +39,8 @@ public:
     static constexpr off_t kSpareBlocks = 128;
 
     // Either may be null: no progress is reported and no question asked; an
-    // existing target then fails the copy with B_FILE_EXISTS.
+    // existing target then fails the copy with B_FILE_EXISTS. Errors go to
+    // `control`, or without one to an alert of their own.
     FileCopier(CopyControl *control, OverwritePolicy *overwrite);
 
     FileCopier(const FileCopier &) = delete;
@@ -48,7 +49,7 @@ public:
     // B_OK when copied, or when the user chose to keep an existing target
     // (then Skipped() is true); kStopped; else the status of what failed.
     // With `preflight`, a file that would leave fewer than kSpareBlocks free
-    // on the target volume is refused with a message and B_DEVICE_FULL.
+    // on the target volume is refused with an error alert and B_DEVICE_FULL.
     status_t CopyFile(KestrinEntry &source, const entry_ref &target, bool preflight = true);
 
     bool Skipped() const { return fSkipped; }

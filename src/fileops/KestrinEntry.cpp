@@ -5,7 +5,6 @@
 #include "fileops/FileCopier.h"
 #include "fileops/OverwritePolicy.h"
 #include "fileops/Trash.h"
-#include "platform/Alerts.h"
 #include "platform/Directory.h"
 #include "platform/Volume.h"
 
@@ -149,21 +148,40 @@ bool KestrinEntry::CopyInto(const std::string &destFolder,
     }
 
     if (S_ISLNK(info.st_mode)) {
-        // The new link points where this one ends up, through every link on
-        // the way; a target that is gone still has that path.
-        std::string linkTarget;
-        platform::Entry(ownPath, true).GetPath(&linkTarget);
-        if (platform::Directory(destPath).CreateSymLink(name, linkTarget) != B_OK) {
-            MsgBox("You appear to be trying to copy a link that is broken.  This is not "
-                   "supported in this version.");
-            walk.complete = false;
-        }
+        // A link that cannot be copied is missing from the copy; the rest goes on.
+        CopyLink(ownPath, destPath, name, walk);
         return true;
     }
 
-    MsgBox("Error - Kestrin Entry is not a File, Dir, or Link");
+    CopyControl::ReportError(walk.control,
+                             MsgBoxAlert("Error - Kestrin Entry is not a File, Dir, or Link"));
     walk.complete = false;
     return false;
+}
+
+void KestrinEntry::CopyLink(const std::string &ownPath,
+                            const std::string &destPath,
+                            const std::string &name,
+                            CopyWalk &walk)
+{
+    // The new link points where this one ends up, through every link on the
+    // way; a target that is gone still has that path. Only a link that leads
+    // nowhere (a loop) has none: that is the broken link users are told about.
+    std::string linkTarget;
+    if (platform::Entry(ownPath, true).GetPath(&linkTarget) != B_OK) {
+        CopyControl::ReportError(walk.control,
+                                 MsgBoxAlert("You appear to be trying to copy a link that is "
+                                             "broken.  This is not supported in this version."));
+        walk.complete = false;
+        return;
+    }
+    // Anything else in the way (a name already taken, a folder that may not
+    // be written) is told as what it is.
+    const status_t status = platform::Directory(destPath).CreateSymLink(name, linkTarget);
+    if (status != B_OK) {
+        ShowError(status, walk.control);
+        walk.complete = false;
+    }
 }
 
 bool KestrinEntry::CopyFolder(const std::string &ownPath,
@@ -295,7 +313,12 @@ void KestrinEntry::Overwrite(const std::string &sourcePath,
                    OverwritePolicy::Describe(CopySize(), sourceTime)});
 }
 
-void KestrinEntry::ShowError(status_t status)
+void KestrinEntry::ShowError(status_t status, CopyControl *control)
+{
+    CopyControl::ReportError(control, ErrorAlert(status));
+}
+
+platform::Alert KestrinEntry::ErrorAlert(status_t status)
 {
     // B_FILE_EXISTS has had two texts; the later one, with its own button,
     // is what users know ("This file already exists, overwrite not
@@ -346,7 +369,7 @@ void KestrinEntry::ShowError(status_t status)
     default:
         break;
     }
-    platform::Alerts::Go({"Sorry Charley", text, {button}, B_STOP_ALERT, B_WIDTH_FROM_LABEL});
+    return {"Sorry Charley", text, {button}, B_STOP_ALERT, B_WIDTH_FROM_LABEL};
 }
 
 } // namespace kestrin

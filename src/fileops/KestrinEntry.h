@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Alert.h"
 #include "platform/Entry.h"
 #include "platform/EntryRef.h"
 #include "platform/Errors.h"
@@ -35,8 +36,9 @@ public:
     // own name is left out, so a folder copied into itself stops at one
     // copy), a link as a new link to what it resolves to. False when the item
     // is refused or fails; a folder fails only when its copy cannot be made.
-    // `control` and `overwrite` may be null: without `overwrite` an existing
-    // target fails its file with B_FILE_EXISTS.
+    // Errors are reported through `control`. Both `control` and `overwrite`
+    // may be null: without `control` errors are shown as alerts of their own,
+    // without `overwrite` an existing target fails its file with B_FILE_EXISTS.
     bool CopyTo(const std::string &destFolder,
                 CopyControl *control,
                 OverwritePolicy *overwrite,
@@ -62,7 +64,10 @@ public:
                    OverwritePolicy &overwrite);
 
     // The "Sorry Charley" alert for a failed call's status.
-    static void ShowError(status_t status);
+    static platform::Alert ErrorAlert(status_t status);
+    // Reports ErrorAlert(status) through `control`, or shows it itself
+    // without one; returns when it is dismissed.
+    static void ShowError(status_t status, CopyControl *control = nullptr);
 
 private:
     struct CopyWalk;
@@ -72,6 +77,10 @@ private:
                     const std::string &leaf,
                     const std::string &targetPath,
                     CopyWalk &walk);
+    void CopyLink(const std::string &ownPath,
+                  const std::string &destPath,
+                  const std::string &name,
+                  CopyWalk &walk);
 
     int32_t fEntryCount = 0;
     bool fCopiedCompletely = false;

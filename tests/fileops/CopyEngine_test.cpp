@@ -202,3 +202,40 @@ TEST_F(CopyEngineTest, LinkRequestPointsAtTheItemsAbsolutePath)
     EXPECT_EQ(fs::read_symlink(dest + "/a"), src + "/a");
     EXPECT_EQ(fs::read_symlink(dest + "/d"), src + "/d");
 }
+
+TEST_F(CopyEngineTest, LinksThatCannotBeMadeAreReportedAndTheRestGoesOn)
+{
+    const platform::Alert exists{"Sorry Charley",
+                                 "Strange but this file exists.",
+                                 {"Even Scotty Can't Fix it"},
+                                 B_STOP_ALERT,
+                                 B_WIDTH_FROM_LABEL};
+    WriteFileBytes(src + "/a", "a");
+    WriteFileBytes(src + "/b", "b");
+    WriteFileBytes(dest + "/a", "mine");
+    Run(Request(kMsgCopyRequest, {src + "/a", src + "/b"}, "Link"), dest);
+    EXPECT_EQ(control.errors, std::vector<platform::Alert>{exists});
+    EXPECT_FALSE(fs::is_symlink(dest + "/a")) << "a name already taken is not replaced";
+    EXPECT_EQ(ReadFileBytes(dest + "/a"), "mine");
+    EXPECT_EQ(fs::read_symlink(dest + "/b"), src + "/b");
+
+    // A link inside a copied folder meets a name already taken.
+    fs::create_directory(src + "/F");
+    fs::create_symlink(src + "/a", src + "/F/l");
+    WriteFileBytes(src + "/F/f", "f");
+    fs::create_directory(dest + "/F");
+    WriteFileBytes(dest + "/F/l", "taken");
+    control.errors.clear();
+    Run(Request(kMsgCopyRequest, {src + "/F"}), dest);
+    EXPECT_EQ(control.errors, std::vector<platform::Alert>{exists});
+    EXPECT_EQ(ReadFileBytes(dest + "/F/l"), "taken");
+    EXPECT_EQ(ReadFileBytes(dest + "/F/f"), "f");
+
+    // Each failure with the text of its own status.
+    control.errors.clear();
+    Run(Request(kMsgCopyRequest, {src + "/b"}, "Link"), dest + "/a");
+    ASSERT_EQ(control.errors.size(), 1u);
+    EXPECT_EQ(control.errors[0].text, "A portion of the path is not a directory.");
+    EXPECT_EQ(ReadFileBytes(dest + "/a"), "mine");
+    EXPECT_EQ(alerts.Count(), 0u) << "nothing goes past the progress window";
+}

@@ -1,7 +1,8 @@
 #pragma once
 
-// What the copy engine's tests share: a progress window that records and
-// answers overwrite questions from a script, and real folders to copy between.
+// What the copy engine's tests share: a progress window that records what it
+// is told (error alerts included) and answers overwrite questions from a
+// script, and real folders to copy between.
 
 #include "fileops/CopyControl.h"
 #include "fileops/CopyEngine.h"
@@ -34,6 +35,13 @@ public:
         std::string leafName;
         int64_t fileTotal;
     };
+    struct ArchiveStep
+    {
+        int32_t overall, fileProgress;
+        std::string leafName, memberName;
+
+        bool operator==(const ArchiveStep &other) const = default;
+    };
 
     void BatchStarted(int32_t total, const std::string &text, const std::string &trailing) override
     {
@@ -62,6 +70,19 @@ public:
         answers.pop_front();
         return answer;
     }
+    // Every alert of the engine has a single button.
+    int32_t FileError(const platform::Alert &alert) override
+    {
+        errors.push_back(alert);
+        return 0;
+    }
+    void ArchiveProgress(int32_t overall,
+                         int32_t fileProgress,
+                         const std::string &leafName,
+                         const std::string &memberName) override
+    {
+        archiveSteps.push_back({overall, fileProgress, leafName, memberName});
+    }
 
     std::deque<int32_t> answers;
     size_t stopAfterChunks = size_t(-1) >> 1;
@@ -72,6 +93,8 @@ public:
     std::vector<Chunk> chunks;
     std::vector<bool> visibility;
     std::vector<kestrin::OverwriteQuestion> questions;
+    std::vector<platform::Alert> errors;
+    std::vector<ArchiveStep> archiveSteps;
 };
 
 inline entry_ref RefFor(const std::string &path)

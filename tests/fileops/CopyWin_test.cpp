@@ -1,7 +1,9 @@
 #include "fileops/CopyWin.h"
 
+#include "fileops/ArchiveCallbacks.h"
 #include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
+#include "platform/AlertRecorder.h"
 #include "platform/Entry.h"
 #include "support/TempHome.h"
 #include "widgets/StatusBar.h"
@@ -186,6 +188,58 @@ TEST(CopyWin, TheTimerShowsWhatTheWorkerReported)
     EXPECT_EQ(TextOf(window, "FromPath"), "/from/big");
     EXPECT_EQ(TextOf(window, "ToPath"), "/to/big");
     EXPECT_TRUE(FinishesByItself(gate, window));
+}
+
+TEST(CopyWin, ArchiveCallbacksOnTheWorkerMoveTheBars)
+{
+    Gate first, second;
+    auto job = [&](CopyControl &control) {
+        kestrin::UnZipCallback(40, 70, "readme.txt", &control);
+        first.Wait();
+        kestrin::ZipCallback(60, 20, "docs/deep/notes.txt", &control);
+        kestrin::UnZipCallback(70, 5, "a/b", &control);
+        kestrin::ZipCallback(-1, 90, "other/x", &control);
+        second.Wait();
+    };
+    QPointer<CopyWin> window = OpenWindow(job, kestrin::kMsgUnpackRequest);
+    StatusBar *file = window->FileBar();
+    StatusBar *overall = window->MainBar();
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return file->Text() == "readme.txt"; }));
+    EXPECT_FLOAT_EQ(file->CurrentValue(), 70);
+    EXPECT_FLOAT_EQ(overall->CurrentValue(), 40);
+    EXPECT_EQ(TextOf(window, "ToPath"), "readme.txt");
+    EXPECT_EQ(TextOf(window, "FromPath"), "initializing...") << "an archive names no source";
+
+    first.Open();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return file->Text() == "b"; }));
+    EXPECT_FLOAT_EQ(file->CurrentValue(), 5) << "a position behind the bar moves it back";
+    EXPECT_FLOAT_EQ(overall->CurrentValue(), 70);
+    EXPECT_EQ(TextOf(window, "ToPath"), "a/b");
+    EXPECT_TRUE(FinishesByItself(second, window));
+}
+
+TEST(CopyWin, AnErrorOfTheEngineIsShownAsAnAlert)
+{
+    TempHome home;
+    platform::AlertRecorder alerts;
+    const std::string root = home.Root();
+    fs::create_directory(root + "/dst");
+    WriteFileBytes(root + "/a", "a");
+    WriteFileBytes(root + "/dst/a", "taken");
+    platform::Message request = Request(kestrin::kMsgCopyRequest, {root + "/a"});
+    request.AddString("TypeOfCopy", "Link");
+
+    QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
+    ASSERT_EQ(alerts.Count(), 1u);
+    EXPECT_EQ(alerts.Shown()[0],
+              (platform::Alert{"Sorry Charley",
+                               "Strange but this file exists.",
+                               {"Even Scotty Can't Fix it"},
+                               B_STOP_ALERT,
+                               B_WIDTH_FROM_LABEL}));
+    EXPECT_EQ(ReadFileBytes(root + "/dst/a"), "taken");
 }
 
 TEST(CopyWin, PauseHoldsTheWorkerUntilResumedAndStopWakesIt)

@@ -88,12 +88,17 @@ TEST_F(FileCopierTest, AFullVolumeRefusesOrCleansUp)
     EXPECT_EQ(alerts.Count(), 0u);
     EXPECT_FALSE(KestrinEntry(src + "/large").CopyTo(small, nullptr, nullptr));
     EXPECT_FALSE(Exists(small + "/large"));
-    ASSERT_EQ(alerts.Count(), 1u);
-    EXPECT_EQ(alerts.Shown()[0],
-              (platform::Alert{"foo",
-                               "Cannot Copy file.\nInsufficient space on destination.",
-                               {"OK"},
-                               B_INFO_ALERT}));
+    const platform::Alert insufficient{"foo",
+                                       "Cannot Copy file.\nInsufficient space on destination.",
+                                       {"OK"},
+                                       B_INFO_ALERT};
+    ASSERT_EQ(alerts.Count(), 1u) << "no progress window: an alert of its own";
+    EXPECT_EQ(alerts.Shown()[0], insufficient);
+    // With a progress window the same alert goes to it.
+    EXPECT_FALSE(KestrinEntry(src + "/large").CopyTo(small, &control, nullptr));
+    EXPECT_EQ(control.errors, std::vector<platform::Alert>{insufficient});
+    EXPECT_EQ(alerts.Count(), 1u);
+    EXPECT_FALSE(Exists(small + "/large"));
 
     // Without the check, the volume fills up in the middle of the data.
     WriteFileBytes(src + "/overflow", Pattern(2 * 1024 * 1024));

@@ -1,5 +1,6 @@
 #include "app/AppInfo.h"
 #include "mainwindow/KestrinApplication.h"
+#include "widgets/MessageBoxSink.h"
 
 #include <QApplication>
 
@@ -11,6 +12,7 @@ int main(int argc, char **argv)
     // The main window ends Kestrin when it closes, after saving its layout;
     // copy windows left open must not keep Kestrin running.
     QApplication::setQuitOnLastWindowClosed(false);
+    kestrin::MessageBoxSink::Install();
 
     kestrin::KestrinApplication kestrin;
     std::vector<std::string> arguments;

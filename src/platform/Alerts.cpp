@@ -1,8 +1,7 @@
 #include "platform/Alerts.h"
 
-#include "platform/MessageBoxSink.h"
-
 #include <atomic>
+#include <cstdio>
 
 namespace platform {
 
@@ -16,8 +15,10 @@ int Alerts::Go(const Alert &alert)
 {
     if (AlertSink *sink = gSink.load())
         return sink->Show(alert);
-    static MessageBoxSink messageBoxes;
-    return messageBoxes.Show(alert);
+    // Nothing to show it in (a command-line tool): say it, and take the
+    // first button.
+    fprintf(stderr, "%s: %s\n", alert.title.c_str(), alert.text.c_str());
+    return 0;
 }
 
 AlertSink *Alerts::SetSink(AlertSink *sink)

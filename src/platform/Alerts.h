@@ -4,7 +4,8 @@
 
 namespace platform {
 
-// Whatever answers alerts: the real message boxes, or a test's recorder.
+// Whatever answers alerts: the message boxes of an application with windows,
+// or a test's recorder. Without one an alert is a line on standard error.
 class AlertSink
 {
 public:
@@ -22,8 +23,8 @@ class Alerts
 public:
     static int Go(const Alert &alert);
 
-    // Replaces the sink (nullptr restores the message boxes) and returns the
-    // previous one. The sink must outlive its installation.
+    // Replaces the sink (nullptr: standard error) and returns the previous
+    // one. The sink must outlive its installation.
     static AlertSink *SetSink(AlertSink *sink);
 };
 

@@ -1,13 +1,27 @@
-#include <QApplication>
 #include <gtest/gtest.h>
 
-// Every test executable runs inside a QApplication, so code that posts to the
-// GUI thread or builds a widget behaves as it does in Kestrin.
+#ifdef KESTRIN_TESTS_WITH_WINDOWS
+#include "widgets/MessageBoxSink.h"
+
+#include <QApplication>
+using TestApplication = QApplication;
+#else
+#include <QCoreApplication>
+using TestApplication = QCoreApplication;
+#endif
+
+// Every test executable runs inside an application object, so code that
+// posts to the GUI thread behaves as it does in Kestrin; the tests of
+// windows get a QApplication and the message boxes, those of the cores only
+// what the cores themselves link.
 int main(int argc, char **argv)
 {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
+    TestApplication app(argc, argv);
+#ifdef KESTRIN_TESTS_WITH_WINDOWS
+    kestrin::MessageBoxSink::Install();
+#endif
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -1,4 +1,4 @@
-#include "platform/MessageBoxSink.h"
+#include "widgets/MessageBoxSink.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace platform {
+namespace kestrin {
+
+using platform::Alert;
 
 namespace {
 
@@ -31,6 +33,12 @@ QMessageBox::Icon IconFor(alert_type type)
 constexpr int kUsualButtonWidth = 75;
 
 } // namespace
+
+void MessageBoxSink::Install()
+{
+    static MessageBoxSink messageBoxes;
+    platform::Alerts::SetSink(&messageBoxes);
+}
 
 int MessageBoxSink::Show(const Alert &alert)
 {
@@ -79,4 +87,4 @@ int MessageBoxSink::ShowOnGuiThread(const Alert &alert)
     return pressed == buttons.end() ? 0 : int(pressed - buttons.begin());
 }
 
-} // namespace platform
+} // namespace kestrin

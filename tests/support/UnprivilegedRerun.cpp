@@ -90,15 +90,21 @@ UnprivilegedRerun::UnprivilegedRerun(std::string test)
     }
 }
 
-void UnprivilegedRerun::Run()
+bool UnprivilegedRerun::HandOverFolder()
 {
     // Qt wants a runtime folder that is its user's alone.
     const std::string runtime = fWorkPath + "/runtime";
-    if (!fWork.isValid() || chown(fWorkPath.c_str(), fUid, fGid) != 0
-        || mkdir(runtime.c_str(), 0700) != 0 || chown(runtime.c_str(), fUid, fGid) != 0) {
-        fError = "no folder for it: " + std::string(strerror(errno));
+    if (fWork.isValid() && chown(fWorkPath.c_str(), fUid, fGid) == 0
+        && mkdir(runtime.c_str(), 0700) == 0 && chown(runtime.c_str(), fUid, fGid) == 0)
+        return true;
+    fError = "no folder for it: " + std::string(strerror(errno));
+    return false;
+}
+
+void UnprivilegedRerun::Run()
+{
+    if (!HandOverFolder())
         return;
-    }
     // All the new process needs is made here: after the fork, only system calls.
     std::vector<std::string> args = {program_invocation_name,
                                      "--gtest_filter=" + fTest,
@@ -106,8 +112,14 @@ void UnprivilegedRerun::Run()
     std::vector<std::string> variables = Environment();
     const std::vector<char *> argv = Pointers(args), envp = Pointers(variables);
     int output[2], failure[2];
-    if (pipe2(output, O_CLOEXEC) != 0 || pipe2(failure, O_CLOEXEC) != 0) {
+    if (pipe2(output, O_CLOEXEC) != 0) {
         fError = "no pipe: " + std::string(strerror(errno));
+        return;
+    }
+    if (pipe2(failure, O_CLOEXEC) != 0) {
+        fError = "no pipe: " + std::string(strerror(errno));
+        close(output[0]);
+        close(output[1]);
         return;
     }
     const pid_t child = fork();
@@ -116,22 +128,25 @@ void UnprivilegedRerun::Run()
     const int forkError = errno;
     close(output[1]);
     close(failure[1]);
-    if (child > 0) {
-        const std::string report = ReadAll(failure[0]);
-        fOutput = ReadAll(output[0]);
-        while (waitpid(child, &fStatus, 0) < 0 && errno == EINTR) {
-        }
-        int step[2];
-        if (report.size() == sizeof step) {
-            memcpy(step, report.data(), sizeof step);
-            fRefused = true;
-            fError = std::string(kStepText[step[0]]) + ": " + strerror(step[1]);
-        }
-    } else {
-        fError = "no fork: " + std::string(strerror(forkError));
+    if (child < 0) {
+        fError = "no process for it: " + std::string(strerror(forkError));
+        close(output[0]);
+        close(failure[0]);
+        return;
     }
-    close(output[0]);
+    // The failure pipe closes when the program starts, the output pipe when it ends.
+    const std::string report = ReadAll(failure[0]);
+    fOutput = ReadAll(output[0]);
     close(failure[0]);
+    close(output[0]);
+    while (waitpid(child, &fStatus, 0) < 0 && errno == EINTR) {
+    }
+    int step[2];
+    if (report.size() == sizeof step) {
+        memcpy(step, report.data(), sizeof step);
+        fRefused = true;
+        fError = std::string(kStepText[step[0]]) + ": " + strerror(step[1]);
+    }
 }
 
 std::vector<std::string> UnprivilegedRerun::Environment() const

@@ -30,7 +30,8 @@ public:
 private:
     explicit UnprivilegedRerun(std::string test);
 
-    // Hands the work folder to nobody, runs the test there and waits for it.
+    bool HandOverFolder();
+    // Runs the test as nobody in the work folder and waits for it.
     void Run();
     void Report() const;
     std::vector<std::string> Environment() const;

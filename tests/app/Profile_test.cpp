@@ -1,12 +1,12 @@
 #include "app/Profile.h"
 
 #include "TempHome.h"
+#include "UnprivilegedRerun.h"
 #include "platform/AlertRecorder.h"
 #include "platform/File.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace kestrin;
 
@@ -194,8 +194,8 @@ TEST_F(ProfileTest, AnUncreatableSettingsFolderFailsWithTheCreateAlert)
 
 TEST_F(ProfileTest, AReadOnlyProfileIsLeftAlone)
 {
-    if (geteuid() == 0)
-        GTEST_SKIP() << "root writes through read-only permissions";
+    if (UnprivilegedRerun::Delegated())
+        return;
     WriteProfile("Left=1\n");
     chmod(Path().c_str(), 0400);
     EXPECT_TRUE(Set("Left", "2")) << "only a missing, uncreatable file is a failure";

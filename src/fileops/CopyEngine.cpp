@@ -6,17 +6,13 @@
 #include "fileops/OverwritePolicy.h"
 #include "fileops/Trash.h"
 #include "platform/Directory.h"
+#include "platform/PathNames.h"
 
 #include <utility>
 
 namespace kestrin {
 
 namespace {
-
-std::string Join(const std::string &folder, const std::string &name)
-{
-    return folder == "/" ? "/" + name : folder + "/" + name;
-}
 
 int32_t CountRefs(const platform::Message &request)
 {
@@ -120,7 +116,7 @@ void CopyEngine::LinkItem(KestrinEntry &item)
     platform::Directory folder(fDestination);
     status_t status = folder.InitCheck();
     if (status == B_OK)
-        status = folder.CreateSymLink(Join(fDestination, leaf), path);
+        status = folder.CreateSymLink(platform::JoinPath(fDestination, leaf), path);
     // A name already taken is not replaced: the user hears of it, as of any
     // other link that could not be made.
     if (status != B_OK)
@@ -132,7 +128,7 @@ bool CopyEngine::MoveItem(KestrinEntry &item, OverwritePolicy &overwrite)
     std::string leaf;
     if (item.GetName(&leaf) != B_OK)
         return false;
-    const platform::Entry target(Join(fDestination, leaf));
+    const platform::Entry target(platform::JoinPath(fDestination, leaf));
     node_ref source, folder;
     if (target.InitCheck() != B_OK || item.GetNodeRef(&source) != B_OK
         || platform::Entry(fDestination, true).GetNodeRef(&folder) != B_OK)
@@ -206,7 +202,7 @@ void CopyEngine::TrashByCopy(KestrinEntry &item, Trash &trash)
     }
     // Half a copy in the Trash keeps nothing safe: the item stays where it
     // was, and the Trash loses what was copied so far.
-    KestrinEntry(Join(trash.FilesPath(), name)).DeleteEntry();
+    KestrinEntry(platform::JoinPath(trash.FilesPath(), name)).DeleteEntry();
     trash.RemoveInfo(name);
 }
 

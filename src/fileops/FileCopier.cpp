@@ -7,6 +7,7 @@
 #include "platform/Entry.h"
 #include "platform/File.h"
 #include "platform/Node.h"
+#include "platform/PathNames.h"
 #include "platform/Volume.h"
 
 #include <new>
@@ -23,17 +24,6 @@ constexpr uint32_t kReplace = B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE;
 // The copy is private to its owner until it is complete; the source's
 // permissions follow at the end.
 constexpr mode_t kWorkingMode = 0600;
-
-std::string ParentOf(const std::string &path)
-{
-    const size_t slash = path.rfind('/');
-    return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
-}
-
-std::string LeafOf(const std::string &path)
-{
-    return path.substr(path.rfind('/') + 1);
-}
 
 bool IsUserXattr(const std::string &name)
 {
@@ -119,7 +109,7 @@ status_t FileCopier::CopyFile(KestrinEntry &source, const entry_ref &target, boo
     out.SetSize(info.st_size);
     out.Seek(0, SEEK_SET);
 
-    status_t status = CopyData(in, out, info.st_size, LeafOf(sourcePath), buffer);
+    status_t status = CopyData(in, out, info.st_size, platform::LeafName(sourcePath), buffer);
     if (status != B_OK) {
         out.Unset();
         platform::Entry(targetPath).Remove();
@@ -138,7 +128,8 @@ status_t FileCopier::CheckSpace(const std::string &sourcePath, const std::string
     // A volume that cannot be looked at is not refused for it: the copy
     // itself will tell whether there is room.
     platform::FreeSpace space;
-    if (platform::FreeSpaceForPath(ParentOf(targetPath), &space) != B_OK || space.blockSize <= 0)
+    if (platform::FreeSpaceForPath(platform::ParentPath(targetPath), &space) != B_OK
+        || space.blockSize <= 0)
         return B_OK;
     const off_t blockSize = space.blockSize;
     const off_t freeBlocks = space.freeBlocks;

@@ -6,6 +6,7 @@
 #include "fileops/OverwritePolicy.h"
 #include "fileops/Trash.h"
 #include "platform/Directory.h"
+#include "platform/PathNames.h"
 #include "platform/Volume.h"
 
 #include <set>
@@ -16,11 +17,6 @@
 namespace kestrin {
 
 namespace {
-
-std::string Join(const std::string &folder, const std::string &name)
-{
-    return folder == "/" ? "/" + name : folder + "/" + name;
-}
 
 // The paths of a folder's children, read before anything below is visited, so
 // a deep tree holds one open folder at a time rather than one per level.
@@ -121,7 +117,7 @@ bool KestrinEntry::CopyInto(const std::string &destFolder,
         walk.complete = false;
         return false;
     }
-    const std::string targetPath = Join(destPath, name);
+    const std::string targetPath = platform::JoinPath(destPath, name);
     struct stat info;
     if (targetPath == ownPath || GetStat(&info) != B_OK) {
         walk.complete = false;

@@ -2,6 +2,7 @@
 
 #include "panes/KsTreeListItem.h"
 #include "platform/FolderScan.h"
+#include "platform/PathNames.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -12,11 +13,6 @@
 namespace kestrin {
 
 namespace {
-
-std::string Join(const std::string &folder, const std::string &name)
-{
-    return folder == "/" ? "/" + name : folder + "/" + name;
-}
 
 std::vector<std::string> Components(const std::string &path)
 {
@@ -75,7 +71,7 @@ std::vector<KsTree::Child> KsTree::ReadChildren(const std::string &path)
     for (const platform::ScannedEntry &entry : entries) {
         if (entry.statStatus != B_OK || !S_ISDIR(entry.info.st_mode))
             continue;
-        const std::string childPath = Join(path, entry.name);
+        const std::string childPath = platform::JoinPath(path, entry.name);
         children.push_back({entry.name, childPath, FindChildren(childPath)});
     }
     // Names in the order people look for them, whatever order the file
@@ -204,9 +200,9 @@ void KsTree::ExpandStep(std::vector<std::string> components, size_t depth, std::
 {
     std::string folder = "/";
     for (size_t i = 0; i < depth; i++)
-        folder = Join(folder, components[i]);
+        folder = platform::JoinPath(folder, components[i]);
     if (depth < components.size()) {
-        const std::string next = Join(folder, components[depth]);
+        const std::string next = platform::JoinPath(folder, components[depth]);
         KsTreeListItem *row = FindRow(next);
         if (row != nullptr) {
             ReadBranch(next, [this, components, depth, target, next] {

@@ -205,16 +205,11 @@ TEST_F(CopyEngineTest, LinkRequestPointsAtTheItemsAbsolutePath)
 
 TEST_F(CopyEngineTest, LinksThatCannotBeMadeAreReportedAndTheRestGoesOn)
 {
-    const platform::Alert exists{"Sorry Charley",
-                                 "Strange but this file exists.",
-                                 {"Even Scotty Can't Fix it"},
-                                 B_STOP_ALERT,
-                                 B_WIDTH_FROM_LABEL};
     WriteFileBytes(src + "/a", "a");
     WriteFileBytes(src + "/b", "b");
     WriteFileBytes(dest + "/a", "mine");
     Run(Request(kMsgCopyRequest, {src + "/a", src + "/b"}, "Link"), dest);
-    EXPECT_EQ(control.errors, std::vector<platform::Alert>{exists});
+    EXPECT_EQ(control.errors, std::vector<platform::Alert>{kFileExistsAlert});
     EXPECT_FALSE(fs::is_symlink(dest + "/a")) << "a name already taken is not replaced";
     EXPECT_EQ(ReadFileBytes(dest + "/a"), "mine");
     EXPECT_EQ(fs::read_symlink(dest + "/b"), src + "/b");
@@ -227,7 +222,7 @@ TEST_F(CopyEngineTest, LinksThatCannotBeMadeAreReportedAndTheRestGoesOn)
     WriteFileBytes(dest + "/F/l", "taken");
     control.errors.clear();
     Run(Request(kMsgCopyRequest, {src + "/F"}), dest);
-    EXPECT_EQ(control.errors, std::vector<platform::Alert>{exists});
+    EXPECT_EQ(control.errors, std::vector<platform::Alert>{kFileExistsAlert});
     EXPECT_EQ(ReadFileBytes(dest + "/F/l"), "taken");
     EXPECT_EQ(ReadFileBytes(dest + "/F/f"), "f");
 

@@ -97,6 +97,13 @@ public:
     std::vector<ArchiveStep> archiveSteps;
 };
 
+// What the engine says wherever a name it makes is taken already.
+inline const platform::Alert kFileExistsAlert{"Sorry Charley",
+                                              "Strange but this file exists.",
+                                              {"Even Scotty Can't Fix it"},
+                                              B_STOP_ALERT,
+                                              B_WIDTH_FROM_LABEL};
+
 inline entry_ref RefFor(const std::string &path)
 {
     entry_ref ref;

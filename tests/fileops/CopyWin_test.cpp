@@ -1,5 +1,7 @@
 #include "fileops/CopyWin.h"
 
+#include "CopyTestSupport.h"
+
 #include "fileops/ArchiveCallbacks.h"
 #include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
@@ -42,21 +44,6 @@ private:
     std::promise<void> fPromise;
     std::shared_future<void> fOpened = fPromise.get_future().share();
 };
-
-entry_ref RefTo(const std::string &path)
-{
-    entry_ref ref;
-    EXPECT_EQ(platform::Entry(path).GetRef(&ref), B_OK) << path;
-    return ref;
-}
-
-platform::Message Request(uint32_t what, const std::vector<std::string> &paths)
-{
-    platform::Message request(what);
-    for (const std::string &path : paths)
-        request.AddRef("refs", RefTo(path));
-    return request;
-}
 
 QString TextOf(QWidget *window, const char *name)
 {
@@ -233,12 +220,7 @@ TEST(CopyWin, AnErrorOfTheEngineIsShownAsAnAlert)
     QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
     ASSERT_EQ(alerts.Count(), 1u);
-    EXPECT_EQ(alerts.Shown()[0],
-              (platform::Alert{"Sorry Charley",
-                               "Strange but this file exists.",
-                               {"Even Scotty Can't Fix it"},
-                               B_STOP_ALERT,
-                               B_WIDTH_FROM_LABEL}));
+    EXPECT_EQ(alerts.Shown()[0], kFileExistsAlert);
     EXPECT_EQ(ReadFileBytes(root + "/dst/a"), "taken");
 }
 

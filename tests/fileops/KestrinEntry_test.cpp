@@ -189,12 +189,7 @@ TEST_F(KestrinEntryTest, CopySizeAndShowError)
     KestrinEntry::ShowError(B_LINK_LIMIT);
     KestrinEntry::ShowError(B_DEVICE_FULL);
     ASSERT_EQ(alerts.Count(), 3u);
-    EXPECT_EQ(alerts.Shown()[0],
-              (platform::Alert{"Sorry Charley",
-                               "Strange but this file exists.",
-                               {"Even Scotty Can't Fix it"},
-                               B_STOP_ALERT,
-                               B_WIDTH_FROM_LABEL}));
+    EXPECT_EQ(alerts.Shown()[0], kFileExistsAlert);
     EXPECT_EQ(alerts.Shown()[1].text, "A cyclic loop has been detected in the file system.");
     EXPECT_EQ(alerts.Shown()[2].text, "Unknown Error.");
 }

@@ -41,6 +41,13 @@ DirView::DirView(QWidget *parent,
     , fKeys(*this, fMarked)
     , fCommands(*this, fMarked)
     , fDragDrop(*this, fMarked)
+    , fWatch(*this,
+             fRows,
+             {[this] { return Style(); },
+              [this] { return fJob != nullptr; },
+              [this] { RowsChanged(); },
+              [this] { FolderVanished(); },
+              [this] { Refresh(); }})
 {
     SetbCaseSensitiveSort(fSettings.caseSensitiveSort);
     AddColumn(iconLabel, 20, 20, CLV_NOT_MOVABLE | CLV_NOT_RESIZABLE);
@@ -222,7 +229,7 @@ void DirView::ListingArrived(std::shared_ptr<FolderLister::Job> job)
     RecolorRows();
     for (const platform::Message &event : std::exchange(fEventsDuringListing, {}))
         HandleNodeMonitor(event);
-    ApplyPendingChanges();
+    fWatch.ApplyPending();
     EndProgress();
     if (Continuation then = std::exchange(fAfterListing, nullptr))
         then();
@@ -333,85 +340,25 @@ void DirView::NavigateDown()
 
 void DirView::DoNodeMonitor(const std::string &path)
 {
-    platform::Handler *target = fOwner != nullptr ? fOwner : this;
-    fWatchStatus = platform::NodeMonitor::WatchDirectory(path, target);
-    if (fWatchStatus != B_OK)
-        return;
-    fWatching = true;
-    fWatchedPath = path;
-    struct stat info;
-    if (platform::StatPath(path, &info) == B_OK)
-        fWatchedNode = node_ref{info.st_dev, info.st_ino};
+    fWatchStatus = fWatch.Start(path, fOwner != nullptr ? fOwner : this);
 }
 
 void DirView::StopNodeMonitoring()
 {
-    if (!fWatching)
-        return;
-    platform::Handler *target = fOwner != nullptr ? fOwner : this;
-    platform::NodeMonitor::StopWatching(fWatchedPath, target);
-    fWatching = false;
+    fWatch.Stop();
 }
 
 void DirView::HandleNodeMonitor(const platform::Message &message)
 {
-    if (fJob) {
+    if (fJob)
         fEventsDuringListing.push_back(message);
-        return;
-    }
-    if (!fWatching)
-        return;
-    int32_t opcode = 0, device = 0;
-    int64_t directory = 0, node = 0, from = 0, to = 0;
-    std::string name, fromName;
-    message.FindInt32("opcode", &opcode);
-    message.FindInt32("device", &device);
-    message.FindInt64("directory", &directory);
-    message.FindInt64("node", &node);
-    message.FindString("name", &name);
-    const auto watched = int64_t(fWatchedNode.node);
-    const auto ref = [device](int64_t folder, const std::string &leaf) {
-        return entry_ref{dev_t(device), ino_t(folder), leaf, {}};
-    };
-    switch (opcode) {
-    case B_ENTRY_CREATED:
-        AddEntry(ref(directory, name));
-        break;
-    case B_ENTRY_REMOVED:
-        if (node == watched && directory != watched) {
-            // The folder itself went; leave it after the events in hand.
-            QMetaObject::invokeMethod(
-                this, [this] { FolderVanished(); }, Qt::QueuedConnection);
-            return;
-        }
-        RemoveEntry(ref(directory, name));
-        break;
-    case B_ENTRY_MOVED:
-        message.FindInt64("from directory", &from);
-        message.FindInt64("to directory", &to);
-        message.FindString("from name", &fromName);
-        if (from == watched && to == watched) {
-            UpdateEntry(ref(from, fromName), ref(to, name));
-        } else if (to == watched) {
-            AddEntry(ref(to, name));
-        } else if (from == watched) {
-            RemoveEntry(ref(from, fromName.empty() ? name : fromName));
-        }
-        break;
-    case B_STAT_CHANGED:
-        UpdateEntry(node_ref{dev_t(device), ino_t(node)}, name);
-        break;
-    case kEventsLost:
-        Refresh();
-        break;
-    default:
-        break;
-    }
+    else
+        fWatch.Handle(message);
 }
 
 void DirView::FolderVanished()
 {
-    if (!fWatching)
+    if (!fWatch.IsWatching())
         return;
     StopNodeMonitoring();
     ErrorCheck(B_NOT_A_DIRECTORY);
@@ -427,58 +374,10 @@ void DirView::FolderVanished()
     Notify(kMsgPaneChanged);
 }
 
-void DirView::AddEntry(const entry_ref &ref)
+void DirView::RowsChanged()
 {
-    fRows.Touch(ref.name);
-    SchedulePendingChanges();
-}
-
-void DirView::RemoveEntry(const entry_ref &ref)
-{
-    fRows.Touch(ref.name);
-    SchedulePendingChanges();
-}
-
-void DirView::UpdateEntry(const entry_ref &from, const entry_ref &to)
-{
-    fRows.Rename(from.name, to.name);
-    SchedulePendingChanges();
-}
-
-void DirView::UpdateEntry(const node_ref &node, const std::string &name)
-{
-    std::string changed = name;
-    if (changed.empty()) {
-        if (const DirListItem *row = fRows.FindNode(node.device, node.node))
-            changed = row->Name();
-    }
-    fRows.Touch(changed);
-    SchedulePendingChanges();
-}
-
-void DirView::SchedulePendingChanges()
-{
-    if (fChangesScheduled)
-        return;
-    fChangesScheduled = true;
-    QMetaObject::invokeMethod(
-        this, [this] { ApplyPendingChanges(); }, Qt::QueuedConnection);
-}
-
-void DirView::ApplyPendingChanges()
-{
-    fChangesScheduled = false;
-    if (fJob || !fWatching)
-        return;
-    fRows.ApplyLater(fWatchedPath, Style(), this, [this](bool changed) {
-        if (changed) {
-            RecolorRows();
-            Notify(kMsgPaneChanged);
-        }
-        // What was reported while the batch was read is the next batch.
-        if (fRows.HasPending())
-            SchedulePendingChanges();
-    });
+    RecolorRows();
+    Notify(kMsgPaneChanged);
 }
 
 void DirView::EntriesChanged(const std::string &from, const std::string &to)
@@ -491,10 +390,8 @@ void DirView::EntriesChanged(const std::string &from, const std::string &to)
         fRows.Touch(to);
     else
         fRows.Rename(from, to);
-    if (fRows.ApplyNow(CurrentPath(), Style())) {
-        RecolorRows();
-        Notify(kMsgPaneChanged);
-    }
+    if (fRows.ApplyNow(CurrentPath(), Style()))
+        RowsChanged();
 }
 
 void DirView::MessageReceived(platform::Message &message)

@@ -2,6 +2,7 @@
 
 #include "panes/FolderLister.h"
 #include "panes/FolderRows.h"
+#include "panes/FolderWatch.h"
 #include "panes/MarkedList.h"
 #include "panes/PaneCommands.h"
 #include "panes/PaneDragDrop.h"
@@ -110,17 +111,9 @@ public:
     // Node monitoring of the current folder.
     void StopNodeMonitoring();
     void DoNodeMonitor(const std::string &path);
-    bool IsWatching() const { return fWatching; }
+    bool IsWatching() const { return fWatch.IsWatching(); }
     // A node-monitor message of the watched folder, as the owner hands it on.
     void HandleNodeMonitor(const platform::Message &message);
-    void AddEntry(const entry_ref &ref);
-    void RemoveEntry(const entry_ref &ref);
-    void UpdateEntry(const entry_ref &from, const entry_ref &to);
-    void UpdateEntry(const node_ref &node, const std::string &name = {});
-    // Brings the rows in line with the changes reported so far, reading the
-    // entries on a worker; runs by itself right after the events of one read
-    // are handed in.
-    void ApplyPendingChanges();
     // The pane changed these entries itself (a new folder, a rename): their
     // rows follow before this returns, or the place is listed again where
     // nothing watches it.
@@ -179,7 +172,7 @@ private:
     bool ErrorCheck(status_t status);
     void FolderVanished();
     void RecolorRows();
-    void SchedulePendingChanges();
+    void RowsChanged();
     RowStyle Style() const;
 
     platform::Handler *fOwner;
@@ -190,12 +183,6 @@ private:
     std::string fPreviousPath;
     bool fWentUp = false;
     bool fAttached = false;
-
-    // Watching.
-    bool fWatching = false;
-    std::string fWatchedPath;
-    node_ref fWatchedNode;
-    bool fChangesScheduled = false;
 
     status_t fWatchStatus = B_OK;
     status_t fLastOpenStatus = B_OK;
@@ -214,6 +201,7 @@ private:
     PaneKeys fKeys;
     PaneCommands fCommands;
     PaneDragDrop fDragDrop;
+    FolderWatch fWatch;
     bool fTreeShown = false;
     int fRememberedIndex = -1;
 };

@@ -1,6 +1,7 @@
 #include "PaneTestSupport.h"
 
 #include "panes/PaneCommands.h"
+#include "platform/Entry.h"
 #include "platform/NodeMonitor.h"
 
 #include <QApplication>
@@ -495,3 +496,47 @@ TEST_F(DirViewTest, FoldersThatCannotBeListedSayWhy)
 }
 
 } // namespace
+
+TEST_F(DirViewTest, QueryResultsShowPathsAndLeadBackToTheFolder)
+{
+    fs::create_directories(Folder() + "/deep/er");
+    MakeFile(Folder() + "/deep/found.txt", 3);
+    DirView &view = Open(Folder());
+    platform::Message results(601); // what the query window sends
+    for (const std::string &path : {Folder() + "/deep/er", Folder() + "/deep/found.txt"}) {
+        entry_ref ref;
+        ASSERT_EQ(platform::Entry(path).GetRef(&ref), B_OK);
+        results.AddRef("refs", ref);
+    }
+    results.AddString("QueryString", "(name==\"*\")");
+    Relist([&] { view.Populate(results); });
+
+    EXPECT_EQ(view.Mode(), kestrin::kModeQuery);
+    EXPECT_EQ(view.Source().HeaderText(), "(name==\"*\")");
+    EXPECT_EQ(RowNames(view),
+              (std::vector<std::string>{Folder() + "/deep/er", Folder() + "/deep/found.txt"}));
+    EXPECT_FALSE(view.IsWatching());
+    EXPECT_FALSE(view.Source().CopyRefusal().empty());
+
+    // A request out of it names the entries where they are.
+    view.Select(1);
+    Key(Qt::Key_F5);
+    ASSERT_NE(fTarget.Last(kestrin::kMsgCopyRequest), nullptr);
+    EXPECT_EQ(RefNames(*fTarget.Last(kestrin::kMsgCopyRequest)),
+              std::vector<std::string>{"found.txt"});
+    // Renaming in place is for folders only.
+    Key(Qt::Key_F6, Qt::ShiftModifier);
+    EXPECT_EQ(view.findChild<QFrame *>("renamecontainer"), nullptr);
+
+    // Opening a folder result lists that folder; up a level from results
+    // goes back to the folder the pane showed.
+    Relist([&] { view.Populate(results); });
+    view.Select(0);
+    Relist([&] { Key(Qt::Key_Return); });
+    EXPECT_EQ(view.CurrentPath(), Folder() + "/deep/er");
+    Relist([&] { view.Populate(results); });
+    Relist([&] { Key(Qt::Key_Backspace); });
+    EXPECT_EQ(view.Mode(), kestrin::kModeFolder);
+    EXPECT_EQ(view.CurrentPath(), Folder() + "/deep/er");
+    EXPECT_TRUE(view.IsWatching());
+}

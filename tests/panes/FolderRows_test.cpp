@@ -1,0 +1,75 @@
+#include "PaneTestSupport.h"
+
+#include "panes/FolderRows.h"
+#include "panes/MarkedList.h"
+#include "widgets/ColumnListView.h"
+
+#include <QThreadPool>
+
+using kestrin::DirListItem;
+using kestrin::FolderRows;
+
+namespace {
+
+// The rows of `rows`' list, by name.
+std::vector<std::string> Names(const kestrin::ColumnListView &list)
+{
+    std::vector<std::string> names;
+    for (int i = 0; i < list.CountItems(); i++)
+        names.push_back(static_cast<DirListItem *>(list.ItemAt(i))->Name());
+    return names;
+}
+
+TEST(FolderRows, ABatchReadBeforeTheLatestChangeIsNotApplied)
+{
+    TempHome home;
+    const std::string folder = home.Root();
+    kestrin::ColumnListView list(nullptr, false);
+    list.SetSortFunction(&kestrin::CompareFunc);
+    kestrin::MarkedList marked(list);
+    FolderRows rows(list, marked);
+    rows.Reset({});
+    const kestrin::RowStyle style;
+    QObject context;
+
+    MakeFile(folder + "/x");
+    rows.Touch("x");
+    bool applied = false;
+    rows.ApplyLater(folder, style, &context, [&](bool) { applied = true; });
+    // The batch has read "x" as present, and waits to be applied ...
+    QThreadPool::globalInstance()->waitForDone();
+    EXPECT_TRUE(rows.IsReading());
+    // ... while the pane removes it and applies that at once.
+    fs::remove(folder + "/x");
+    rows.Touch("x");
+    rows.ApplyNow(folder, style);
+    EXPECT_TRUE(Names(list).empty());
+
+    ASSERT_TRUE(WaitFor([&] { return applied; }));
+    EXPECT_TRUE(Names(list).empty()) << "the older reading brought the row back";
+
+    // A batch whose listing was replaced is dropped, not applied.
+    MakeFile(folder + "/y");
+    rows.Touch("y");
+    applied = false;
+    rows.ApplyLater(folder, style, &context, [&](bool) { applied = true; });
+    rows.Reset({});
+    QThreadPool::globalInstance()->waitForDone();
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(applied);
+    EXPECT_TRUE(Names(list).empty());
+
+    // A rename keeps the row's mark; both names are read again.
+    rows.Touch("y");
+    rows.ApplyNow(folder, style);
+    ASSERT_EQ(Names(list), std::vector<std::string>{"y"});
+    marked.Toggle(0);
+    fs::rename(folder + "/y", folder + "/z");
+    rows.Rename("y", "z");
+    rows.ApplyNow(folder, style);
+    ASSERT_EQ(Names(list), std::vector<std::string>{"z"});
+    EXPECT_TRUE(static_cast<DirListItem *>(list.ItemAt(0))->IsMarked());
+    ASSERT_EQ(marked.Count(), 1);
+}
+
+} // namespace

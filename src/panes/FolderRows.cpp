@@ -227,9 +227,19 @@ bool FolderRows::Merge(Batch &batch)
     if (gone.empty() && batch.fresh.empty())
         return false;
 
+    // When the selected row goes for good, the row that takes its place (or
+    // the new last row) is selected, so the keys go on where the user was.
+    const int selectedAt = selected != nullptr ? fList.IndexOf(selected) : -1;
+    const bool selectionGoes = std::find(gone.begin(), gone.end(), selectedAt) != gone.end();
+    const int removedAbove = int(
+        std::count_if(gone.begin(), gone.end(), [selectedAt](int at) { return at < selectedAt; }));
+
     // The rows that go are still pointed to by the marked list until it is
     // rebuilt below, so they live until the end of this call.
     std::vector<std::unique_ptr<CLVListItem>> removed = fList.RemoveItems(std::move(gone));
+    CLVListItem *successor = nullptr;
+    if (selectionGoes && fList.CountItems() > 0)
+        successor = fList.ItemAt(std::min(selectedAt - removedAbove, fList.CountItems() - 1));
 
     // Folders before files, each group in the list's order, as a listing
     // has them; then each row goes after the last row that it does not
@@ -260,6 +270,8 @@ bool FolderRows::Merge(Batch &batch)
         fMarked.Rebuild();
     if (!toSelect.empty())
         fList.Select(toSelect.back());
+    else if (successor != nullptr)
+        fList.Select(successor);
     return true;
 }
 

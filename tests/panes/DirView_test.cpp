@@ -540,3 +540,45 @@ TEST_F(DirViewTest, QueryResultsShowPathsAndLeadBackToTheFolder)
     EXPECT_EQ(view.CurrentPath(), Folder() + "/deep/er");
     EXPECT_TRUE(view.IsWatching());
 }
+
+TEST_F(DirViewTest, TheRowThatTakesTheSelectedRowsPlaceIsSelected)
+{
+    for (int i = 0; i < 30; i++)
+        MakeFile(Folder() + "/f" + std::to_string(100 + i));
+    DirView &view = Open(Folder());
+    fWindow->activateWindow();
+    view.setFocus();
+    const auto selectedName = [&view] {
+        const auto *row = static_cast<const kestrin::DirListItem *>(view.SelectedItem());
+        return row != nullptr ? row->Name() : std::string("<none>");
+    };
+
+    view.Select(view.FindItem("f110"));
+    view.Marked().Toggle(view.FindItem("f120"));
+    fs::remove(Folder() + "/f110");
+    EXPECT_TRUE(WaitFor([&] { return view.FindItem("f110") < 0; }));
+    EXPECT_EQ(selectedName(), "f111");
+    EXPECT_EQ(view.Marked().Count(), 1);
+    EXPECT_TRUE(view.Row(view.FindItem("f120"))->IsMarked());
+    // The keys go on from there.
+    Key(Qt::Key_Down);
+    EXPECT_EQ(selectedName(), "f112");
+
+    // Several at once, the selected one among them, rows above it too.
+    view.Select(view.FindItem("f115"));
+    for (const char *name : {"f101", "f102", "f115", "f116"})
+        fs::remove(Folder() + "/" + name);
+    EXPECT_TRUE(WaitFor([&] { return view.FindItem("f116") < 0 && view.FindItem("f101") < 0; }));
+    EXPECT_EQ(selectedName(), "f117");
+
+    // The last row gone: the new last row.
+    view.Select(view.FindItem("f129"));
+    fs::remove(Folder() + "/f129");
+    EXPECT_TRUE(WaitFor([&] { return view.FindItem("f129") < 0; }));
+    EXPECT_EQ(selectedName(), "f128");
+
+    // Another row going leaves the selection where it is.
+    fs::remove(Folder() + "/f100");
+    EXPECT_TRUE(WaitFor([&] { return view.FindItem("f100") < 0; }));
+    EXPECT_EQ(selectedName(), "f128");
+}

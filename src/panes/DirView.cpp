@@ -69,6 +69,7 @@ DirView::DirView(QWidget *parent,
     viewport()->setAcceptDrops(true);
     fProgressTimer->setInterval(kProgressIntervalMs);
     connect(fProgressTimer, &QTimer::timeout, this, [this] { PumpProgress(); });
+    fMarked.OnChange([this] { Notify(kMsgPaneChanged); });
 }
 
 DirView::~DirView()

@@ -21,6 +21,13 @@ void MarkedList::SetMark(DirListItem *row, bool marked)
     else
         fRows.erase(std::find(fRows.begin(), fRows.end(), row));
     fList.InvalidateItem(row);
+    Changed();
+}
+
+void MarkedList::Changed()
+{
+    if (fChanged)
+        fChanged();
 }
 
 void MarkedList::Toggle(int index)
@@ -44,6 +51,7 @@ void MarkedList::ToggleRange(int a, int b)
     std::erase_if(fRows, [](const DirListItem *row) { return !row->IsMarked(); });
     fRows.insert(fRows.end(), newlyMarked.begin(), newlyMarked.end());
     fList.InvalidateAll();
+    Changed();
 }
 
 void MarkedList::Mark(int a, int b)
@@ -58,6 +66,7 @@ void MarkedList::Mark(int a, int b)
         }
     }
     fList.InvalidateAll();
+    Changed();
 }
 
 void MarkedList::Unmark(int a, int b)
@@ -77,14 +86,18 @@ void MarkedList::Unmark(int a, int b)
     if (any)
         std::erase_if(fRows, [](const DirListItem *row) { return !row->IsMarked(); });
     fList.InvalidateAll();
+    Changed();
 }
 
 void MarkedList::Empty()
 {
+    if (fRows.empty())
+        return;
     for (DirListItem *row : fRows)
         row->SetMarked(false);
     fRows.clear();
     fList.InvalidateAll();
+    Changed();
 }
 
 void MarkedList::Rebuild()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,10 @@ class MarkedList
 {
 public:
     explicit MarkedList(ColumnListView &list);
+
+    // Called after every change of the marks a user can see (the footer
+    // sums them up).
+    void OnChange(std::function<void()> changed) { fChanged = std::move(changed); }
 
     const std::vector<DirListItem *> &Rows() const { return fRows; }
     bool IsEmpty() const { return fRows.empty(); }
@@ -45,9 +50,11 @@ public:
 
 private:
     void SetMark(DirListItem *row, bool marked);
+    void Changed();
 
     ColumnListView &fList;
     std::vector<DirListItem *> fRows;
+    std::function<void()> fChanged;
 };
 
 } // namespace kestrin

@@ -119,4 +119,29 @@ TEST_F(DirPaneTest, TreeOpensToThePathAndThePaneFollowsIt)
     EXPECT_EQ(pane.List()->geometry().left(), 0);
 }
 
+TEST_F(DirPaneTest, TheFooterFollowsEveryChangeOfTheMarks)
+{
+    for (const char *name : {"a", "b", "c", "d", "e"})
+        MakeFile(Folder() + "/" + name, 1024);
+    DirPane &pane = Open(Folder());
+    kestrin::DirView *list = pane.List();
+    list->setFocus();
+    const auto key = [list](const char *text) { QTest::keyClick(list, text[0]); };
+
+    key("+");
+    EXPECT_EQ(pane.Footer()->Text(), "5 of 5k in 5 of 5 files selected");
+    key("-");
+    EXPECT_EQ(pane.Footer()->Text(), "0 of 5k in 0 of 5 files selected");
+    key("*");
+    EXPECT_EQ(pane.Footer()->Text(), "5 of 5k in 5 of 5 files selected");
+    list->Select(2);
+    QTest::keyClick(list, Qt::Key_Insert);
+    EXPECT_EQ(pane.Footer()->Text(), "4 of 5k in 4 of 5 files selected");
+
+    // A marked file that goes away leaves the sum too.
+    fs::remove(Folder() + "/e");
+    EXPECT_TRUE(
+        WaitFor([&] { return pane.Footer()->Text() == "3 of 4k in 3 of 4 files selected"; }));
+}
+
 } // namespace

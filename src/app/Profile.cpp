@@ -1,5 +1,7 @@
 #include "app/Profile.h"
 
+#include "app/NumberText.h"
+
 #include "platform/Alerts.h"
 #include "platform/Directory.h"
 #include "platform/Entry.h"
@@ -141,6 +143,17 @@ bool GetProfileString(std::string_view folder,
     if (profile.InitCheck() != B_OK)
         return false;
     return FindValue(profile, key, value);
+}
+
+bool GetProfileFlag(std::string_view folder,
+                    std::string_view key,
+                    bool fallback,
+                    std::string_view file)
+{
+    std::string value;
+    if (!GetProfileString(folder, key, &value, file))
+        return fallback;
+    return kestrin::atoi(value.c_str()) != 0;
 }
 
 bool SetProfileString(std::string_view folder,

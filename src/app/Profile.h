@@ -37,6 +37,14 @@ bool GetProfileString(std::string_view folder,
                       std::string *value,
                       std::string_view file);
 
+// A yes-or-no setting. Written as "1" or "0"; read as true when its number
+// (as kestrin::atoi reads it, so "2" or "1\r" count) is not zero, and as
+// `fallback` when the file has no line for `key`.
+bool GetProfileFlag(std::string_view folder,
+                    std::string_view key,
+                    bool fallback,
+                    std::string_view file);
+
 // Stores `key=value`, creating folder and file when missing. False only when
 // the file is missing and cannot be made.
 bool SetProfileString(std::string_view folder,

@@ -35,10 +35,7 @@ rgb_color PaneSettings::ReadColor(const char *prefix, rgb_color fallback)
 
 bool PaneSettings::ReadFlag(const char *key, bool fallback)
 {
-    std::string value;
-    if (!Read(key, &value))
-        return fallback;
-    return value == "1";
+    return GetProfileFlag(kSettingsFolder, key, fallback, kSettingsFile);
 }
 
 PaneSettings PaneSettings::Load()

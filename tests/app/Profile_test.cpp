@@ -192,6 +192,30 @@ TEST_F(ProfileTest, AnUncreatableSettingsFolderFailsWithTheCreateAlert)
     EXPECT_EQ(ReadFileBytes(fHome.ConfigDir()), "in the way");
 }
 
+TEST_F(ProfileTest, FlagsAreTrueWhenTheirNumberIsNotZero)
+{
+    WriteProfile("one=1\nzero=0\ntwo=2\ncrlf=1\r\nword=yes\nempty=\n");
+    const struct
+    {
+        const char *key;
+        bool fallback;
+        bool expected;
+    } rows[] = {
+        {"one", false, true},
+        {"zero", true, false},
+        {"two", false, true},
+        {"crlf", false, true},
+        {"word", true, false},
+        {"empty", true, false},
+        {"missing", true, true},
+        {"missing", false, false},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(kestrin::GetProfileFlag("Kestrin", row.key, row.fallback, "Kestrin.pref"),
+                  row.expected)
+            << row.key;
+}
+
 TEST_F(ProfileTest, AReadOnlyProfileIsLeftAlone)
 {
     if (UnprivilegedRerun::Delegated())

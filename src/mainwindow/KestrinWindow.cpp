@@ -139,7 +139,7 @@ void KestrinWindow::AddFilePane(const std::string &path, int type, int sort, int
     pane->show();
     if (type == 1)
         pane->DoTree();
-    pane->List()->setFocus();
+    FocusPane(pane);
     // Each pane makes the window two units wider and taller, as it always has.
     GrowBy(1);
     GrowBy(1);
@@ -184,6 +184,14 @@ void KestrinWindow::LayoutPanes()
 
 DirPane *KestrinWindow::GetFocusedPane() const
 {
+    // The header that shows its pane selected says which pane is the
+    // focused one: Kestrin's own state, true before the window is active
+    // (folders handed over at start) and while a menu or another window
+    // has the keyboard.
+    for (DirPane *pane : fPanes) {
+        if (pane->GotFocus())
+            return pane;
+    }
     for (const QWidget *widget = QApplication::focusWidget(); widget != nullptr;
          widget = widget->parentWidget()) {
         for (DirPane *pane : fPanes) {
@@ -191,13 +199,16 @@ DirPane *KestrinWindow::GetFocusedPane() const
                 return pane;
         }
     }
-    // With the window inactive there is no focus widget; the header still
-    // shows which pane had it.
-    for (DirPane *pane : fPanes) {
-        if (pane->GotFocus())
-            return pane;
-    }
     return nullptr;
+}
+
+void KestrinWindow::FocusPane(DirPane *pane, Qt::FocusReason reason)
+{
+    // The list hears of the focus only once the window is active; the
+    // headers are set now, so that the focused pane is known at once.
+    for (DirPane *each : fPanes)
+        each->MakeFocus(each == pane);
+    pane->List()->setFocus(reason);
 }
 
 DirPane *KestrinWindow::PaneOfView(const void *view) const
@@ -224,7 +235,7 @@ DirPane *KestrinWindow::OtherPane(const DirPane *pane) const
 void KestrinWindow::FocusFirst()
 {
     if (!fPanes.empty())
-        fPanes.front()->List()->setFocus();
+        FocusPane(fPanes.front());
 }
 
 void KestrinWindow::SetPath(const std::string &path)
@@ -285,7 +296,7 @@ void KestrinWindow::RemovePane()
         return;
     std::erase(fPanes, focused);
     delete focused;
-    fPanes.back()->List()->setFocus();
+    FocusPane(fPanes.back());
     Renumber();
     LayoutPanes();
 }
@@ -542,7 +553,7 @@ void KestrinWindow::MessageReceived(platform::Message &message)
     if (what >= kCmdFocusPane && what < kCmdFocusPane + kMaxPanes) {
         const size_t index = what - kCmdFocusPane;
         if (index < fPanes.size())
-            fPanes[index]->List()->setFocus(Qt::ShortcutFocusReason);
+            FocusPane(fPanes[index], Qt::ShortcutFocusReason);
         return;
     }
     DirPane *pane = GetFocusedPane();

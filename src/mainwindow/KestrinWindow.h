@@ -31,6 +31,9 @@ public:
     void AddFilePane(const std::string &path, int type, int sort, int mode);
     DirPane *GetFocusedPane() const;
     void FocusFirst();
+    // Makes `pane` the focused one: its header selected, the others not, and
+    // its list given the keyboard focus.
+    void FocusPane(DirPane *pane, Qt::FocusReason reason = Qt::OtherFocusReason);
     // Shows a folder in the focused pane (adding a pane when none has the
     // focus). A file shows its folder with the file selected.
     void SetPath(const std::string &path);

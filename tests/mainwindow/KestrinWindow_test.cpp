@@ -244,6 +244,22 @@ TEST_F(KestrinWindowTest, FoldersHandedToKestrinAreShown)
     EXPECT_EQ(list->CurrentPath(), Home() + "/b");
 }
 
+TEST_F(KestrinWindowTest, FoldersGivenAtStartGoToTheFocusedPaneBeforeTheWindowIsActive)
+{
+    for (const char *name : {"/one", "/two"})
+        fs::create_directories(Home() + name);
+    // As at start: the folders arrive before the window is active, so no
+    // widget has the keyboard focus yet.
+    fKestrin = std::make_unique<kestrin::KestrinApplication>();
+    fKestrin->ArgvReceived({Home() + "/one", Home() + "/two"});
+    KestrinWindow &window = *fKestrin->Window();
+    ASSERT_EQ(window.Panes().size(), 2u);
+    ASSERT_NE(window.GetFocusedPane(), nullptr);
+    EXPECT_EQ(window.GetFocusedPane(), window.Panes().front());
+    EXPECT_TRUE(WaitFor([&] { return Idle(window); }));
+    EXPECT_EQ(window.GetFocusedPane()->List()->CurrentPath(), Home() + "/two");
+}
+
 TEST_F(KestrinWindowTest, LaunchingCommands)
 {
     KestrinWindow &window = Start();

@@ -192,6 +192,11 @@ void DirListItem::DrawItemColumn(
     painter.restore();
 }
 
+bool DirListItem::TextFits(int column, int width, const QFontMetrics &metrics) const
+{
+    return kTextInset + metrics.horizontalAdvance(ColumnText(column)) <= width;
+}
+
 int CompareFunc(const CLVListItem *first, const CLVListItem *second, int32_t sortKey)
 {
     const auto *a = static_cast<const DirListItem *>(first);

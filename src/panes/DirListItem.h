@@ -9,6 +9,7 @@
 #include <string>
 #include <sys/types.h>
 
+class QFontMetrics;
 class QIcon;
 
 namespace platform {
@@ -88,6 +89,8 @@ public:
     void DrawItemColumn(
         QPainter &painter, const QRect &rect, int column, bool selected, bool complete) override;
     QString ColumnText(int column) const override;
+    // Whether a column's text shows whole in a cell `width` pixels wide.
+    bool TextFits(int column, int width, const QFontMetrics &metrics) const;
 
 private:
     void Fill(const platform::ScannedEntry &entry, const std::string &dateFormat);

@@ -16,8 +16,11 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QTimer>
+#include <QToolTip>
 
 namespace kestrin {
 
@@ -510,6 +513,27 @@ void DirView::keyPressEvent(QKeyEvent *event)
 {
     if (!fKeys.Handle(event))
         ColumnListView::keyPressEvent(event);
+}
+
+bool DirView::viewportEvent(QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return ColumnListView::viewportEvent(event);
+    // Names are cut at their column's edge; hovering shows a cut one whole.
+    const QPoint point = static_cast<QHelpEvent *>(event)->pos();
+    const DirListItem *row = Row(IndexOf(point));
+    const int left = header()->sectionViewportPosition(kColumnName);
+    const int width = header()->sectionSize(kColumnName);
+    if (row == nullptr || point.x() < left || point.x() >= left + width
+        || row->TextFits(kColumnName, width, fontMetrics())) {
+        QToolTip::hideText();
+        event->ignore();
+        return true;
+    }
+    QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(),
+                       QString::fromUtf8(row->Name().c_str()),
+                       viewport());
+    return true;
 }
 
 void DirView::mousePressEvent(QMouseEvent *event)

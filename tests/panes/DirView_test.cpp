@@ -6,7 +6,10 @@
 
 #include <QApplication>
 #include <QFrame>
+#include <QHeaderView>
+#include <QHelpEvent>
 #include <QLineEdit>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 using kestrin::DirView;
@@ -581,4 +584,24 @@ TEST_F(DirViewTest, TheRowThatTakesTheSelectedRowsPlaceIsSelected)
     fs::remove(Folder() + "/f100");
     EXPECT_TRUE(WaitFor([&] { return view.FindItem("f100") < 0; }));
     EXPECT_EQ(selectedName(), "f128");
+}
+
+TEST_F(DirViewTest, HoveringACutNameShowsItWhole)
+{
+    const std::string longName = std::string(120, 'w') + ".txt";
+    MakeFile(Folder() + "/" + longName);
+    MakeFile(Folder() + "/s");
+    DirView &view = Open(Folder());
+    const auto hover = [&view](const std::string &name) {
+        const QRect frame = view.ItemFrame(view.FindItem(name));
+        const QPoint point(view.header()->sectionViewportPosition(kestrin::kColumnName) + 10,
+                           frame.center().y());
+        QHelpEvent help(QEvent::ToolTip, point, view.viewport()->mapToGlobal(point));
+        QApplication::sendEvent(view.viewport(), &help);
+        QTest::qWait(0);
+        return QToolTip::isVisible() ? QToolTip::text().toStdString() : std::string();
+    };
+    EXPECT_EQ(hover(longName), longName);
+    hover("s");
+    EXPECT_TRUE(WaitFor([] { return !QToolTip::isVisible(); })) << "a name that fits has none";
 }

@@ -111,6 +111,19 @@ TEST_F(FilesTest, RequestsThatAreRefused)
               "This view contains Query Results. You cannot copy or move to it.");
 }
 
+TEST_F(FilesTest, ALinkOntoATakenNameSaysSo)
+{
+    WriteFileBytes(Left() + "/taken", "mine");
+    WriteFileBytes(Right() + "/taken", "theirs");
+    Start();
+    SelectIn(0, "taken");
+    QTest::keyClick(List(0), Qt::Key_F9);
+    ASSERT_TRUE(WaitFor([&] { return fAlerts.Count() == 1; }));
+    EXPECT_EQ(fAlerts.Shown()[0].title, "Sorry Charley");
+    EXPECT_EQ(fAlerts.Shown()[0].text, "Strange but this file exists.");
+    EXPECT_EQ(ReadFileBytes(Right() + "/taken"), "theirs");
+}
+
 TEST_F(FilesTest, DroppedEntriesAreCopiedOrMoved)
 {
     WriteFileBytes(fHome.Root() + "/outside", "from another application");

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QMimeDatabase>
+#include <QStandardPaths>
 #include <QStyle>
 #include <functional>
 #include <sys/stat.h>
@@ -30,6 +31,8 @@ QIcon Themed(const QString &name, const QString &fallbackName, QStyle::StandardP
 
 const QIcon &Cached(const std::string &key, const std::function<QIcon()> &make)
 {
+    static const bool themeChosen = (FileIcons::ChooseTheme(), true);
+    (void) themeChosen;
     auto found = Cache().find(key);
     if (found == Cache().end())
         found = Cache().emplace(key, make()).first;
@@ -37,6 +40,28 @@ const QIcon &Cached(const std::string &key, const std::function<QIcon()> &make)
 }
 
 } // namespace
+
+void FileIcons::ChooseTheme()
+{
+    // A plain window manager names no theme (Qt then says "hicolor", which
+    // holds almost no type icons) and every file would get the same blank
+    // icon: Kestrin brings a theme of its own for that case, and lets it
+    // fill the gaps of whatever theme the desktop names.
+    // Without a desktop's platform theme Qt searches its resources only.
+    QStringList paths = QIcon::themeSearchPaths();
+    for (const QString &folder : QStandardPaths::locateAll(QStandardPaths::GenericDataLocation,
+                                                           "icons",
+                                                           QStandardPaths::LocateDirectory)) {
+        if (!paths.contains(folder))
+            paths.append(folder);
+    }
+    QIcon::setThemeSearchPaths(paths);
+    const QString named = QIcon::themeName();
+    if (named.isEmpty() || named == "hicolor")
+        QIcon::setThemeName(kFallbackTheme);
+    if (QIcon::fallbackThemeName().isEmpty() || QIcon::fallbackThemeName() == "hicolor")
+        QIcon::setFallbackThemeName(kFallbackTheme);
+}
 
 const QIcon &FileIcons::Folder()
 {

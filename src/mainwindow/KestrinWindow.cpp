@@ -457,7 +457,7 @@ void KestrinWindow::Help(int which)
         folder += "/Index.html";
     else if (which == 1)
         folder += "/keyboardks.html";
-    platform::Launcher::OpenWithPreferredApplication(folder);
+    platform::Launcher::OpenWithPreferredApplication(folder, platform::FailureNotice::StandardError);
 }
 
 void KestrinWindow::EmptyTrash()
@@ -612,7 +612,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     case kCmdOpenTracker:
         if (list != nullptr)
-            platform::Launcher::OpenWithPreferredApplication(list->CurrentPath());
+            platform::Launcher::OpenWithPreferredApplication(list->CurrentPath(),
+                                                             platform::FailureNotice::StandardError);
         break;
     case kCmdOpenTerminal:
     case kCmdOpenTerminalHere:

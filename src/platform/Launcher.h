@@ -13,6 +13,11 @@ public:
     virtual status_t Start(const Launch &launch) = 0;
 };
 
+// How a document that nothing could open is told: an alert, or (for what
+// Kestrin opens on its own behalf, like its help pages) a line on standard
+// error.
+enum class FailureNotice { Alert, StandardError };
+
 // Every program Kestrin starts (editor, terminal, file manager, documents,
 // help) goes through here. Programs run detached: Kestrin never waits on them.
 class Launcher
@@ -21,11 +26,17 @@ public:
     static status_t Start(const Launch &launch);
 
     // Opens a document or folder with the desktop's preferred application.
-    static status_t OpenWithPreferredApplication(const std::string &path);
+    // When none can be started, or the opener finds no application for the
+    // type (known only when it ends, so told later, on the GUI thread), the
+    // user is told as `notice` says.
+    static status_t OpenWithPreferredApplication(const std::string &path,
+                                                 FailureNotice notice = FailureNotice::Alert);
 
     // Opens a file in a text editor: $KESTRIN_EDITOR when set, else the
-    // desktop's default application for text/plain, else xdg-open.
-    static status_t OpenInTextEditor(const std::string &path);
+    // desktop's default application for text/plain, else xdg-open; failures
+    // are told as above.
+    static status_t OpenInTextEditor(const std::string &path,
+                                     FailureNotice notice = FailureNotice::Alert);
 
     // Replaces the sink (nullptr restores real launching) and returns the previous one.
     static LaunchSink *SetSink(LaunchSink *sink);

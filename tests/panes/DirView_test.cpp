@@ -605,3 +605,17 @@ TEST_F(DirViewTest, HoveringACutNameShowsItWhole)
     hover("s");
     EXPECT_TRUE(WaitFor([] { return !QToolTip::isVisible(); })) << "a name that fits has none";
 }
+
+TEST_F(DirViewTest, ADocumentThatCannotBeOpenedSaysSo)
+{
+    WriteFileBytes(Folder() + "/odd.type", "?");
+    DirView &view = Open(Folder());
+    fLaunches.SetResult(B_ENTRY_NOT_FOUND);
+    view.Select(view.FindItem("odd.type"));
+    Key(Qt::Key_Return);
+    Key(Qt::Key_F4);
+    ASSERT_EQ(fAlerts.Count(), 2u);
+    EXPECT_EQ(fAlerts.Shown()[0].text,
+              "Kestrin found no application to open \"" + Folder() + "/odd.type\".");
+    EXPECT_EQ(fAlerts.Shown()[1].text, fAlerts.Shown()[0].text);
+}

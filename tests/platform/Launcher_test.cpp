@@ -1,7 +1,10 @@
+#include "platform/AlertRecorder.h"
 #include "platform/LaunchRecorder.h"
 
 #include "TempHome.h"
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QTest>
 #include <gtest/gtest.h>
@@ -43,4 +46,42 @@ TEST(Launcher, FindProgramTakesTheFirstThatExists)
     EXPECT_EQ(QFileInfo(QString::fromStdString(found)).fileName(), "sh");
     EXPECT_TRUE(QFileInfo(QString::fromStdString(found)).isExecutable());
     EXPECT_EQ(Launcher::FindProgram({"no-such-terminal-xyz"}), "");
+}
+
+TEST(Launcher, ADocumentNothingOpensIsToldAsAsked)
+{
+    TempHome home;
+    platform::AlertRecorder alerts;
+    // Stand-in openers on PATH: one that finds no application, as xdg-open
+    // does for an unknown type, and one that opens.
+    const std::string bin = home.Root() + "/bin";
+    QDir().mkpath(QString::fromStdString(bin));
+    const auto opener = [&bin](const char *name, int exitCode) {
+        const std::string path = bin + "/" + name;
+        WriteFileBytes(path, "#!/bin/sh\nexit " + std::to_string(exitCode) + "\n");
+        QFile::setPermissions(QString::fromStdString(path),
+                              QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    };
+    home.SetEnv("PATH", bin + ":" + qgetenv("PATH").toStdString());
+
+    // Kestrin's own pages say it on standard error only; a document that
+    // opens says nothing.
+    opener("xdg-open", 3);
+    EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/help.html",
+                                                     platform::FailureNotice::StandardError),
+              B_OK);
+    opener("xdg-open", 0);
+    EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/fine.txt"), B_OK);
+
+    // The opener's verdict comes when it ends.
+    opener("xdg-open", 3);
+    EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/odd.type"), B_OK);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return alerts.Count() >= 1; }, 10000));
+    EXPECT_EQ(alerts.Shown()[0].text, "Kestrin found no application to open \"/tmp/odd.type\".");
+
+    // No opener at all is told at once.
+    home.SetEnv("PATH", home.Root() + "/nowhere");
+    EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/none.txt"), B_ENTRY_NOT_FOUND);
+    ASSERT_EQ(alerts.Count(), 2u);
+    EXPECT_EQ(alerts.Shown()[1].text, "Kestrin found no application to open \"/tmp/none.txt\".");
 }

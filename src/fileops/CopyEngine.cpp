@@ -1,6 +1,7 @@
 #include "fileops/CopyEngine.h"
 
 #include "fileops/ArchiveExtractor.h"
+#include "fileops/ArchivePacker.h"
 #include "fileops/CopyControl.h"
 #include "fileops/FileOpsMessages.h"
 #include "fileops/KestrinEntry.h"
@@ -60,6 +61,9 @@ void CopyEngine::Run()
         break;
     case kMsgFtpDownload:
         PerformFtp();
+        break;
+    case kMsgPackRequest:
+        ArchivePacker(fRequest, fDestination, fControl).Run();
         break;
     case kMsgUnpackRequest:
         ArchiveExtractor(fRequest, fDestination, fControl).Run();

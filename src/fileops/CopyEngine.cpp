@@ -1,5 +1,7 @@
 #include "fileops/CopyEngine.h"
 
+#include "fileops/ArchiveExtractor.h"
+#include "fileops/ArchivePacker.h"
 #include "fileops/CopyControl.h"
 #include "fileops/FileOpsMessages.h"
 #include "fileops/KestrinEntry.h"
@@ -60,8 +62,13 @@ void CopyEngine::Run()
     case kMsgFtpDownload:
         PerformFtp();
         break;
+    case kMsgPackRequest:
+        ArchivePacker(fRequest, fDestination, fControl).Run();
+        break;
+    case kMsgUnpackRequest:
+        ArchiveExtractor(fRequest, fDestination, fControl).Run();
+        break;
     default:
-        // 615 and 618 are accepted and have nothing to do here.
         break;
     }
 }

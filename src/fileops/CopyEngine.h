@@ -14,9 +14,10 @@ class Trash;
 // Carries out one request of the panes: copy, move or link the "refs" of a
 // 'DATA' message into the destination folder, or trash/delete the "refs" of a
 // 606 (the destination is then the folder the pane shows, which decides
-// between the Trash and deleting for good). 615 and 618 are accepted and do
-// nothing; FTP uploads ('DATA' with "Session") and downloads (604) are wired
-// in with the FTP client.
+// between the Trash and deleting for good), or unpack members of an archive
+// into it (618, see ArchiveExtractor), or pack the "refs" of a 615 into a
+// zip there (ArchivePacker). FTP uploads ('DATA' with "Session") and
+// downloads (604) are wired in with the FTP client.
 //
 // Run() does the whole request synchronously on the calling thread: a test
 // calls it directly, the progress window calls it on a worker thread. Progress,

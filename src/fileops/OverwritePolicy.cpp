@@ -45,19 +45,41 @@ int32_t OverwritePolicy::Ask(const OverwriteQuestion &question)
 
 bool OverwritePolicy::ReplaceOnCopy(KestrinEntry &source, const std::string &targetPath)
 {
+    return Replace(ModificationTime(source), targetPath, [&] {
+        std::string sourcePath;
+        source.GetPath(&sourcePath);
+        source.Overwrite(sourcePath, targetPath, *this);
+    });
+}
+
+bool OverwritePolicy::ReplaceWith(const std::string &sourceName,
+                                  double size,
+                                  time_t modified,
+                                  const std::string &targetPath)
+{
+    return Replace(modified, targetPath, [&] {
+        const platform::Entry target(targetPath);
+        Ask({sourceName,
+             targetPath,
+             Describe(Size(target), ModificationTime(target)),
+             Describe(size, modified)});
+    });
+}
+
+bool OverwritePolicy::Replace(time_t sourceModified,
+                              const std::string &targetPath,
+                              const std::function<void()> &ask)
+{
     if (fDecision == kSkipAll)
         return false;
 
     fControl.SetProgressVisible(false);
-    const platform::Entry target(targetPath);
     if (fDecision == kOverwriteAllOlder)
-        return ModificationTime(source) > ModificationTime(target);
+        return sourceModified > ModificationTime(platform::Entry(targetPath));
     if (fDecision == kOverwriteAll)
         return true;
 
-    std::string sourcePath;
-    source.GetPath(&sourcePath);
-    source.Overwrite(sourcePath, targetPath, *this);
+    ask();
     // Overwrite All Older replaces this target whatever its age; the age
     // test only applies from the next conflict on.
     return fDecision == kOverwrite || fDecision == kOverwriteAll || fDecision == kOverwriteAllOlder;

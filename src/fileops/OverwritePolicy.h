@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <functional>
 #include <string>
 
 namespace platform {
@@ -43,6 +44,12 @@ public:
     // progress window unless Skip All stands; showing it again is up to the
     // caller, once the target has been reopened for writing.
     bool ReplaceOnCopy(KestrinEntry &source, const std::string &targetPath);
+    // The same for a source that is no local entry (an archive's member),
+    // named `sourceName`, of `size` bytes, modified at `modified`.
+    bool ReplaceWith(const std::string &sourceName,
+                     double size,
+                     time_t modified,
+                     const std::string &targetPath);
 
     // A rename within one volume meets an existing target: true to replace it.
     // The progress window hides only while the question is shown.
@@ -53,6 +60,10 @@ public:
     static std::string Describe(double size, time_t modified);
 
 private:
+    // What both kinds of copy decide: the standing answer, or `ask`.
+    bool Replace(time_t sourceModified,
+                 const std::string &targetPath,
+                 const std::function<void()> &ask);
     // The move's question: the target first, then the source.
     void AskMove(const platform::Entry &target, const platform::Entry &source);
 

@@ -693,10 +693,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         GetPreferences();
         break;
     case kMsgOpenArchive:
-        // Until archives can be browsed in a pane, they open where the
-        // desktop opens them.
-        if (message.FindString("session", &text) == B_OK)
-            platform::Launcher::OpenWithPreferredApplication(text);
+        if (pane != nullptr && message.FindString("session", &text) == B_OK)
+            pane->DoZip(text);
         break;
     case kMsgOpenViewer:
         if (message.FindString("path", &text) == B_OK)

@@ -1,12 +1,15 @@
 #include "panes/DirPane.h"
 
+#include "panes/ArchiveSource.h"
 #include "panes/DirView.h"
+#include "panes/FolderSource.h"
 #include "panes/KsFtr.h"
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
 #include "panes/PaneMessages.h"
 #include "panes/PaneSettings.h"
 #include "platform/NodeMonitor.h"
+#include "platform/PathNames.h"
 
 #include <QResizeEvent>
 #include <QVBoxLayout>
@@ -88,6 +91,25 @@ bool DirPane::GotFocus() const
 void DirPane::GoToDir(const std::string &path)
 {
     fList->GoToDir(path);
+}
+
+void DirPane::DoZip(const std::string &archive)
+{
+    DirView *list = fList;
+    const std::string folder = list->CurrentPath();
+    list->Clear();
+    list->Show(std::make_unique<ArchiveSource>(archive, folder), [this, list, folder, archive] {
+        if (list->LastOpenStatus() == B_OK) {
+            SetPath();
+            return;
+        }
+        const std::string leaf = platform::LeafName(archive);
+        list->Show(std::make_unique<FolderSource>(folder), [this, list, leaf] {
+            list->SelectByName(leaf);
+            SetPath();
+        });
+    });
+    SetPath();
 }
 
 void DirPane::UseSortAndMode(int key, int mode)

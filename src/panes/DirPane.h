@@ -45,6 +45,9 @@ public:
     bool GotFocus() const;
 
     void GoToDir(const std::string &path);
+    // Shows the contents of an archive, keeping the pane's folder to return
+    // to; when the archive cannot be read the folder is listed again.
+    void DoZip(const std::string &archive);
     void UseSortAndMode(int key, int mode);
     // Reads the display settings again (after the options changed).
     void ReloadSettings();

@@ -79,6 +79,8 @@ public:
     void NavigateDown();
     // Whether a listing is being read.
     bool IsListing() const { return fJob != nullptr; }
+    // How opening the place of the last listing went: B_OK or why not.
+    status_t LastOpenStatus() const { return fLastOpenStatus; }
 
     // 0 with no selection, 2 when the selected row is not a folder, else 1
     // with the folder in *path.

@@ -29,4 +29,33 @@ std::string FileType::Identify(const std::string &path)
     return type;
 }
 
+bool FileType::IsArchive(const std::string &type)
+{
+    static const char *const kArchives[] = {
+        "Zip File",
+        "application/zip",
+        "application/x-tar",
+        "application/x-compressed-tar",
+        "application/x-bzip-compressed-tar",
+        "application/x-bzip2-compressed-tar",
+        "application/x-xz-compressed-tar",
+        "application/x-zstd-compressed-tar",
+        "application/x-lzma-compressed-tar",
+        "application/x-tarz",
+        "application/x-7z-compressed",
+        "application/x-iso9660-image",
+        "application/x-cd-image",
+        "application/x-cpio",
+        "application/x-archive",
+        "application/vnd.debian.binary-package",
+        "application/vnd.rar",
+        "application/x-rar",
+    };
+    for (const char *archive : kArchives) {
+        if (type == archive)
+            return true;
+    }
+    return false;
+}
+
 } // namespace kestrin

@@ -14,6 +14,11 @@ public:
     // Works the type out from the content again and keeps it in the
     // BEOS:TYPE attribute where the file system allows; answers the type.
     static std::string Identify(const std::string &path);
+    // Whether files of this type open as archives in a pane: the kinds
+    // libarchive reads that people meet (zip, tar and its compressed forms,
+    // 7z, ISO images, cpio, ar and Debian packages, rar). Formats built on
+    // zip (office documents, Java archives) are documents, not archives.
+    static bool IsArchive(const std::string &type);
 };
 
 } // namespace kestrin

@@ -51,6 +51,9 @@ public:
         status_t openStatus = B_OK;
         // How reading ended: B_ENTRY_NOT_FOUND at the normal end.
         status_t readStatus = B_ENTRY_NOT_FOUND;
+        // What the place's reader has to tell the user besides a status (a
+        // damaged archive); empty for most.
+        std::string problem;
         struct stat folderInfo = {};
         std::vector<std::unique_ptr<CLVListItem>> rows;
         std::unordered_map<std::string, DirListItem *> byName;

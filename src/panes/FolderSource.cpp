@@ -99,8 +99,7 @@ Opening FolderSource::OpenEntry(const std::string &path)
         opening.place = std::make_unique<FolderSource>(path);
         return opening;
     }
-    const std::string type = FileType::Of(path);
-    if (type == "Zip File" || type == "application/zip") {
+    if (FileType::IsArchive(FileType::Of(path))) {
         platform::Message archive(kMsgOpenArchive);
         archive.AddString("session", path);
         opening.request = std::move(archive);

@@ -1,6 +1,7 @@
 #include "platform/File.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -64,6 +65,18 @@ File &File::operator=(File &&other) noexcept
         other.fStatus = B_NO_INIT;
     }
     return *this;
+}
+
+status_t File::SetToTemporary(const std::string &pathTemplate, std::string *path)
+{
+    Unset();
+    std::string name = pathTemplate;
+    const int fd = mkostemp(name.data(), O_CLOEXEC);
+    if (fd < 0)
+        return fStatus = LastError();
+    fFD = fd;
+    *path = name;
+    return fStatus = B_OK;
 }
 
 status_t File::SetTo(const std::string &path, uint32_t openMode, mode_t createPermissions)

@@ -33,6 +33,10 @@ public:
     File &operator=(const File &) = delete;
 
     status_t SetTo(const std::string &path, uint32_t openMode, mode_t createPermissions = 0666);
+    // A new file of its own, open for reading and writing, named after
+    // `pathTemplate` whose last six characters, "XXXXXX", become a unique
+    // text (mkstemp); its path in `path`.
+    status_t SetToTemporary(const std::string &pathTemplate, std::string *path);
     status_t InitCheck() const { return fStatus; }
     void Unset();
 

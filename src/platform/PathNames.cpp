@@ -1,5 +1,7 @@
 #include "platform/PathNames.h"
 
+#include <cstdlib>
+
 namespace platform {
 
 std::string JoinPath(const std::string &folder, const std::string &name)
@@ -33,6 +35,16 @@ bool IsFolder(const std::string &path)
 status_t StatPath(const std::string &path, struct stat *info)
 {
     return stat(path.c_str(), info) == 0 ? B_OK : LastError();
+}
+
+status_t RealPath(const std::string &path, std::string *real)
+{
+    char *resolved = realpath(path.c_str(), nullptr);
+    if (resolved == nullptr)
+        return LastError();
+    *real = resolved;
+    free(resolved);
+    return B_OK;
 }
 
 } // namespace platform

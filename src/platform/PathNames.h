@@ -22,5 +22,7 @@ std::string LeafName(const std::string &path);
 bool IsFolder(const std::string &path);
 // The stat data of what the path leads to (links followed): B_OK or why not.
 status_t StatPath(const std::string &path, struct stat *info);
+// The path with every link and "." or ".." resolved (realpath).
+status_t RealPath(const std::string &path, std::string *real);
 
 } // namespace platform

@@ -3,6 +3,7 @@
 #include "panes/PaneCommands.h"
 #include "platform/Entry.h"
 #include "platform/NodeMonitor.h"
+#include "support/TestArchives.h"
 
 #include <QApplication>
 #include <QFrame>
@@ -391,6 +392,12 @@ TEST_F(DirViewTest, OpeningRows)
     Key(Qt::Key_Return);
     ASSERT_NE(fTarget.Last(kestrin::kMsgOpenArchive), nullptr);
     EXPECT_EQ(Text(*fTarget.Last(kestrin::kMsgOpenArchive), "session"), Folder() + "/a.zip");
+    // Any kind of archive opens in the pane, found by its type.
+    WriteTestArchive(Folder() + "/b.tar.gz", "tar.gz", {{"member", "data"}});
+    Relist([&] { view.Refresh(); });
+    view.Select(view.FindItem("b.tar.gz"));
+    Key(Qt::Key_Return);
+    EXPECT_EQ(Text(*fTarget.Last(kestrin::kMsgOpenArchive), "session"), Folder() + "/b.tar.gz");
 
     view.Select(view.FindItem("t.txt"));
     Key(Qt::Key_Return);

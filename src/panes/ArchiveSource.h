@@ -1,0 +1,47 @@
+#pragma once
+
+#include "panes/PaneSource.h"
+
+namespace kestrin {
+
+// The contents of an archive (mode 1103): the members directly inside one of
+// its folders, read on a worker. Up a level climbs the archive's folders and
+// leaves it at its top for the folder it was opened from; F5 unpacks rows
+// into the other pane. Its rows are no local entries: nothing is dragged
+// out, viewed or edited, and nothing is copied in.
+class ArchiveSource : public PaneSource
+{
+public:
+    // `subPath` is "" at the archive's top, else a folder path ending in "/".
+    ArchiveSource(std::string archive, std::string folder, std::string subPath = {});
+
+    int32_t Mode() const override;
+    const std::string &Folder() const override { return fFolder; }
+    std::string HeaderText() const override;
+
+    FolderLister::Reader Reader(const RowStyle &style) const override;
+    void Listed(const FolderLister::Job &job) override;
+
+    std::string PathOf(const DirListItem &row) const override;
+
+    std::unique_ptr<PaneSource> Parent(std::string *selectAfter) const override;
+    Opening Open(const DirListItem &row) const override;
+
+    bool HoldsLocalEntries() const override { return false; }
+    std::string CopyRefusal() const override;
+    CopyOut CopyRequest() const override;
+    // "Archive", "CopyFrom", a "ZipDir" for each folder row and a "ZipFile"
+    // for each other row, and "From".
+    platform::Message Request(uint32_t what,
+                              const std::vector<const DirListItem *> &rows) const override;
+
+    const std::string &Archive() const { return fArchive; }
+    const std::string &SubPath() const { return fSubPath; }
+
+private:
+    std::string fArchive;
+    std::string fFolder;
+    std::string fSubPath;
+};
+
+} // namespace kestrin

@@ -1,0 +1,178 @@
+#include "fileops/ArchiveExtractor.h"
+
+#include "CopyTestSupport.h"
+#include "support/TestArchives.h"
+
+#include <unistd.h>
+
+using namespace kestrin;
+
+namespace {
+
+platform::Message Unpack(const std::string &archive,
+                         const std::string &from,
+                         const std::vector<std::string> &folders,
+                         const std::vector<std::string> &files)
+{
+    platform::Message request(kMsgUnpackRequest);
+    request.AddString("Archive", archive);
+    request.AddString("CopyFrom", from);
+    for (const std::string &folder : folders)
+        request.AddString("ZipDir", folder);
+    for (const std::string &file : files)
+        request.AddString("ZipFile", file);
+    request.AddString("TypeOfCopy", "UnPack");
+    return request;
+}
+
+struct stat Stat(const std::string &path)
+{
+    struct stat info = {};
+    EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
+    return info;
+}
+
+std::string LinkTarget(const std::string &path)
+{
+    std::error_code error;
+    return fs::read_symlink(path, error).string();
+}
+
+const std::vector<TestMember> kTree = {
+    {"readme.txt", "hello", TestMember::File, 0640, 1200000000},
+    FolderMember("docs/", 0750),
+    {"docs/guide/intro.txt", std::string(300000, 'i'), TestMember::File, 0600, 1300000000},
+    {"docs/index.html", "<html/>"},
+    {"src/main.c", "int main;", TestMember::File, 0755},
+    LinkMember("latest", "src/main.c"),
+};
+
+using ArchiveExtractorTest = CopyTest;
+
+TEST_F(ArchiveExtractorTest, UnpacksTheChosenMembersWithModesTimesAndLinks)
+{
+    for (const std::string kind : {"zip", "tar.gz", "7z"}) {
+        SCOPED_TRACE(kind);
+        const std::string archive = src + "/tree." + kind;
+        const std::string into = dest + "/" + kind;
+        fs::create_directory(into);
+        WriteTestArchive(archive, kind, kTree);
+        Run(Unpack(archive, "", {"docs"}, {"readme.txt", "latest"}), into);
+
+        EXPECT_EQ(ReadFileBytes(into + "/readme.txt"), "hello");
+        EXPECT_EQ(Stat(into + "/readme.txt").st_mode & 07777, 0640u);
+        EXPECT_EQ(Stat(into + "/readme.txt").st_mtime, 1200000000);
+        EXPECT_EQ(ReadFileBytes(into + "/docs/guide/intro.txt"), std::string(300000, 'i'));
+        EXPECT_EQ(Stat(into + "/docs/guide/intro.txt").st_mode & 07777, 0600u);
+        EXPECT_EQ(Stat(into + "/docs/guide/intro.txt").st_mtime, 1300000000);
+        EXPECT_EQ(ReadFileBytes(into + "/docs/index.html"), "<html/>");
+        EXPECT_EQ(Stat(into + "/docs").st_mode & 07777, 0750u);
+        EXPECT_EQ(LinkTarget(into + "/latest"), "src/main.c");
+        EXPECT_FALSE(Exists(into + "/src")); // not asked for
+        EXPECT_TRUE(alerts.Shown().empty());
+        EXPECT_TRUE(control.errors.empty());
+        EXPECT_TRUE(std::any_of(control.archiveSteps.begin(),
+                                control.archiveSteps.end(),
+                                [](const FakeCopyControl::ArchiveStep &step) {
+                                    return step.leafName == "intro.txt"
+                                           && step.memberName == "docs/guide/intro.txt";
+                                }));
+
+        // From inside a folder, its rows land at the top of the target.
+        const std::string inner = into + "/inner";
+        fs::create_directory(inner);
+        Run(Unpack(archive, "docs/", {"guide"}, {}), inner);
+        EXPECT_EQ(ReadFileBytes(inner + "/guide/intro.txt"), std::string(300000, 'i'));
+        EXPECT_FALSE(Exists(inner + "/index.html"));
+    }
+}
+
+TEST_F(ArchiveExtractorTest, RefusesMembersThatWouldLandOutsideTheTarget)
+{
+    const std::string outside = home.Root() + "/outside";
+    fs::create_directory(outside);
+    const std::string archive = src + "/hostile.tar";
+    WriteTestArchive(archive,
+                     "tar",
+                     {{"../evil", "x"},
+                      {"a/../../up", "y"},
+                      {"a/fine", "fine"},
+                      LinkMember("esc", outside),
+                      {"esc/planted", "z"},
+                      {"/" + outside.substr(1) + "/absolute", "w"}});
+    Run(Unpack(archive, "", {"a", "esc"}, {"../evil", "/" + outside.substr(1) + "/absolute"}), dest);
+
+    EXPECT_EQ(ReadFileBytes(dest + "/a/fine"), "fine");
+    EXPECT_FALSE(Exists(home.Root() + "/evil"));
+    EXPECT_FALSE(Exists(home.Root() + "/up"));
+    EXPECT_FALSE(Exists(outside + "/planted"));
+    EXPECT_FALSE(Exists(outside + "/absolute"));
+    EXPECT_TRUE(fs::is_empty(outside));
+    // One alert for each member refused, each naming it.
+    ASSERT_EQ(control.errors.size(), 4u);
+    for (const char *name : {"../evil", "a/../../up", "esc/planted", "/absolute"}) {
+        EXPECT_TRUE(std::any_of(control.errors.begin(),
+                                control.errors.end(),
+                                [name](const platform::Alert &alert) {
+                                    return alert.text.find(name) != std::string::npos;
+                                }))
+            << name;
+    }
+}
+
+TEST_F(ArchiveExtractorTest, AnExistingTargetIsAskedAbout)
+{
+    const std::string archive = src + "/tree.zip";
+    WriteTestArchive(archive, "zip", kTree);
+    WriteFileBytes(dest + "/readme.txt", "old");
+
+    control.answers = {kSkip};
+    Run(Unpack(archive, "", {}, {"readme.txt"}), dest);
+    EXPECT_EQ(ReadFileBytes(dest + "/readme.txt"), "old");
+    ASSERT_EQ(control.questions.size(), 1u);
+    EXPECT_EQ(control.questions[0].overwriteLine, archive + "/readme.txt");
+    EXPECT_EQ(control.questions[0].withFileLine, dest + "/readme.txt");
+    EXPECT_EQ(control.questions[0].thirdLine.substr(0, 7), "3 Bytes");
+    EXPECT_EQ(control.questions[0].fourthLine.substr(0, 7), "5 Bytes");
+
+    control.answers = {kOverwrite};
+    Run(Unpack(archive, "", {}, {"readme.txt"}), dest);
+    EXPECT_EQ(ReadFileBytes(dest + "/readme.txt"), "hello");
+    EXPECT_EQ(control.questions.size(), 2u);
+}
+
+// Stops once the first block of data is written.
+class StopAtFirstBlock : public FakeCopyControl
+{
+public:
+    bool StopRequested() override { return !archiveSteps.empty(); }
+};
+
+TEST_F(ArchiveExtractorTest, StopAndDamageLeaveNoPartialFile)
+{
+    std::string big(3 << 20, '\0');
+    for (size_t i = 0; i < big.size(); i++)
+        big[i] = char(i * 7919 % 251);
+    const std::string archive = src + "/big.tar.gz";
+    WriteTestArchive(archive, "tar.gz", {{"big.bin", big}, {"after.txt", "after"}});
+    StopAtFirstBlock stopping;
+    ArchiveExtractor(Unpack(archive, "", {}, {"big.bin", "after.txt"}), dest, stopping).Run();
+    EXPECT_EQ(stopping.archiveSteps.size(), 1u);
+    EXPECT_FALSE(Exists(dest + "/big.bin"));
+    EXPECT_FALSE(Exists(dest + "/after.txt"));
+
+    // Cut in the middle of its second member, an archive gives its first.
+    const std::string whole = src + "/whole.tar";
+    WriteTestArchive(whole, "tar", {{"first", "one"}, {"second", big}});
+    std::string bytes = *ReadFileBytes(whole);
+    bytes.resize(1024 + 512 + 100000);
+    const std::string cut = src + "/cut.tar";
+    WriteFileBytes(cut, bytes);
+    Run(Unpack(cut, "", {}, {"first", "second"}), dest);
+    EXPECT_EQ(ReadFileBytes(dest + "/first"), "one");
+    EXPECT_FALSE(Exists(dest + "/second"));
+    ASSERT_EQ(control.errors.size(), 1u);
+    EXPECT_NE(control.errors[0].text.find("second"), std::string::npos);
+}
+
+} // namespace

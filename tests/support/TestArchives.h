@@ -1,0 +1,75 @@
+#pragma once
+
+// Real archives for the tests, written with libarchive: members given by
+// their paths exactly as the archive is to name them (hostile ones too).
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <ctime>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+struct TestMember
+{
+    enum Kind { File, Folder, Link };
+
+    std::string path;
+    std::string data;
+    Kind kind = File;
+    mode_t permissions = 0644;
+    time_t modified = 1000000000;
+    std::string linkTarget;
+};
+
+inline TestMember FolderMember(const std::string &path, mode_t permissions = 0755)
+{
+    return {path, "", TestMember::Folder, permissions};
+}
+
+inline TestMember LinkMember(const std::string &path, const std::string &target)
+{
+    return {path, "", TestMember::Link, 0777, 1000000000, target};
+}
+
+// "zip", "tar.gz", "tar.xz", "7z", "cpio" ...
+inline void WriteTestArchive(const std::string &path,
+                             const std::string &kind,
+                             const std::vector<TestMember> &members)
+{
+    struct archive *out = archive_write_new();
+    if (kind == "zip")
+        archive_write_set_format_zip(out);
+    else if (kind == "7z")
+        archive_write_set_format_7zip(out);
+    else if (kind == "cpio")
+        archive_write_set_format_cpio_newc(out);
+    else
+        archive_write_set_format_pax_restricted(out);
+    if (kind == "tar.gz")
+        archive_write_add_filter_gzip(out);
+    else if (kind == "tar.xz")
+        archive_write_add_filter_xz(out);
+    ASSERT_EQ(archive_write_open_filename(out, path.c_str()), ARCHIVE_OK)
+        << archive_error_string(out);
+    for (const TestMember &member : members) {
+        struct archive_entry *entry = archive_entry_new();
+        archive_entry_set_pathname(entry, member.path.c_str());
+        const mode_t type = member.kind == TestMember::Folder ? S_IFDIR
+                            : member.kind == TestMember::Link ? S_IFLNK
+                                                              : S_IFREG;
+        archive_entry_set_mode(entry, type | member.permissions);
+        archive_entry_set_mtime(entry, member.modified, 0);
+        archive_entry_set_size(entry, la_int64_t(member.data.size()));
+        if (member.kind == TestMember::Link)
+            archive_entry_set_symlink(entry, member.linkTarget.c_str());
+        ASSERT_EQ(archive_write_header(out, entry), ARCHIVE_OK) << archive_error_string(out);
+        if (!member.data.empty())
+            ASSERT_EQ(archive_write_data(out, member.data.data(), member.data.size()),
+                      la_ssize_t(member.data.size()));
+        archive_entry_free(entry);
+    }
+    ASSERT_EQ(archive_write_close(out), ARCHIVE_OK);
+    archive_write_free(out);
+}

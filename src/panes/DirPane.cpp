@@ -1,11 +1,11 @@
 #include "panes/DirPane.h"
 
+#include "app/PaneSettings.h"
 #include "panes/DirView.h"
 #include "panes/KsFtr.h"
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
 #include "panes/PaneMessages.h"
-#include "panes/PaneSettings.h"
 #include "platform/NodeMonitor.h"
 
 #include <QResizeEvent>

@@ -3,6 +3,7 @@
 #include "panes/KsTreeListItem.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
+#include "widgets/RgbColor.h"
 
 #include <QCoreApplication>
 #include <QPointer>

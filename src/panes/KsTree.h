@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panes/PaneSettings.h"
+#include "app/PaneSettings.h"
 #include "widgets/ColumnListView.h"
 
 #include <functional>

@@ -35,4 +35,9 @@ status_t StatPath(const std::string &path, struct stat *info)
     return stat(path.c_str(), info) == 0 ? B_OK : LastError();
 }
 
+status_t SetPermissions(const std::string &path, mode_t mode)
+{
+    return chmod(path.c_str(), mode & 07777) == 0 ? B_OK : LastError();
+}
+
 } // namespace platform

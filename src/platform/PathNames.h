@@ -22,5 +22,8 @@ std::string LeafName(const std::string &path);
 bool IsFolder(const std::string &path);
 // The stat data of what the path leads to (links followed): B_OK or why not.
 status_t StatPath(const std::string &path, struct stat *info);
+// Sets the permission bits of what the path leads to (a link's target: a
+// link has no permissions of its own on Linux).
+status_t SetPermissions(const std::string &path, mode_t mode);
 
 } // namespace platform

@@ -26,6 +26,7 @@
 #include "platform/PathNames.h"
 #include "platform/Paths.h"
 #include "platform/Volume.h"
+#include "prefs/OptionsWindow.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -605,6 +606,12 @@ void KestrinWindow::MessageReceived(platform::Message &message)
     case kCmdRevertToDefault:
         Default();
         break;
+    case kCmdPreferences: {
+        // Owned by this window, the receiver of its 614, and gone with it.
+        auto *options = new OptionsWindow(geometry(), this, this);
+        options->setAttribute(Qt::WA_DeleteOnClose);
+        break;
+    }
     case kCmdTreeView:
         if (pane != nullptr)
             pane->DoTree();

@@ -102,6 +102,8 @@ void DirPane::ReloadSettings()
     SetHeaderVisible(settings.showHeader);
     SetFooterVisible(settings.showFooter);
     fList->ReloadSettings();
+    if (fTree != nullptr)
+        fTree->ReloadSettings();
 }
 
 void DirPane::DoTree()

@@ -39,6 +39,9 @@ public:
     // has, without being read.
     static bool FindChildren(const std::string &path);
 
+    // Takes the colours from the profile again and redraws every row.
+    void ReloadSettings();
+
     KsTreeListItem *FindRow(const std::string &path) const;
     // The folder of the selected row; empty when none.
     std::string SelectedPath() const;

@@ -4,13 +4,21 @@
 
 #include "fileops/GetInfo.h"
 #include "fileops/PermissionsWin.h"
+#include "panes/KsFtr.h"
+#include "panes/KsHeader.h"
+#include "panes/KsTree.h"
 #include "panes/PaneMessages.h"
+#include "prefs/OptionsWindow.h"
 #include "support/UnprivilegedRerun.h"
 
 #include <QAbstractButton>
+#include <QCheckBox>
 #include <QMenu>
 #include <QMenuBar>
+#include <QSlider>
+#include <QTabWidget>
 #include <sys/stat.h>
+#include <sys/time.h>
 
 namespace {
 
@@ -25,9 +33,9 @@ protected:
     }
     std::string Folder() const { return fHome.Root() + "/work"; }
 
-    QAction *FileItem(const QString &label)
+    QAction *FileItem(const QString &label, const char *menu = "File")
     {
-        QMenu *file = fKestrin->Window()->menuBar()->findChild<QMenu *>("File");
+        QMenu *file = fKestrin->Window()->menuBar()->findChild<QMenu *>(menu);
         for (QAction *action : file->actions()) {
             if (action->text() == label)
                 return action;
@@ -124,6 +132,47 @@ TEST_F(InfoTest, PermissionsLandOnTheMarkedFilesAndAFailureIsReported)
         return List(0)->Row(List(0)->FindItem("a"))->ColumnText(kestrin::kColumnPermissions)
                == "rw-r-----";
     }));
+}
+
+TEST_F(InfoTest, SavedPreferencesReachEveryPaneAtOnce)
+{
+    const std::string file = Folder() + "/dated";
+    WriteFileBytes(file, "x");
+    struct tm local = {};
+    local.tm_year = 100;
+    local.tm_mday = 10;
+    local.tm_hour = 12;
+    local.tm_min = 34;
+    local.tm_sec = 56;
+    local.tm_isdst = -1;
+    const time_t when = mktime(&local);
+    const struct timeval times[2] = {{when, 0}, {when, 0}};
+    ASSERT_EQ(utimes(file.c_str(), times), 0);
+    Start();
+    kestrin::DirPane *pane = fKestrin->Window()->Panes().front();
+    pane->DoTree();
+    const auto dateText = [&] {
+        const int row = List(0)->FindItem("dated");
+        return row < 0 ? QString() : List(0)->Row(row)->ColumnText(kestrin::kColumnDate);
+    };
+    ASSERT_TRUE(WaitFor([&] { return dateText() == "01/10/00 12:34"; }));
+
+    FileItem("Preferences", "View")->trigger();
+    kestrin::OptionsWindow *options = Windows<kestrin::OptionsWindow>().at(0);
+    for (QAction *action : options->findChild<QMenu *>("Select Date Fomat")->actions()) {
+        if (action->text() == "%D %T")
+            action->trigger();
+    }
+    options->findChild<QCheckBox *>("ShowHeader")->setChecked(false);
+    options->findChild<QTabWidget *>("tab_view")->setCurrentIndex(1);
+    options->findChild<QSlider *>("Blue")->setValue(100);
+    options->findChild<QAbstractButton *>("SaveOptions")->click();
+
+    EXPECT_TRUE(WaitFor([&] { return dateText() == "01/10/00 12:34:56"; }));
+    EXPECT_FALSE(pane->Header()->isVisible());
+    EXPECT_TRUE(pane->Footer()->isVisible());
+    EXPECT_EQ(List(0)->palette().color(QPalette::Base), QColor(255, 255, 100));
+    EXPECT_EQ(pane->Tree()->palette().color(QPalette::Base), QColor(255, 255, 100));
 }
 
 } // namespace

@@ -17,6 +17,11 @@ inline constexpr uint32_t kMsgUnpackRequest = 618;
 inline constexpr uint32_t kMsgPauseCopy = 300;
 inline constexpr uint32_t kMsgStopCopy = 301;
 
+// The permissions window: its buttons, and the mode it sends ("Permissions").
+inline constexpr uint32_t kMsgPermissionsOK = 203;
+inline constexpr uint32_t kMsgPermissionsCancel = 204;
+inline constexpr uint32_t kMsgSetPermissions = 617;
+
 // Overwrite answers; the code of the pressed button is the decision.
 inline constexpr int32_t kNoDecision = 0;
 inline constexpr int32_t kOverwrite = 1000;

@@ -77,8 +77,11 @@ double KestrinEntry::CopySize()
     ChildPaths(path, &children);
     int64_t sum = 0;
     for (const std::string &childPath : children) {
+        if (fStop != nullptr && fStop->load())
+            break;
         fEntryCount++;
         KestrinEntry child(childPath);
+        child.SetStopFlag(fStop);
         sum += int64_t(child.CopySize());
     }
     return double(sum);

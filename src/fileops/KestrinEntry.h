@@ -5,6 +5,7 @@
 #include "platform/EntryRef.h"
 #include "platform/Errors.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -29,6 +30,9 @@ public:
     // A file's size; a folder's is the sum of the files below it, and each of
     // its children counts one entry. A link measures 0 and counts nothing.
     double CopySize();
+    // Makes CopySize stop early (answering what it has counted so far) once
+    // `stop` is set; for a measure whose window may go before it is done.
+    void SetStopFlag(const std::atomic<bool> *stop) { fStop = stop; }
 
     // Copies the entry into `destFolder` under its own name (or `targetName`
     // when given): a file with its attributes, a folder with everything below
@@ -83,6 +87,7 @@ private:
                   CopyWalk &walk);
 
     int32_t fEntryCount = 0;
+    const std::atomic<bool> *fStop = nullptr;
     bool fCopiedCompletely = false;
 };
 

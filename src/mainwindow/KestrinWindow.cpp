@@ -5,7 +5,9 @@
 #include "app/NumberText.h"
 #include "app/Profile.h"
 #include "fileops/CopyWin.h"
+#include "fileops/GetInfo.h"
 #include "fileops/OverWin.h"
+#include "fileops/PermissionsWin.h"
 #include "fileops/Trash.h"
 #include "mainwindow/AddOns.h"
 #include "mainwindow/MainMenus.h"
@@ -24,6 +26,7 @@
 #include "platform/PathNames.h"
 #include "platform/Paths.h"
 #include "platform/Volume.h"
+#include "prefs/OptionsWindow.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -448,6 +451,18 @@ void KestrinWindow::DoGetSpace()
         pane->List()->Commands().GetSize();
 }
 
+void KestrinWindow::OpenInfoWindows(DirView *list)
+{
+    // Each file's type is worked out afresh first, so the kind shown is
+    // what the content says.
+    list->Commands().Identify();
+    for (const std::string &path : list->Commands().PathsToActOn()) {
+        auto *info = new GetInfo(path, geometry(), this);
+        info->setAttribute(Qt::WA_DeleteOnClose);
+        info->show();
+    }
+}
+
 void KestrinWindow::Help(int which)
 {
     std::string folder;
@@ -602,6 +617,12 @@ void KestrinWindow::MessageReceived(platform::Message &message)
     case kCmdRevertToDefault:
         Default();
         break;
+    case kCmdPreferences: {
+        // Owned by this window, the receiver of its 614, and gone with it.
+        auto *options = new OptionsWindow(geometry(), this, this);
+        options->setAttribute(Qt::WA_DeleteOnClose);
+        break;
+    }
     case kCmdTreeView:
         if (pane != nullptr)
             pane->DoTree();
@@ -650,6 +671,22 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         if (list != nullptr)
             list->Commands().Identify();
         break;
+    case kCmdGetInfo:
+        if (list != nullptr)
+            OpenInfoWindows(list);
+        break;
+    case kCmdPermissions: {
+        // Owned by this window, the mode's receiver, and gone with it.
+        auto *permissions = new PermissionsWin(geometry(), this, this);
+        permissions->setAttribute(Qt::WA_DeleteOnClose);
+        break;
+    }
+    case kMsgSetPermissions: {
+        int32_t mode = 0;
+        if (list != nullptr && message.FindInt32("Permissions", &mode) == B_OK)
+            list->Commands().SetPermissions(mode_t(mode));
+        break;
+    }
     case kCmdTrash:
         if (list != nullptr)
             list->Commands().Trash();
@@ -718,8 +755,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     }
     default:
-        // The windows of queries, FTP sessions, options, permissions and
-        // information are opened here once they exist.
+        // The windows of queries and FTP sessions are opened here once
+        // they exist.
         break;
     }
 }

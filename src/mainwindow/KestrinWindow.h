@@ -11,6 +11,7 @@ class QMenu;
 namespace kestrin {
 
 class DirPane;
+class DirView;
 
 // The one main window: the menu bar and a row of one to ten panes. It routes
 // the menu commands and the panes' requests to the pane that has the focus
@@ -48,6 +49,8 @@ public:
     void DoNewFolder();
     void DoRename();
     void DoGetSpace();
+    // An information window for each marked (or the selected) entry.
+    void OpenInfoWindows(DirView *list);
     void Help(int which);
     void EmptyTrash();
     void DoAboutBox();

@@ -38,6 +38,7 @@ std::vector<Menu> Table()
          {{"Open", Command(Qt::Key_O), kCmdOpen},
           {"Rename", Command(Qt::Key_E), kCmdRename},
           {"Get Info", Command(Qt::Key_I), kCmdGetInfo},
+          {"Permissions", none, kCmdPermissions},
           {"Identify", Command(Qt::Key_Y), kCmdIdentify},
           {"New Folder", Command(Qt::Key_N), kCmdNewFolder},
           {"Delete File(s)", Command(Qt::Key_T), kCmdTrash},

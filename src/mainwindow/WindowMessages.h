@@ -1,6 +1,8 @@
 #pragma once
 
+#include "platform/Message.h"
 #include "platform/TypeCodes.h"
+#include "prefs/PrefsMessages.h"
 
 #include <cstdint>
 
@@ -43,10 +45,8 @@ inline constexpr uint32_t kCmdRenameText = 513;
 inline constexpr uint32_t kMsgQueryResults = 601;
 inline constexpr uint32_t kMsgOpenFtpSession = 602;
 inline constexpr uint32_t kCmdRunAddOn = 613;
-inline constexpr uint32_t kMsgPreferencesChanged = 614;
 inline constexpr uint32_t kCmdZoom = 620;
 inline constexpr uint32_t kCmdFocusPane = 1000; // 1000 + the pane's index
-inline constexpr uint32_t B_QUIT_REQUESTED = platform::FourCC("_QRQ");
 
 inline constexpr int kMaxPanes = 10;
 

@@ -1,10 +1,12 @@
 #include "panes/DirListItem.h"
 
 #include "app/AppUtils.h"
+#include "app/EntryTexts.h"
 #include "panes/FileIcons.h"
 #include "panes/PaneMessages.h"
 #include "platform/Entry.h"
 #include "platform/FolderScan.h"
+#include "widgets/RgbColor.h"
 
 #include <QFontMetrics>
 #include <QIcon>
@@ -89,8 +91,8 @@ void DirListItem::Fill(const platform::ScannedEntry &entry, const std::string &d
     const struct stat &info = entry.info;
     fNode = node_ref{info.st_dev, info.st_ino};
     fModificationTime = info.st_mtime;
-    fDateText = DateTextFor(info.st_mtime, dateFormat);
-    fPermissionText = PermissionTextFor(info.st_mode);
+    fDateText = EntryTexts::DateText(info.st_mtime, dateFormat);
+    fPermissionText = EntryTexts::PermissionText(info.st_mode);
     fMode = info.st_mode;
     if (S_ISREG(info.st_mode)) {
         fIsFolder = false;
@@ -115,27 +117,6 @@ std::string DirListItem::SizeTextFor(int64_t size)
     if (size <= 1024)
         return std::to_string(int32_t(size)) + " Bytes";
     return std::to_string(int32_t(size / 1024)) + " K";
-}
-
-std::string DirListItem::PermissionTextFor(mode_t mode)
-{
-    static const char kLetters[] = "rwxrwxrwx";
-    std::string text(9, '-');
-    for (int bit = 0; bit < 9; bit++) {
-        if (mode & (0400 >> bit))
-            text[size_t(bit)] = kLetters[bit];
-    }
-    return text;
-}
-
-std::string DirListItem::DateTextFor(time_t time, const std::string &format)
-{
-    struct tm local;
-    if (localtime_r(&time, &local) == nullptr)
-        return {};
-    char text[256];
-    const size_t length = strftime(text, sizeof text, format.c_str(), &local);
-    return std::string(text, length);
 }
 
 QString DirListItem::ColumnText(int column) const

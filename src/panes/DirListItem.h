@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panes/PaneSettings.h"
+#include "app/PaneSettings.h"
 #include "platform/EntryRef.h"
 #include "widgets/CLVListItem.h"
 
@@ -82,9 +82,6 @@ public:
 
     // The text of the Size column for a file of `size` bytes.
     static std::string SizeTextFor(int64_t size);
-    // The nine-character permission text of a mode: "rwxr-xr--".
-    static std::string PermissionTextFor(mode_t mode);
-    static std::string DateTextFor(time_t time, const std::string &format);
 
     void DrawItemColumn(
         QPainter &painter, const QRect &rect, int column, bool selected, bool complete) override;

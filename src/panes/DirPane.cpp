@@ -1,5 +1,6 @@
 #include "panes/DirPane.h"
 
+#include "app/PaneSettings.h"
 #include "panes/ArchiveSource.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
@@ -7,7 +8,6 @@
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
 #include "panes/PaneMessages.h"
-#include "panes/PaneSettings.h"
 #include "platform/NodeMonitor.h"
 #include "platform/PathNames.h"
 
@@ -124,6 +124,8 @@ void DirPane::ReloadSettings()
     SetHeaderVisible(settings.showHeader);
     SetFooterVisible(settings.showFooter);
     fList->ReloadSettings();
+    if (fTree != nullptr)
+        fTree->ReloadSettings();
 }
 
 void DirPane::DoTree()

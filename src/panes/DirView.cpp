@@ -13,6 +13,7 @@
 #include "platform/PathNames.h"
 #include "platform/Paths.h"
 #include "platform/VolumeRoster.h"
+#include "widgets/RgbColor.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/PaneSettings.h"
 #include "panes/FolderLister.h"
 #include "panes/FolderRows.h"
 #include "panes/FolderWatch.h"
@@ -7,7 +8,6 @@
 #include "panes/PaneCommands.h"
 #include "panes/PaneDragDrop.h"
 #include "panes/PaneKeys.h"
-#include "panes/PaneSettings.h"
 #include "panes/PaneSource.h"
 #include "platform/EntryRef.h"
 #include "platform/Handler.h"

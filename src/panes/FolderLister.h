@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panes/PaneSettings.h"
+#include "app/PaneSettings.h"
 #include "platform/Errors.h"
 #include "widgets/CLVListItem.h"
 #include "widgets/ColumnListView.h"

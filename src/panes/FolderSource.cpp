@@ -1,7 +1,7 @@
 #include "panes/FolderSource.h"
 
+#include "fileops/FileType.h"
 #include "panes/DirListItem.h"
-#include "panes/FileType.h"
 #include "panes/PaneMessages.h"
 #include "platform/FolderScan.h"
 #include "platform/Launcher.h"

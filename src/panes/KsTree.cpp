@@ -3,6 +3,7 @@
 #include "panes/KsTreeListItem.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
+#include "widgets/RgbColor.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -36,18 +37,30 @@ KsTree::KsTree(QWidget *parent, std::function<bool()> paneHasFocus)
     : ColumnListView(parent, true)
     , fPaneHasFocus(std::move(paneHasFocus))
 {
-    const PaneSettings settings = PaneSettings::Load();
-    fColors = settings.colors;
     AddColumn(QString(), 20, 20, CLV_EXPANDER | CLV_LOCK_AT_BEGINNING | CLV_NOT_MOVABLE);
     AddColumn(QString(), 1000, 50, CLV_SORT_KEYABLE | CLV_NOT_MOVABLE);
     SetColumnLabelsVisible(false);
     QFont plain = font();
     plain.setPixelSize(14);
     setFont(plain);
+    ReloadSettings();
+}
+
+void KsTree::ReloadSettings()
+{
+    fColors = PaneSettings::Load().colors;
     QPalette colours = palette();
     colours.setColor(QPalette::Base, ToQColor(fColors.background));
     colours.setColor(QPalette::Highlight, ToQColor(fColors.selectionBar));
     setPalette(colours);
+    const std::function<void(CLVListItem *)> recolour = [&](CLVListItem *item) {
+        static_cast<KsTreeListItem *>(item)->SetColors(fColors);
+        for (int i = 0; i < item->CountSubitems(); i++)
+            recolour(item->SubitemAt(i));
+    };
+    for (int i = 0; i < CountItems(); i++)
+        recolour(ItemAt(i));
+    InvalidateAll();
 }
 
 KsTree::~KsTree() = default;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panes/PaneSettings.h"
+#include "app/PaneSettings.h"
 #include "widgets/ColumnListView.h"
 
 #include <functional>
@@ -38,6 +38,9 @@ public:
     // Whether a folder has sub-folders (and so an expander). "/hood" always
     // has, without being read.
     static bool FindChildren(const std::string &path);
+
+    // Takes the colours from the profile again and redraws every row.
+    void ReloadSettings();
 
     KsTreeListItem *FindRow(const std::string &path) const;
     // The folder of the selected row; empty when none.

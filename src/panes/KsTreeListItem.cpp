@@ -2,6 +2,7 @@
 
 #include "panes/FileIcons.h"
 
+#include "widgets/RgbColor.h"
 #include <QFontMetrics>
 #include <QPainter>
 

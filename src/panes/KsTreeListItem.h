@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panes/PaneSettings.h"
+#include "app/PaneSettings.h"
 #include "widgets/CLVListItem.h"
 
 #include <string>
@@ -32,6 +32,7 @@ public:
     void SetPopulated(bool populated) { fPopulated = populated; }
     bool GetOver() const { return fOver; }
     void SetOver(bool over) { fOver = over; }
+    void SetColors(const RowColors &colors) { fColors = colors; }
 
     void DrawItemColumn(
         QPainter &painter, const QRect &rect, int column, bool selected, bool complete) override;

@@ -1,5 +1,6 @@
 #include "panes/PaneBevel.h"
 
+#include "widgets/RgbColor.h"
 #include <QFontMetrics>
 #include <QPainter>
 #include <cmath>

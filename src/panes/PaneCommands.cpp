@@ -4,17 +4,18 @@
 
 #include "app/AppUtils.h"
 #include "app/NumberText.h"
+#include "fileops/FileType.h"
 #include "fileops/KestrinEntry.h"
 #include "fileops/Trash.h"
 #include "panes/DirListItem.h"
 #include "panes/DirView.h"
 #include "panes/EditControl.h"
-#include "panes/FileType.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
 #include "platform/Directory.h"
 #include "platform/Entry.h"
 #include "platform/Launcher.h"
+#include "platform/PathNames.h"
 
 #include <QCoreApplication>
 #include <QFrame>
@@ -263,6 +264,24 @@ void PaneCommands::Identify()
         if (!row->IsFolder())
             FileType::Identify(fView.PathOf(row));
     }
+}
+
+void PaneCommands::SetPermissions(mode_t mode)
+{
+    for (const std::string &path : PathsToActOn()) {
+        if (const status_t status = platform::SetPermissions(path, mode); status != B_OK)
+            KestrinEntry::ShowError(status);
+    }
+}
+
+std::vector<std::string> PaneCommands::PathsToActOn() const
+{
+    std::vector<std::string> paths;
+    if (!fView.Source().HoldsLocalEntries())
+        return paths;
+    for (const DirListItem *row : RowsToActOn())
+        paths.push_back(fView.PathOf(row));
+    return paths;
 }
 
 bool PaneCommands::GetRefMsg(platform::Message *message) const

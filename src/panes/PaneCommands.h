@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 class QFrame;
@@ -66,6 +67,11 @@ public:
     // Works out the type of the marked (or selected) files from their
     // content again.
     void Identify();
+    // Gives the marked (or selected) entries the permission bits `mode`;
+    // each failure shows its alert and the others still change.
+    void SetPermissions(mode_t mode);
+    // The paths of the marked (or selected) entries of a local place.
+    std::vector<std::string> PathsToActOn() const;
     // "refs" of the marked rows, or of the selected one; false for none.
     bool GetRefMsg(platform::Message *message) const;
 

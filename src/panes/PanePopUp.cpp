@@ -24,6 +24,7 @@ void PanePopUp::Exec(DirView &view, const QPoint &globalPosition, bool overRow, 
     if (overRow) {
         add("Edit Name", 107);
         add("Get Info", 142);
+        add("Permissions", 128);
         add("Identify", 141);
         add("Delete File(s)", 144);
     }

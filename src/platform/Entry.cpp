@@ -2,6 +2,7 @@
 
 #include "platform/PathNames.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -319,6 +320,23 @@ status_t Entry::GetModificationTime(time_t *time) const
     if (status_t status = GetStat(&info); status != B_OK)
         return status;
     *time = info.st_mtime;
+    return B_OK;
+}
+
+status_t Entry::GetCreationTime(time_t *time) const
+{
+    if (!time)
+        return B_BAD_VALUE;
+    if (fStatus != B_OK)
+        return fStatus;
+    struct statx info;
+    if (statx(AT_FDCWD, fPath.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BTIME | STATX_BASIC_STATS, &info)
+        != 0)
+        return LastError();
+    if (info.stx_mask & STATX_BTIME)
+        *time = time_t(info.stx_btime.tv_sec);
+    else
+        *time = time_t(std::min(info.stx_mtime.tv_sec, info.stx_ctime.tv_sec));
     return B_OK;
 }
 

@@ -42,6 +42,10 @@ public:
     status_t GetNodeRef(node_ref *ref) const;
     status_t GetSize(off_t *size) const;
     status_t GetModificationTime(time_t *time) const;
+    // When the entry was made: its birth time where the file system keeps
+    // one, else the earlier of its modification and status-change times,
+    // the oldest moment known of it.
+    status_t GetCreationTime(time_t *time) const;
 
     // Renames the entry into `folder` (empty: where it is now) under `newName`
     // (nullptr: its current name). Never copies: another volume answers

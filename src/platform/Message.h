@@ -9,6 +9,9 @@
 #include <variant>
 #include <vector>
 
+// Asks a window to close (and the application, to quit).
+inline constexpr uint32_t B_QUIT_REQUESTED = platform::FourCC("_QRQ");
+
 namespace platform {
 
 // A message: a `what` code and named fields, each holding one or more values of

@@ -47,4 +47,9 @@ status_t RealPath(const std::string &path, std::string *real)
     return B_OK;
 }
 
+status_t SetPermissions(const std::string &path, mode_t mode)
+{
+    return chmod(path.c_str(), mode & 07777) == 0 ? B_OK : LastError();
+}
+
 } // namespace platform

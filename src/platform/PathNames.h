@@ -24,5 +24,8 @@ bool IsFolder(const std::string &path);
 status_t StatPath(const std::string &path, struct stat *info);
 // The path with every link and "." or ".." resolved (realpath).
 status_t RealPath(const std::string &path, std::string *real);
+// Sets the permission bits of what the path leads to (a link's target: a
+// link has no permissions of its own on Linux).
+status_t SetPermissions(const std::string &path, mode_t mode);
 
 } // namespace platform

@@ -33,10 +33,6 @@ TEST(DirListItem, SizeAndPermissionTexts)
     };
     for (const auto &row : sizes)
         EXPECT_EQ(DirListItem::SizeTextFor(row.size), row.text) << row.size;
-
-    EXPECT_EQ(DirListItem::PermissionTextFor(0754), "rwxr-xr--");
-    EXPECT_EQ(DirListItem::PermissionTextFor(S_IFDIR | 04751), "rwxr-x--x");
-    EXPECT_EQ(DirListItem::PermissionTextFor(0), "---------");
 }
 
 TEST(DirListItem, RowsOfEntriesAndLinks)

@@ -1,8 +1,10 @@
-#include "panes/PaneSettings.h"
+#include "app/PaneSettings.h"
 
 #include "app/AppInfo.h"
 #include "app/NumberText.h"
 #include "app/Profile.h"
+
+#include <utility>
 
 namespace kestrin {
 
@@ -18,6 +20,28 @@ void ReadComponent(const std::string &key, uint8_t *component)
     std::string value;
     if (Read(key, &value))
         *component = uint8_t(kestrin::atoi(value.c_str()));
+}
+
+void Write(const std::string &key, const std::string &value)
+{
+    SetProfileString(kSettingsFolder, key, value, kSettingsFile);
+}
+
+void WriteFlag(const char *key, bool on)
+{
+    Write(key, on ? "1" : "0");
+}
+
+void WriteColor(const std::string &prefix, const rgb_color &color)
+{
+    for (const auto &[component, value] : {std::pair{"Red", color.red},
+                                           std::pair{"Blue", color.blue},
+                                           std::pair{"Green", color.green},
+                                           std::pair{"Alpha", color.alpha}}) {
+        char text[24];
+        kestrin::itoa(value, text);
+        Write(prefix + component, text);
+    }
 }
 
 } // namespace
@@ -55,6 +79,20 @@ PaneSettings PaneSettings::Load()
     settings.colors.selectedText = ReadColor("seltxt", defaults.selectedText);
     settings.colors.selectionBar = ReadColor("sb", defaults.selectionBar);
     return settings;
+}
+
+void PaneSettings::Save() const
+{
+    Write("DateFormat", dateFormat);
+    WriteFlag("bCaseSensitiveSort", caseSensitiveSort);
+    WriteFlag("ShowProgressBar", showProgress);
+    WriteFlag("ShowHeader", showHeader);
+    WriteFlag("ShowFooter", showFooter);
+    WriteColor("bg", colors.background);
+    WriteFlag("bAlternateColors", alternateColors);
+    WriteColor("txt", colors.text);
+    WriteColor("seltxt", colors.selectedText);
+    WriteColor("sb", colors.selectionBar);
 }
 
 } // namespace kestrin

@@ -1,4 +1,4 @@
-#include "panes/FileType.h"
+#include "fileops/FileType.h"
 
 #include "platform/Node.h"
 
@@ -56,6 +56,19 @@ bool FileType::IsArchive(const std::string &type)
             return true;
     }
     return false;
+}
+
+std::string FileType::Description(const std::string &type)
+{
+    static const QMimeDatabase database;
+    const QMimeType known = database.mimeTypeForName(QString::fromStdString(type));
+    return known.isValid() ? known.comment().toStdString() : std::string();
+}
+
+bool FileType::IsUnknown(const std::string &type)
+{
+    // shared-mime-info's default type, given to anything it cannot place.
+    return type.empty() || type == "application/octet-stream";
 }
 
 } // namespace kestrin

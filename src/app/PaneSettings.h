@@ -1,6 +1,6 @@
 #pragma once
 
-#include "widgets/RgbColor.h"
+#include "platform/RgbColor.h"
 
 #include <string>
 
@@ -15,9 +15,10 @@ struct RowColors
     rgb_color selectionBar{200, 200, 200, 200};
 };
 
-// What the panes take from the settings profile, read once when a pane or
-// list is made. Missing keys keep their defaults; so does each missing colour
-// component on its own.
+// The display preferences of the settings profile: what the panes take from
+// it when they are made and when the preferences change, and what the
+// preferences window edits. Missing keys keep their defaults; so does each
+// missing colour component on its own.
 struct PaneSettings
 {
     std::string dateFormat = "%D %R";
@@ -29,6 +30,11 @@ struct PaneSettings
     RowColors colors;
 
     static PaneSettings Load();
+    // Writes every key, in the order the preferences have always been
+    // written: the date format, the four flags, the background colour, the
+    // alternate-colours flag, then the text, selected-text and selection-bar
+    // colours; each colour red, blue, green, alpha.
+    void Save() const;
 
     // One colour from the keys <prefix>Red, <prefix>Green, <prefix>Blue and
     // <prefix>Alpha.

@@ -19,6 +19,11 @@ public:
     // 7z, ISO images, cpio, ar and Debian packages, rar). Formats built on
     // zip (office documents, Java archives) are documents, not archives.
     static bool IsArchive(const std::string &type);
+    // The short description of a type (the MIME database's comment);
+    // empty for a type the database does not know.
+    static std::string Description(const std::string &type);
+    // Whether `type` is what the database answers when it knows nothing.
+    static bool IsUnknown(const std::string &type);
 };
 
 } // namespace kestrin

@@ -5,6 +5,7 @@
 #include "fileops/OverWin.h"
 #include "platform/Alerts.h"
 #include "platform/Entry.h"
+#include "widgets/RgbColor.h"
 #include "widgets/StatusBar.h"
 
 #include <QCloseEvent>
@@ -29,7 +30,6 @@ constexpr int kMargin = 10;
 constexpr int kLineHeight = 17;
 constexpr int kValueLeft = 58;
 constexpr int kButtonSize = 24;
-const QColor kPanelGrey(216, 216, 216);
 const QColor kPictureColor(64, 64, 64);
 
 // One file (not a folder: lstat, so a link to a folder counts as a file) needs

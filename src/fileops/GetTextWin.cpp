@@ -1,4 +1,5 @@
 #include "fileops/GetTextWin.h"
+#include "widgets/RgbColor.h"
 
 #include <QEvent>
 #include <QLabel>
@@ -12,7 +13,6 @@ namespace kestrin {
 
 namespace {
 
-const QColor kPanelGrey(216, 216, 216);
 constexpr int kMargin = 10;
 constexpr int kLabelHeight = 20;
 constexpr int kFieldHeight = 22;

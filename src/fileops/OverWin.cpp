@@ -1,6 +1,7 @@
 #include "fileops/OverWin.h"
 
 #include "fileops/FileOpsMessages.h"
+#include "widgets/RgbColor.h"
 
 #include <QCloseEvent>
 #include <QLabel>
@@ -16,7 +17,6 @@ constexpr int kMargin = 10;
 constexpr int kLineHeight = 17;
 constexpr int kButtonHeight = 26;
 constexpr int kButtonGap = 8;
-const QColor kPanelGrey(216, 216, 216);
 
 } // namespace
 

@@ -2,6 +2,7 @@
 
 #include "app/EntryTexts.h"
 #include "fileops/FileOpsMessages.h"
+#include "widgets/RgbColor.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -19,7 +20,6 @@ constexpr int kGridTop = 40;
 constexpr int kCell = 36;
 constexpr int kButtonWidth = 80;
 constexpr int kButtonHeight = 26;
-const QColor kPanelGrey(216, 216, 216);
 
 } // namespace
 

@@ -1,4 +1,5 @@
 #include "fileops/mdlGetTextDlg.h"
+#include "widgets/RgbColor.h"
 
 #include <QEvent>
 #include <QFontMetrics>
@@ -10,8 +11,6 @@
 namespace kestrin {
 
 namespace {
-
-const QColor kPanelGrey(216, 216, 216);
 
 // The frames are given as left, top, right, bottom, both edges inclusive.
 QRect Frame(int left, int top, int right, int bottom)

@@ -1,6 +1,7 @@
 #include "mainwindow/CommandLine.h"
 
 #include "panes/EditControl.h"
+#include "widgets/RgbColor.h"
 
 #include <QFontMetrics>
 #include <QPainter>
@@ -9,7 +10,6 @@ namespace kestrin {
 
 namespace {
 
-const QColor kPanelGrey(216, 216, 216);
 const QColor kShadow(152, 152, 152);
 const QColor kLight(255, 255, 255);
 constexpr int kFontPixelSize = 12;

@@ -10,6 +10,7 @@
 #include "panes/PaneMessages.h"
 #include "platform/NodeMonitor.h"
 #include "platform/PathNames.h"
+#include "widgets/RgbColor.h"
 
 #include <QResizeEvent>
 #include <QVBoxLayout>
@@ -30,7 +31,7 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
     fShowHeader = settings.showHeader;
     fShowFooter = settings.showFooter;
     QPalette colours = palette();
-    colours.setColor(QPalette::Window, QColor(216, 216, 216));
+    colours.setColor(QPalette::Window, kPanelGrey);
     setPalette(colours);
     setAutoFillBackground(true);
 

@@ -23,7 +23,6 @@ constexpr int kHeight = 330;
 constexpr int kMargin = 10;
 constexpr int kButtonWidth = 80;
 constexpr int kButtonHeight = 26;
-const QColor kPanelGrey(216, 216, 216);
 
 const char *const kDateFormats[] = {"%D %T", "%a %b %d %x %Y"};
 

@@ -13,4 +13,7 @@ inline QColor ToQColor(const rgb_color &color)
     return QColor(color.red, color.green, color.blue);
 }
 
+// The grey of every panel and window background, as BeOS drew them.
+inline const QColor kPanelGrey(216, 216, 216);
+
 } // namespace kestrin

@@ -59,6 +59,15 @@ TEST_F(ArchivePackerTest, PackedEntriesComeBackByteForByteWithModesTimesAndLinks
     WriteFileBytes(src + "/tree/deep/b.bin", std::string(700000, 'b'));
     WriteFileBytes(src + "/solo.txt", "solo");
     fs::create_symlink("a.txt", src + "/tree/ln");
+    // Names and contents that trip packers up: no bytes, every byte value
+    // over several read blocks, a name that is not UTF-8, a link to nowhere.
+    WriteFileBytes(src + "/tree/empty", "");
+    std::string binary(300 * 1024 + 3, '\0');
+    for (size_t i = 0; i < binary.size(); i++)
+        binary[i] = char(i * 131 + i / 7);
+    WriteFileBytes(src + "/tree/deep/bytes", binary);
+    WriteFileBytes(src + "/tree/raw \xff name", "raw");
+    fs::create_symlink("nowhere at all", src + "/tree/dangling");
     chmod((src + "/tree/a.txt").c_str(), 0640);
     chmod((src + "/tree/deep/b.bin").c_str(), 0755);
     chmod((src + "/tree/deep").c_str(), 0750);
@@ -82,6 +91,9 @@ TEST_F(ArchivePackerTest, PackedEntriesComeBackByteForByteWithModesTimesAndLinks
     unpack.AddString("ZipFile", "solo.txt");
     Run(unpack, out);
     EXPECT_EQ(Tree(out), Tree(src));
+    // QTemporaryDir cannot remove names that are not UTF-8.
+    fs::remove(src + "/tree/raw \xff name");
+    fs::remove(out + "/tree/raw \xff name");
 
     // One entry names the archive.
     Run(Pack({src + "/solo.txt"}, src), dest);

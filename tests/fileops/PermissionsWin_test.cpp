@@ -54,9 +54,6 @@ TEST(PermissionsWin, TheWindowAndItsViews)
     EXPECT_EQ(window.findChild<QPushButton *>("bCancel")->text(), "Cancel");
     for (int box = 1; box <= 9; box++)
         EXPECT_FALSE(window.findChild<QCheckBox *>(QString("CheckBox%1").arg(box))->isChecked());
-    EXPECT_EQ(PermissionsWin::GetStrPermissions(0754), "rwxr-xr--");
-    EXPECT_EQ(PermissionsWin::GetStrPermissions(0), "---------");
-    EXPECT_EQ(PermissionsWin::GetStrPermissions(04751), "rwxr-x--x");
 }
 
 TEST(PermissionsWin, OKSendsTheModeOfTheBoxesEachTimeAndCancelCloses)

@@ -52,29 +52,33 @@ TEST(Launcher, ADocumentNothingOpensIsToldAsAsked)
 {
     TempHome home;
     platform::AlertRecorder alerts;
-    // Stand-in openers on PATH: one that finds no application, as xdg-open
-    // does for an unknown type, and one that opens.
-    const std::string bin = home.Root() + "/bin";
-    QDir().mkpath(QString::fromStdString(bin));
-    const auto opener = [&bin](const char *name, int exitCode) {
-        const std::string path = bin + "/" + name;
-        WriteFileBytes(path, "#!/bin/sh\nexit " + std::to_string(exitCode) + "\n");
-        QFile::setPermissions(QString::fromStdString(path),
-                              QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    // Stand-in openers, each in a folder of its own that PATH leads to in
+    // turn: one that finds no application, as xdg-open does for an unknown
+    // type, and one that opens. A script is never rewritten while a child
+    // may still be starting it.
+    const auto useOpener = [&home](int exitCode) {
+        const std::string bin = home.Root() + "/exit" + std::to_string(exitCode);
+        const std::string path = bin + "/xdg-open";
+        if (!QFileInfo::exists(QString::fromStdString(path))) {
+            QDir().mkpath(QString::fromStdString(bin));
+            WriteFileBytes(path, "#!/bin/sh\nexit " + std::to_string(exitCode) + "\n");
+            QFile::setPermissions(QString::fromStdString(path),
+                                  QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+        }
+        home.SetEnv("PATH", bin);
     };
-    home.SetEnv("PATH", bin + ":" + qgetenv("PATH").toStdString());
 
     // Kestrin's own pages say it on standard error only; a document that
     // opens says nothing.
-    opener("xdg-open", 3);
+    useOpener(3);
     EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/help.html",
                                                      platform::FailureNotice::StandardError),
               B_OK);
-    opener("xdg-open", 0);
+    useOpener(0);
     EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/fine.txt"), B_OK);
 
     // The opener's verdict comes when it ends.
-    opener("xdg-open", 3);
+    useOpener(3);
     EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/odd.type"), B_OK);
     ASSERT_TRUE(QTest::qWaitFor([&] { return alerts.Count() >= 1; }, 10000));
     EXPECT_EQ(alerts.Shown()[0].text, "Kestrin found no application to open \"/tmp/odd.type\".");

@@ -23,10 +23,17 @@ namespace {
 
 constexpr const char *kMountInfo = "/proc/self/mountinfo";
 
-bool HasDevice(const std::vector<Volume> &volumes, dev_t device)
+// Whether `volume` is still mounted in `volumes`: its device there at one of
+// the paths it had. A device number alone does not say it: an anonymous
+// device (tmpfs) that goes is given to the next such mount, and between two
+// looks one volume can go and another come with the same number.
+bool StillMounted(const std::vector<Volume> &volumes,
+                  const std::vector<Volume> &before,
+                  dev_t device)
 {
-    return std::any_of(volumes.begin(), volumes.end(), [device](const Volume &volume) {
-        return volume.Device() == device;
+    return std::any_of(volumes.begin(), volumes.end(), [&](const Volume &volume) {
+        return volume.Device() == device
+               && std::find(before.begin(), before.end(), volume) != before.end();
     });
 }
 
@@ -144,17 +151,23 @@ void Watcher::Check()
 
     std::vector<Volume> now = VolumeRoster::MountedVolumes();
     std::vector<Message> changes;
+    std::vector<dev_t> gone;
     for (const Volume &volume : fKnown) {
-        if (HasDevice(now, volume.Device()))
+        if (StillMounted(now, fKnown, volume.Device())
+            || std::find(gone.begin(), gone.end(), volume.Device()) != gone.end())
             continue;
+        gone.push_back(volume.Device());
         Message message(B_NODE_MONITOR);
         message.AddInt32("opcode", B_DEVICE_UNMOUNTED);
         message.AddInt32("device", int32_t(volume.Device()));
         changes.push_back(std::move(message));
     }
+    std::vector<dev_t> come;
     for (const Volume &volume : now) {
-        if (HasDevice(fKnown, volume.Device()))
+        if (StillMounted(now, fKnown, volume.Device())
+            || std::find(come.begin(), come.end(), volume.Device()) != come.end())
             continue;
+        come.push_back(volume.Device());
         Message message(B_NODE_MONITOR);
         message.AddInt32("opcode", B_DEVICE_MOUNTED);
         message.AddInt32("new device", int32_t(volume.Device()));

@@ -196,3 +196,27 @@ TEST(MountWatcher, WatchersMayComeAndGoWhileReceiving)
     EXPECT_EQ(About(changer, device).size(), 1u);
     EXPECT_TRUE(About(stopped, device).empty());
 }
+
+TEST(MountWatcher, AVolumeThatTakesTheDeviceNumberOfOneJustGoneIsHeardOf)
+{
+    TempHome home;
+    const std::string root = fs::canonical(home.Root()).string();
+    TmpfsMount first(root + "/first");
+    TmpfsMount second(root + "/second");
+    Recorder recorder;
+    ASSERT_EQ(MountWatcher::Watch(&recorder), B_OK);
+    if (!first.Mount())
+        GTEST_SKIP() << kCannotMount;
+    const dev_t device = DeviceOf(root + "/first");
+    ASSERT_TRUE(WaitFor(recorder, IsMountOf, device));
+
+    // Between two looks at the table: one tmpfs goes, the next one comes,
+    // and the kernel hands it the anonymous device number just freed.
+    first.Unmount();
+    ASSERT_TRUE(second.Mount());
+    const dev_t reused = DeviceOf(root + "/second");
+    ASSERT_TRUE(WaitFor(recorder, IsUnmountOf, device));
+    ASSERT_TRUE(WaitFor(recorder, IsMountOf, reused));
+    if (reused == device)
+        EXPECT_EQ(About(recorder, device).size(), 3u) << "mounted, unmounted, mounted again";
+}

@@ -84,6 +84,14 @@ void PaneCommands::CopyOut()
     SendRequest(out.what, out.typeOfCopy, true);
 }
 
+void PaneCommands::Pack()
+{
+    // Only entries on disk can be packed; members of an archive or files on
+    // a server would first have to be fetched.
+    if (fView.Source().HoldsLocalEntries())
+        SendRequest(kMsgPackRequest, "Pack", true);
+}
+
 std::string PaneCommands::TrashQuestion(const std::vector<std::string> &names, bool permanent)
 {
     if (names.size() > kListedNames) {

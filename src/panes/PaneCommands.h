@@ -41,6 +41,8 @@ public:
     // F5: the place's own request for taking rows to the other pane (a
     // copy, or unpacking out of an archive).
     void CopyOut();
+    // Ctrl+F5: packs the marked entries into a zip in the other pane.
+    void Pack();
 
     // Asks "Sir?" and hands the marked (or selected) rows to the window as a
     // 606 request: to the Trash, or for good inside the Trash.

@@ -122,7 +122,7 @@ bool PaneKeys::FunctionKey(int key, bool control, bool shift)
         break;
     case Qt::Key_F5:
         if (control)
-            commands.SendRequest(kMsgPackRequest, "Pack", true);
+            commands.Pack();
         else
             commands.CopyOut();
         break;

@@ -175,4 +175,39 @@ TEST_F(ArchiveExtractorTest, StopAndDamageLeaveNoPartialFile)
     EXPECT_NE(control.errors[0].text.find("second"), std::string::npos);
 }
 
+// A tar whose one member claims `size` bytes (in the base-256 form that sizes
+// past 8 GiB take) and holds none of them.
+void WriteBombTar(const std::string &path, uint64_t size)
+{
+    WriteTestArchive(path, "tar", {{"bomb", "x"}});
+    std::string bytes = *ReadFileBytes(path);
+    bytes[124] = char(0x80);
+    for (int i = 0; i < 11; i++)
+        bytes[135 - i] = char(i < 8 ? (size >> (8 * i)) & 0xff : 0);
+    std::fill(bytes.begin() + 148, bytes.begin() + 156, ' ');
+    unsigned sum = 0;
+    for (int i = 0; i < 512; i++)
+        sum += static_cast<unsigned char>(bytes[i]);
+    snprintf(&bytes[148], 8, "%06o", sum);
+    WriteFileBytes(path, bytes);
+}
+
+TEST_F(ArchiveExtractorTest, EncryptedMembersAndBombsAreRefused)
+{
+    const std::string locked = src + "/locked.zip";
+    WriteTestArchive(locked, "zip", {{"secret.txt", "hidden words"}}, "password");
+    Run(Unpack(locked, "", {}, {"secret.txt"}), dest);
+    EXPECT_FALSE(Exists(dest + "/secret.txt"));
+    ASSERT_EQ(control.errors.size(), 1u);
+    EXPECT_EQ(control.errors[0].text, "Kestrin did not unpack \"secret.txt\": it is encrypted.");
+
+    // The space a member claims is checked before any of it is written.
+    const std::string bomb = src + "/bomb.tar";
+    WriteBombTar(bomb, uint64_t(1) << 60);
+    Run(Unpack(bomb, "", {}, {"bomb"}), dest);
+    EXPECT_FALSE(Exists(dest + "/bomb"));
+    ASSERT_EQ(control.errors.size(), 2u);
+    EXPECT_EQ(control.errors[1].text, "Cannot Copy file.\nInsufficient space on destination.");
+}
+
 } // namespace

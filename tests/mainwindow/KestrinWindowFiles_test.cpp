@@ -2,9 +2,11 @@
 
 #include "MainWindowTestSupport.h"
 
+#include "fileops/ArchiveReader.h"
 #include "fileops/Trash.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/PaneMessages.h"
+#include "support/TestArchives.h"
 
 #include <QDropEvent>
 #include <QFrame>
@@ -122,6 +124,65 @@ TEST_F(FilesTest, ALinkOntoATakenNameSaysSo)
     EXPECT_EQ(fAlerts.Shown()[0].title, "Sorry Charley");
     EXPECT_EQ(fAlerts.Shown()[0].text, "Strange but this file exists.");
     EXPECT_EQ(ReadFileBytes(Right() + "/taken"), "theirs");
+}
+
+std::vector<std::string> MemberPaths(const std::string &archive)
+{
+    std::vector<std::string> paths;
+    kestrin::ArchiveReader reader(archive);
+    kestrin::ArchiveMember member;
+    while (reader.Next(&member) == B_OK)
+        paths.push_back(member.path);
+    return paths;
+}
+
+TEST_F(FilesTest, ArchivesAreBrowsedUnpackedAndPackedByKeys)
+{
+    const std::string intro(200000, 'i');
+    const std::vector<TestMember> members = {{"readme.txt", "hello", TestMember::File, 0640},
+                                             {"docs/intro.txt", intro},
+                                             {"docs/index.html", "<html/>"}};
+    for (const char *kind : {"zip", "tar.gz", "7z"})
+        WriteTestArchive(Left() + "/bundle." + kind, kind, members);
+    fs::create_directories(Left() + "/notes/deep");
+    WriteFileBytes(Left() + "/notes/deep/a.txt", "a");
+    Start();
+    kestrin::DirView &left = *List(0);
+    const auto showsMembers = [&] {
+        return left.Mode() == kestrin::kModeArchive && !left.IsListing()
+               && left.FindItem("docs") > 0 && left.FindItem("readme.txt") > 0;
+    };
+
+    for (const char *kind : {"tar.gz", "7z", "zip"}) {
+        SelectIn(0, std::string("bundle.") + kind);
+        QTest::keyClick(&left, Qt::Key_Return);
+        ASSERT_TRUE(WaitFor(showsMembers)) << kind;
+        if (std::string(kind) != "zip") {
+            QTest::keyClick(&left, Qt::Key_Backspace);
+            ASSERT_TRUE(WaitFor([&] { return left.Mode() == kestrin::kModeFolder; }));
+        }
+    }
+
+    // F5 unpacks the marked members of the zip into the other pane.
+    left.Select(left.FindItem("docs"));
+    QTest::keyClick(&left, Qt::Key_Insert);
+    left.Select(left.FindItem("readme.txt"));
+    QTest::keyClick(&left, Qt::Key_Insert);
+    QTest::keyClick(&left, Qt::Key_F5);
+    EXPECT_TRUE(WaitFor([&] { return ReadFileBytes(Right() + "/docs/intro.txt") == intro; }));
+    EXPECT_TRUE(WaitFor([&] { return ReadFileBytes(Right() + "/readme.txt") == "hello"; }));
+    EXPECT_EQ(fs::status(Right() + "/readme.txt").permissions() & fs::perms::all, fs::perms(0640));
+    EXPECT_TRUE(WaitFor([&] { return List(1)->FindItem("docs") > 0; }));
+
+    // Ctrl+F5 on a folder packs it into a zip named after it in the other pane.
+    QTest::keyClick(&left, Qt::Key_Backspace);
+    ASSERT_TRUE(WaitFor([&] { return left.Mode() == kestrin::kModeFolder; }));
+    SelectIn(0, "notes");
+    QTest::keyClick(&left, Qt::Key_F5, Qt::ControlModifier);
+    EXPECT_TRUE(WaitFor([&] { return List(1)->FindItem("notes.zip") > 0; }));
+    EXPECT_EQ(MemberPaths(Right() + "/notes.zip"),
+              (std::vector<std::string>{"notes", "notes/deep", "notes/deep/a.txt"}));
+    EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
 TEST_F(FilesTest, DroppedEntriesAreCopiedOrMoved)

@@ -141,6 +141,9 @@ TEST_F(ArchivePaneTest, F5AsksToUnpackTheMarkedMembers)
     EXPECT_EQ(Strings(*request, "TypeOfCopy"), std::vector<std::string>{"UnPack"});
     EXPECT_EQ(Strings(*request, "Direction"), std::vector<std::string>{"Right"});
     EXPECT_EQ(Strings(*request, "Dragging"), std::vector<std::string>{"false"});
+    // Members are not entries on disk: Ctrl+F5 has nothing to pack.
+    Key(Qt::Key_F5, Qt::ControlModifier);
+    EXPECT_EQ(fWindow.Last(kestrin::kMsgPackRequest), nullptr);
 
     // Inside a folder, the selected row alone, and its folder as "CopyFrom".
     view.Select(view.FindItem("src"));

@@ -34,9 +34,11 @@ inline TestMember LinkMember(const std::string &path, const std::string &target)
 }
 
 // "zip", "tar.gz", "tar.xz", "7z", "cpio" ...
+// With a `passphrase`, a zip's members are encrypted.
 inline void WriteTestArchive(const std::string &path,
                              const std::string &kind,
-                             const std::vector<TestMember> &members)
+                             const std::vector<TestMember> &members,
+                             const std::string &passphrase = "")
 {
     struct archive *out = archive_write_new();
     if (kind == "zip")
@@ -51,6 +53,10 @@ inline void WriteTestArchive(const std::string &path,
         archive_write_add_filter_gzip(out);
     else if (kind == "tar.xz")
         archive_write_add_filter_xz(out);
+    if (!passphrase.empty()) {
+        ASSERT_EQ(archive_write_set_options(out, "zip:encryption=zipcrypt"), ARCHIVE_OK);
+        ASSERT_EQ(archive_write_set_passphrase(out, passphrase.c_str()), ARCHIVE_OK);
+    }
     ASSERT_EQ(archive_write_open_filename(out, path.c_str()), ARCHIVE_OK)
         << archive_error_string(out);
     for (const TestMember &member : members) {

@@ -1,5 +1,7 @@
 #include "fileops/ArchiveContents.h"
 
+#include "fileops/ZipDirectory.h"
+
 #include <algorithm>
 #include <unordered_map>
 
@@ -62,6 +64,13 @@ ArchiveContents::Result ArchiveContents::List(const std::string &archive,
                                               std::atomic<int32_t> *percentRead)
 {
     Result result;
+    Collector collector(result.items);
+    const status_t quick = ZipDirectory::Read(
+        archive, [&](const ArchiveMember &member) { Place(collector, member, subPath); }, cancel);
+    if (quick != B_UNSUPPORTED) {
+        result.readStatus = quick == B_OK ? B_ENTRY_NOT_FOUND : quick;
+        return result;
+    }
     ArchiveReader reader(archive);
     result.openStatus = reader.InitCheck();
     if (result.openStatus != B_OK) {
@@ -69,7 +78,6 @@ ArchiveContents::Result ArchiveContents::List(const std::string &archive,
         result.problem = reader.ErrorText();
         return result;
     }
-    Collector collector(result.items);
     ArchiveMember member;
     for (;;) {
         if (cancel != nullptr && *cancel) {

@@ -71,9 +71,10 @@ inline void WriteTestArchive(const std::string &path,
         if (member.kind == TestMember::Link)
             archive_entry_set_symlink(entry, member.linkTarget.c_str());
         ASSERT_EQ(archive_write_header(out, entry), ARCHIVE_OK) << archive_error_string(out);
-        if (!member.data.empty())
+        if (!member.data.empty()) {
             ASSERT_EQ(archive_write_data(out, member.data.data(), member.data.size()),
                       la_ssize_t(member.data.size()));
+        }
         archive_entry_free(entry);
     }
     ASSERT_EQ(archive_write_close(out), ARCHIVE_OK);

@@ -59,6 +59,11 @@ KestrinEntry::KestrinEntry(const std::string &path)
     : platform::Entry(path, false)
 {}
 
+KestrinEntry::KestrinEntry(FolderRead, const std::string &childPath)
+{
+    SetResolved(platform::ParentPath(childPath), platform::LeafName(childPath));
+}
+
 double KestrinEntry::CopySize()
 {
     struct stat info;
@@ -80,7 +85,7 @@ double KestrinEntry::CopySize()
         if (fStop != nullptr && fStop->load())
             break;
         fEntryCount++;
-        KestrinEntry child(childPath);
+        KestrinEntry child(FolderRead{}, childPath);
         child.SetStopFlag(fStop);
         sum += int64_t(child.CopySize());
     }
@@ -204,7 +209,7 @@ bool KestrinEntry::CopyFolder(const std::string &ownPath,
 
     std::vector<std::string> files, others, folders;
     for (std::string &childPath : children) {
-        KestrinEntry child(childPath);
+        KestrinEntry child(FolderRead{}, childPath);
         struct stat info;
         std::string name;
         if (child.GetStat(&info) != B_OK || child.GetName(&name) != B_OK) {
@@ -233,7 +238,7 @@ bool KestrinEntry::CopyFolder(const std::string &ownPath,
                 walk.complete = false;
                 return true;
             }
-            KestrinEntry(childPath).CopyInto(targetPath, {}, walk);
+            KestrinEntry(FolderRead{}, childPath).CopyInto(targetPath, {}, walk);
         }
     }
     return true;
@@ -285,7 +290,7 @@ void KestrinEntry::DeleteEntry()
         std::vector<std::string> children;
         ChildPaths(path, &children);
         for (const std::string &childPath : children) {
-            KestrinEntry child(childPath);
+            KestrinEntry child(FolderRead{}, childPath);
             if (child.IsDirectory())
                 child.DeleteEntry();
             else

@@ -75,6 +75,13 @@ public:
 
 private:
     struct CopyWalk;
+    struct FolderRead
+    {};
+
+    // A child found by reading a folder whose own path is resolved: its path
+    // needs no look-up of links, which on a big tree costs more than the
+    // walk itself.
+    KestrinEntry(FolderRead, const std::string &childPath);
 
     bool CopyInto(const std::string &destFolder, const std::string &targetName, CopyWalk &walk);
     bool CopyFolder(const std::string &ownPath,

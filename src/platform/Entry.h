@@ -60,12 +60,14 @@ public:
         return fStatus == other.fStatus && fPath == other.fPath;
     }
 
+protected:
+    // For Directory and the walks of entries below a folder, which hand out
+    // entries of a folder resolved already: no name checks, no look-ups.
+    void SetResolved(const std::string &folder, const std::string &name);
+
 private:
     friend class Directory;
 
-    // For Directory, which hands out entries of a folder it has resolved
-    // already: no name checks, no look-ups.
-    void SetResolved(const std::string &folder, const std::string &name);
     status_t FollowLinks();
     std::string ParentPath() const;
 

@@ -1,6 +1,10 @@
-// kestrin-copy-driver SOURCE... DESTINATION
+// kestrin-copy-driver [--pack] SOURCE... DESTINATION
+// kestrin-copy-driver --unpack ARCHIVE DESTINATION MEMBER...
 // Copies with Kestrin's copy engine and no window: what the progress window
-// would show is dropped, and an existing target is replaced.
+// would show is dropped, and an existing target is replaced. --pack packs the
+// sources into a zip in DESTINATION as Ctrl+F5 does; --unpack unpacks the
+// members at the top of ARCHIVE (a folder's name ends in "/") as F5 in an
+// archive's pane does.
 
 #include "fileops/CopyControl.h"
 #include "fileops/CopyEngine.h"
@@ -8,6 +12,8 @@
 #include "platform/Entry.h"
 
 #include <cstdio>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -34,25 +40,68 @@ public:
     int errors = 0;
 };
 
+int Usage()
+{
+    fprintf(stderr,
+            "usage: kestrin-copy-driver [--pack] SOURCE... DESTINATION\n"
+            "       kestrin-copy-driver --unpack ARCHIVE DESTINATION MEMBER...\n");
+    return 2;
+}
+
+platform::Message UnpackRequest(const char *archive, const std::vector<std::string> &members)
+{
+    platform::Message request(kestrin::kMsgUnpackRequest);
+    request.AddString("Archive", archive);
+    request.AddString("CopyFrom", "");
+    for (std::string member : members) {
+        const bool folder = member.back() == '/';
+        if (folder)
+            member.pop_back();
+        request.AddString(folder ? "ZipDir" : "ZipFile", member);
+    }
+    request.AddString("TypeOfCopy", "UnPack");
+    return request;
+}
+
+bool AddRefs(platform::Message *request, const std::vector<std::string> &sources)
+{
+    for (const std::string &source : sources) {
+        entry_ref ref;
+        if (platform::Entry(source).GetRef(&ref) != B_OK) {
+            fprintf(stderr, "kestrin-copy-driver: can't read %s\n", source.c_str());
+            return false;
+        }
+        request->AddRef("refs", ref);
+    }
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
-    if (argc < 3) {
-        fprintf(stderr, "usage: kestrin-copy-driver SOURCE... DESTINATION\n");
-        return 2;
-    }
-    platform::Message request(kestrin::kMsgCopyRequest);
-    request.AddString("TypeOfCopy", "Copy");
-    for (int i = 1; i < argc - 1; i++) {
-        entry_ref ref;
-        if (platform::Entry(argv[i]).GetRef(&ref) != B_OK) {
-            fprintf(stderr, "kestrin-copy-driver: can't read %s\n", argv[i]);
+    std::vector<std::string> args(argv + 1, argv + argc);
+    const std::string mode = !args.empty() && args[0].rfind("--", 0) == 0 ? args[0] : "";
+    if (!mode.empty())
+        args.erase(args.begin());
+    if (args.size() < 2 || (mode != "" && mode != "--pack" && mode != "--unpack"))
+        return Usage();
+
+    platform::Message request;
+    std::string destination;
+    if (mode == "--unpack") {
+        destination = args[1];
+        request = UnpackRequest(args[0].c_str(), {args.begin() + 2, args.end()});
+    } else {
+        destination = args.back();
+        args.pop_back();
+        request = platform::Message(mode == "--pack" ? kestrin::kMsgPackRequest
+                                                     : kestrin::kMsgCopyRequest);
+        request.AddString("TypeOfCopy", mode == "--pack" ? "Pack" : "Copy");
+        if (!AddRefs(&request, args))
             return 1;
-        }
-        request.AddRef("refs", ref);
     }
     HeadlessControl control;
-    kestrin::CopyEngine(request, argv[argc - 1], control).Run();
+    kestrin::CopyEngine(request, destination, control).Run();
     return control.errors == 0 ? 0 : 1;
 }

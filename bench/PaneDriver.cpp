@@ -1,7 +1,8 @@
-// kestrin-pane-driver FOLDER
-// Lists FOLDER into a pane's list the way Kestrin does (read and stat on a
-// worker, rows made and sorted, shown in the list, progress reported to the
-// pane's footer), on Qt's offscreen platform. Prints, one per line:
+// kestrin-pane-driver [--archive] PATH
+// Lists the folder PATH into a pane's list the way Kestrin does (read and stat
+// on a worker, rows made and sorted, shown in the list, progress reported to
+// the pane's footer), on Qt's offscreen platform; with --archive, the top of
+// the archive PATH as Enter on it shows it. Prints, one per line:
 //   list_ms     from the request to the rows being shown
 //   rss_mb      growth of resident memory over that listing
 //   sort_ms     sorting the rows again by size
@@ -17,6 +18,7 @@
 #include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <string>
 #include <unistd.h>
 
 namespace {
@@ -39,10 +41,12 @@ double Milliseconds(std::chrono::steady_clock::time_point since)
 
 int main(int argc, char **argv)
 {
-    if (argc != 2) {
-        fprintf(stderr, "usage: kestrin-pane-driver FOLDER\n");
+    const bool archive = argc == 3 && std::string(argv[1]) == "--archive";
+    if (argc != 2 && !archive) {
+        fprintf(stderr, "usage: kestrin-pane-driver [--archive] PATH\n");
         return 2;
     }
+    const std::string path = argv[argc - 1];
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     platform::AlertRecorder alerts;
@@ -60,7 +64,10 @@ int main(int argc, char **argv)
 
     const double before = ResidentMegabytes();
     const auto start = std::chrono::steady_clock::now();
-    list->Populate(argv[1]);
+    if (archive)
+        pane.DoZip(path);
+    else
+        list->Populate(path);
     loop.exec();
     // The rows are shown when the list has painted once.
     QCoreApplication::processEvents();

@@ -5,7 +5,7 @@
 # machine has what Kestrin needs; prints the executable's path.
 bench_driver() {
     local build="$root/build/bench"
-    "$root/scripts/setup" >&2
+    "$root/scripts/setup" bench >&2
     cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRIN_TESTS=OFF \
         -DKESTRIN_BENCH=ON >/dev/null
     cmake --build "$build" -j "$(nproc)" --target "$1" >/dev/null
@@ -25,3 +25,6 @@ elapsed() {
 
 # median: the median of the numbers on standard input, one a line.
 median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR+1)/2] : (a[NR/2] + a[NR/2+1]) / 2}'; }
+
+# spread: "min-max" of the numbers on standard input, one a line.
+spread() { sort -n | awk 'NR == 1 {lo = $1} {hi = $1} END {printf "%.3f-%.3f", lo, hi}'; }

@@ -54,6 +54,8 @@ bench_case() {
     c=$(printf '%s\n' "${cp_times[@]}" | median)
     printf '%-28s kestrin %8.3fs   cp -a %8.3fs   kestrin/cp time %5.2f\n' "$name" "$k" "$c" \
         "$(awk -v k="$k" -v c="$c" 'BEGIN { print k / c }')"
+    printf '%-28s spread  kestrin %s s   cp -a %s s\n' "" \
+        "$(printf '%s\n' "${kestrin_times[@]}" | spread)" "$(printf '%s\n' "${cp_times[@]}" | spread)"
 }
 
 # The copy must be exact before its speed means anything.

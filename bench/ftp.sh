@@ -89,6 +89,8 @@ bench_case() {
         "$name" "$k" "$(awk -v k="$k" -v s="$size_mib" 'BEGIN { print s / k }')" \
         "$c" "$(awk -v c="$c" -v s="$size_mib" 'BEGIN { print s / c }')" \
         "$(awk -v k="$k" -v c="$c" 'BEGIN { print c / k }')"
+    printf '%-9s spread  kestrin %s s   curl %s s\n' "" \
+        "$(printf '%s\n' "${kestrin_times[@]}" | spread)" "$(printf '%s\n' "${curl_times[@]}" | spread)"
 }
 
 # The transfers must be exact before their speed means anything.

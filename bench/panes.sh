@@ -53,5 +53,7 @@ k=$(printf '%s\n' "${ls_times[@]}" | median)
 echo "Median of $repeat runs, $(nproc) cores, $entries entries ($rows rows), $(findmnt -no FSTYPE -T "$work") at $work:"
 printf 'listing   kestrin %8.1f ms   ls -l %8.1f ms   kestrin/ls time %5.2f\n' "$l" \
     "$(awk -v k="$k" 'BEGIN { print k * 1000 }')" "$(awk -v l="$l" -v k="$k" 'BEGIN { print l / (k * 1000) }')"
+printf 'spread    kestrin %s ms   ls -l %s s\n' "$(printf '%s\n' "${list[@]}" | spread)" \
+    "$(printf '%s\n' "${ls_times[@]}" | spread)"
 printf 'memory    %.1f MB resident growth for the rows\n' "$m"
 printf 'sort      %.1f ms by size\n' "$s"

@@ -12,6 +12,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <locale.h>
+#include <malloc.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -291,6 +292,12 @@ int kestrin_zip_pack(int fd,
                      size_t count,
                      const struct kestrin_zip_hooks *hooks)
 {
+    /* zlib's state for each member (some 300 KB) is allocated and freed
+     * member by member; with the C library's default it is handed back to
+     * the system each time and its pages zeroed anew for the next, which
+     * for many small files costs more than compressing them. */
+    mallopt(M_TRIM_THRESHOLD, 8 << 20);
+
     struct packer packer = {0};
     packer.hooks = hooks;
     struct stat info;

@@ -1,7 +1,7 @@
+#include "MessageRecorder.h"
 #include "TempHome.h"
 #include "UnprivilegedRerun.h"
 #include "platform/AlertRecorder.h"
-#include "platform/Handler.h"
 #include "query/ContentSearch.h"
 #include "query/PredicateParser.h"
 #include "query/QueryRun.h"
@@ -43,13 +43,6 @@ std::vector<std::string> Found(const std::string &predicate,
     std::sort(paths.begin(), paths.end());
     return paths;
 }
-
-class Recipient : public platform::Handler
-{
-public:
-    void MessageReceived(platform::Message &message) override { received.push_back(message.what); }
-    std::vector<uint32_t> received;
-};
 
 } // namespace
 
@@ -162,14 +155,14 @@ TEST(QueryRun, SendsOneResultsMessageOrNothingWhenCancelled)
     WriteFileBytes(root + "/sub/big", std::string(5000, 'x') + "needle");
     WriteFileBytes(root + "/small", "needle");
     WriteFileBytes(root + "/big2", std::string(5000, 'y'));
-    Recipient recipient;
+    MessageRecorder recipient;
 
     const std::string predicate = "(name==\"*\")&&(size>=4096)";
     std::string error;
     auto run = QueryRun::Start({predicate, "needle", {root}, 601}, &recipient, 77, &error);
     ASSERT_TRUE(run) << error;
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !recipient.received.empty(); }));
-    EXPECT_EQ(recipient.received, std::vector<uint32_t>{77});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !recipient.messages.empty(); }));
+    EXPECT_EQ(recipient.messages[0].what, 77u);
     platform::Message results = run->TakeResults();
     EXPECT_EQ(results.what, 601u);
     entry_ref ref;
@@ -184,7 +177,7 @@ TEST(QueryRun, SendsOneResultsMessageOrNothingWhenCancelled)
 
     // Nothing found: only the predicate.
     run = QueryRun::Start({"name==\"nothing\"", std::nullopt, {root}, 601}, &recipient, 77, &error);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return recipient.received.size() == 2; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return recipient.messages.size() == 2; }));
     results = run->TakeResults();
     EXPECT_NE(results.FindRef("ref", 0, &ref), B_OK);
     EXPECT_EQ(results.FindString("QueryString", &text), B_OK);
@@ -192,7 +185,7 @@ TEST(QueryRun, SendsOneResultsMessageOrNothingWhenCancelled)
     // Cancelled over the whole machine: done soon after, with nothing.
     run = QueryRun::Start({"name==\"*\"", std::nullopt, {"/"}, 601}, &recipient, 77, &error);
     run->Cancel();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return recipient.received.size() == 3; }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return recipient.messages.size() == 3; }));
     EXPECT_TRUE(run->IsDone());
     EXPECT_EQ(run->TakeResults().what, 0u);
 

@@ -2,7 +2,7 @@
 
 #include <cctype>
 #include <charconv>
-#include <cstdlib>
+#include <optional>
 #include <stdexcept>
 
 namespace kestrin {
@@ -210,21 +210,16 @@ QueryValue PredicateParser::ParseNumber()
     std::string number(fText.substr(start, fPosition - start));
     const char *first = number.c_str() + (number[0] == '+' ? 1 : 0);
     const char *last = number.c_str() + number.size();
-    if (!real) {
-        int64_t value = 0;
+    const auto read = [&](auto value) -> std::optional<QueryValue> {
         const auto [end, error] = std::from_chars(first, last, value);
         if (error == std::errc::result_out_of_range)
             Fail("The number " + number + " is out of range.");
         if (error == std::errc() && end == last)
-            return value;
-    } else {
-        double value = 0;
-        const auto [end, error] = std::from_chars(first, last, value);
-        if (error == std::errc::result_out_of_range)
-            Fail("The number " + number + " is out of range.");
-        if (error == std::errc() && end == last)
-            return value;
-    }
+            return QueryValue(value);
+        return std::nullopt;
+    };
+    if (std::optional<QueryValue> value = real ? read(0.0) : read(int64_t(0)))
+        return *value;
     fPosition = start;
     Fail("\"" + number + "\" is not a number.");
 }

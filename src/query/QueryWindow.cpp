@@ -4,7 +4,7 @@
 #include "query/QueryMessages.h"
 #include "query/QueryRun.h"
 #include "query/QueryVolumes.h"
-#include "widgets/RgbColor.h"
+#include "widgets/TabbedPanel.h"
 
 #include <QActionGroup>
 #include <QCheckBox>
@@ -39,23 +39,13 @@ QueryWindow::QueryWindow(const QRect &frame, platform::Handler *target, QWidget 
     resize(kWidth, kHeight);
     move(frame.center() - QPoint(kWidth / 2, kHeight / 2));
 
-    auto *container = new QWidget(this);
-    container->setObjectName("QueryContainer");
-    container->setGeometry(0, 0, kWidth, kHeight);
-    QPalette grey = container->palette();
-    grey.setColor(QPalette::Window, kPanelGrey);
-    container->setPalette(grey);
-    container->setAutoFillBackground(true);
-
-    auto *tabs = new QTabWidget(container);
-    tabs->setObjectName("tab_view");
-    tabs->setGeometry(kMargin, kMargin, kWidth - 2 * kMargin, kHeight - 3 * kMargin - kButtonHeight);
+    QTabWidget *tabs = MakeTabbedPanel(this, kWidth, kHeight, kMargin, kButtonHeight);
     tabs->addTab(BuildGeneralPage(), "General");
     tabs->addTab(BuildAdvancedPage(), "Advanced");
     auto *loadSave = new QWidget;
     loadSave->setObjectName("LoadSaveView");
     tabs->addTab(loadSave, "Load/Save");
-    BuildButtons(container);
+    BuildButtons(tabs->parentWidget());
 
     fCountTimer = new QTimer(this);
     fCountTimer->setInterval(kCountInterval);

@@ -40,6 +40,16 @@ bool Matches(const std::string &predicate, kestrin::QueryCandidate &candidate)
     return parsed.predicate && QueryMatcher::Matches(*parsed.predicate, candidate);
 }
 
+void ExpectMatches(kestrin::QueryCandidate &candidate,
+                   std::initializer_list<const char *> matching,
+                   std::initializer_list<const char *> failing)
+{
+    for (const char *predicate : matching)
+        EXPECT_TRUE(Matches(predicate, candidate)) << predicate;
+    for (const char *predicate : failing)
+        EXPECT_FALSE(Matches(predicate, candidate)) << predicate;
+}
+
 } // namespace
 
 TEST(QueryMatcher, WildcardsMatchWholeNamesByCharacter)
@@ -83,13 +93,14 @@ TEST(QueryMatcher, NamesSizesAndDatesOfRealFiles)
     FileCandidate again(home.Root(), "notes 1.txt");
     EXPECT_FALSE(Matches("(name==\"*.doc\")&&(size>=0)", again));
     EXPECT_EQ(again.stats, 0) << "a name that fails spares the stat";
-    EXPECT_TRUE(Matches("(name!=\"*.doc\")||(size<0)", file));
-    EXPECT_TRUE(Matches("!(size>2000)", file));
-    EXPECT_TRUE(Matches("last_modified>=1000000000", file));
-    EXPECT_FALSE(Matches("last_modified<1000000000", file));
     // Ordered comparisons of names are byte-wise; a number as text.
-    EXPECT_TRUE(Matches("(name>\"notes\")&&(name<\"nz\")", file));
-    EXPECT_TRUE(Matches("size==\"2000\"", file));
+    ExpectMatches(file,
+                  {"(name!=\"*.doc\")||(size<0)",
+                   "!(size>2000)",
+                   "last_modified>=1000000000",
+                   "(name>\"notes\")&&(name<\"nz\")",
+                   "size==\"2000\""},
+                  {"last_modified<1000000000"});
 
     FileCandidate gone(home.Root(), "gone");
     EXPECT_FALSE(Matches("size>=0", gone));
@@ -112,15 +123,14 @@ TEST(QueryMatcher, TypedAttributesCompareByTheirType)
     node.WriteAttr("Flag", B_UINT8_TYPE, 0, &flag, sizeof flag);
     FileCandidate song(home.Root(), "song");
 
-    EXPECT_TRUE(Matches("Audio:Artist==\"Nina*\"", song));
-    EXPECT_FALSE(Matches("Audio:Artist==\"Nina\"", song));
-    EXPECT_TRUE(Matches("Media:Rating<0", song));
-    EXPECT_TRUE(Matches("Media:Rating==-3", song));
-    EXPECT_TRUE(Matches("Audio:Tempo>120.25", song));
-    EXPECT_TRUE(Matches("Audio:Tempo<121", song));
-    EXPECT_TRUE(Matches("Flag==200", song));
     // Without the attribute nothing matches, not even !=.
-    EXPECT_FALSE(Matches("Media:Missing!=\"x\"", song));
-    EXPECT_FALSE(Matches("Media:Missing==\"*\"", song));
-    EXPECT_TRUE(Matches("!(Media:Missing==\"*\")", song));
+    ExpectMatches(song,
+                  {"Audio:Artist==\"Nina*\"",
+                   "Media:Rating<0",
+                   "Media:Rating==-3",
+                   "Audio:Tempo>120.25",
+                   "Audio:Tempo<121",
+                   "Flag==200",
+                   "!(Media:Missing==\"*\")"},
+                  {"Audio:Artist==\"Nina\"", "Media:Missing!=\"x\"", "Media:Missing==\"*\""});
 }

@@ -44,8 +44,8 @@ void QueryRun::Work(platform::Handler *notify, uint32_t doneWhat)
     fWalk.Run(fRequest.roots);
     if (!fWalk.Cancelled()) {
         fResults = platform::Message(fRequest.resultsWhat);
-        for (const entry_ref &ref : fWalk.TakeResults())
-            fResults.AddRef("ref", ref);
+        for (entry_ref &ref : fWalk.TakeResults())
+            fResults.AddRef("ref", std::move(ref));
         fResults.AddString("QueryString", fRequest.predicate);
     }
     fDone = true;

@@ -27,6 +27,7 @@
 #include "platform/Paths.h"
 #include "platform/Volume.h"
 #include "prefs/OptionsWindow.h"
+#include "query/QueryWindow.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -617,6 +618,12 @@ void KestrinWindow::MessageReceived(platform::Message &message)
     case kCmdRevertToDefault:
         Default();
         break;
+    case kCmdQuery: {
+        // Owned by this window, the receiver of its results, and gone with it.
+        auto *query = new QueryWindow(geometry(), this, this);
+        query->setAttribute(Qt::WA_DeleteOnClose);
+        break;
+    }
     case kCmdPreferences: {
         // Owned by this window, the receiver of its 614, and gone with it.
         auto *options = new OptionsWindow(geometry(), this, this);
@@ -755,8 +762,7 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     }
     default:
-        // The windows of queries and FTP sessions are opened here once
-        // they exist.
+        // The window of FTP sessions is opened here once it exists.
         break;
     }
 }

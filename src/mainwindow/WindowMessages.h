@@ -3,6 +3,7 @@
 #include "platform/Message.h"
 #include "platform/TypeCodes.h"
 #include "prefs/PrefsMessages.h"
+#include "query/QueryMessages.h"
 
 #include <cstdint>
 
@@ -42,7 +43,6 @@ inline constexpr uint32_t kCmdRemoveTreeView = 143;
 inline constexpr uint32_t kCmdTrash = 144;
 inline constexpr uint32_t kCmdMkDirText = 512;
 inline constexpr uint32_t kCmdRenameText = 513;
-inline constexpr uint32_t kMsgQueryResults = 601;
 inline constexpr uint32_t kMsgOpenFtpSession = 602;
 inline constexpr uint32_t kCmdRunAddOn = 613;
 inline constexpr uint32_t kCmdZoom = 620;

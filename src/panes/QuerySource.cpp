@@ -12,9 +12,12 @@ namespace {
 std::vector<entry_ref> RefsOf(const platform::Message &results)
 {
     std::vector<entry_ref> refs;
+    // The query window sends one "ref" per entry; "refs" is what panes
+    // and drops have always carried, and is read too.
     entry_ref ref;
-    for (int32_t i = 0; results.FindRef("refs", i, &ref) == B_OK; i++)
-        refs.push_back(ref);
+    for (const char *field : {"refs", "ref"})
+        for (int32_t i = 0; results.FindRef(field, i, &ref) == B_OK; i++)
+            refs.push_back(ref);
     return refs;
 }
 

@@ -1,5 +1,7 @@
 #include "platform/FolderScan.h"
 
+#include "platform/DirEntries.h"
+
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
@@ -9,15 +11,6 @@ namespace platform {
 
 namespace {
 
-// Large enough that a folder of 100,000 entries takes a dozen system calls,
-// small enough to live on the heap only while names are read.
-constexpr size_t kDirentBufferSize = 256 * 1024;
-
-bool IsDotOrDotDot(const char *name)
-{
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
-
 int OpenFolder(const std::string &path)
 {
     int fd;
@@ -25,34 +18,6 @@ int OpenFolder(const std::string &path)
         fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     } while (fd < 0 && errno == EINTR);
     return fd;
-}
-
-// Calls visit(name, d_type) for every entry of the open folder `fd` from its
-// current position, "." and ".." left out, until visit answers false. Reads
-// the kernel's records directly: readdir would copy each name once more and
-// allocate a stream per call.
-template<typename Visit>
-status_t ForEachEntry(int fd, Visit visit)
-{
-    std::vector<char> buffer(kDirentBufferSize);
-    for (;;) {
-        const ssize_t length = getdents64(fd, buffer.data(), buffer.size());
-        if (length < 0) {
-            if (errno == EINTR)
-                continue;
-            return LastError();
-        }
-        if (length == 0)
-            return B_OK;
-        for (ssize_t offset = 0; offset < length;) {
-            const auto *entry = reinterpret_cast<const dirent64 *>(buffer.data() + offset);
-            offset += entry->d_reclen;
-            if (IsDotOrDotDot(entry->d_name))
-                continue;
-            if (!visit(entry->d_name, entry->d_type))
-                return B_OK;
-        }
-    }
 }
 
 bool IsFolderAt(int fd, const char *name, bool followLinks)
@@ -129,7 +94,7 @@ int32_t FolderScan::ReadNames()
     // A second call reads the folder afresh.
     if (lseek(fFD, 0, SEEK_SET) < 0)
         return LastError();
-    const status_t status = ForEachEntry(fFD, [this](const char *name, unsigned char) {
+    const status_t status = ForEachDirEntry(fFD, [this](const char *name, unsigned char) {
         fNames.emplace_back(name);
         return true;
     });
@@ -164,7 +129,7 @@ bool FolderScan::HasSubfolder(const std::string &path, bool followLinks)
     if (fd < 0)
         return false;
     bool found = false;
-    ForEachEntry(fd, [&](const char *name, unsigned char type) {
+    ForEachDirEntry(fd, [&](const char *name, unsigned char type) {
         switch (type) {
         case DT_DIR:
             found = true;

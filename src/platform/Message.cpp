@@ -102,6 +102,11 @@ status_t Message::AddRef(const std::string &name, const entry_ref &value)
     return AddValue(name, B_REF_TYPE, value);
 }
 
+status_t Message::AddRef(const std::string &name, entry_ref &&value)
+{
+    return AddValue(name, B_REF_TYPE, std::move(value));
+}
+
 status_t Message::AddPointer(const std::string &name, const void *value)
 {
     return AddValue(name, B_POINTER_TYPE, value);

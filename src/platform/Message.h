@@ -34,6 +34,8 @@ public:
     status_t AddFloat(const std::string &name, float value);
     status_t AddDouble(const std::string &name, double value);
     status_t AddRef(const std::string &name, const entry_ref &value);
+    // Takes the reference's strings over: a million of them are not copied.
+    status_t AddRef(const std::string &name, entry_ref &&value);
     status_t AddPointer(const std::string &name, const void *value);
 
     // B_NAME_NOT_FOUND when there is no such field, B_BAD_TYPE when the field

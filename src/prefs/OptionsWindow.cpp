@@ -4,6 +4,7 @@
 #include "prefs/ColorControl.h"
 #include "prefs/PrefsMessages.h"
 #include "widgets/RgbColor.h"
+#include "widgets/TabbedPanel.h"
 
 #include <QCheckBox>
 #include <QFrame>
@@ -36,17 +37,7 @@ OptionsWindow::OptionsWindow(const QRect &frame, platform::Handler *target, QWid
     resize(kWidth, kHeight);
     move(frame.center() - QPoint(kWidth / 2, kHeight / 2));
 
-    auto *container = new QWidget(this);
-    container->setObjectName("QueryContainer");
-    container->setGeometry(0, 0, kWidth, kHeight);
-    QPalette grey = container->palette();
-    grey.setColor(QPalette::Window, kPanelGrey);
-    container->setPalette(grey);
-    container->setAutoFillBackground(true);
-
-    auto *tabs = new QTabWidget(container);
-    tabs->setObjectName("tab_view");
-    tabs->setGeometry(kMargin, kMargin, kWidth - 2 * kMargin, kHeight - 3 * kMargin - kButtonHeight);
+    QTabWidget *tabs = MakeTabbedPanel(this, kWidth, kHeight, kMargin, kButtonHeight);
     tabs->addTab(BuildGeneralPage(), "General");
     tabs->addTab(BuildAppearancePage(), "Appearance");
     auto *advanced = new QWidget;

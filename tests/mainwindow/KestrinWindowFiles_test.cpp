@@ -5,13 +5,17 @@
 #include "fileops/ArchiveReader.h"
 #include "fileops/Trash.h"
 #include "mainwindow/WindowMessages.h"
+#include "panes/DirPane.h"
+#include "panes/KsHeader.h"
 #include "panes/PaneMessages.h"
+#include "query/QueryWindow.h"
 #include "support/TestArchives.h"
 
 #include <QDropEvent>
 #include <QFrame>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPushButton>
 
 namespace {
 
@@ -111,6 +115,35 @@ TEST_F(FilesTest, RequestsThatAreRefused)
     ASSERT_EQ(fAlerts.Count(), 2u);
     EXPECT_EQ(fAlerts.Shown()[1].text,
               "This view contains Query Results. You cannot copy or move to it.");
+}
+
+TEST_F(FilesTest, QueryResultsFillTheFocusedPaneAndCopyOut)
+{
+    fs::create_directories(Left() + "/deep");
+    WriteFileBytes(Left() + "/deep/report.txt", "found me");
+    WriteFileBytes(Left() + "/deep/report2.txt", "found me too");
+    WriteFileBytes(Left() + "/other.txt", "");
+    Start();
+
+    // Ctrl+F7 in a pane opens the query window.
+    List(0)->setFocus();
+    QTest::keyClick(List(0), Qt::Key_F7, Qt::ControlModifier);
+    auto *query = fKestrin->Window()->findChild<kestrin::QueryWindow *>();
+    ASSERT_NE(query, nullptr);
+    query->SetRoots({Left()});
+    QTest::keyClicks(query->findChild<QLineEdit *>("Text1"), "report");
+    QTest::mouseClick(query->findChild<QPushButton *>("StartQuery"), Qt::LeftButton);
+    ASSERT_TRUE(
+        WaitFor([&] { return List(0)->Mode() == kestrin::kModeQuery && !List(0)->IsListing(); }));
+    EXPECT_EQ(fKestrin->Window()->Panes().at(0)->Header()->Text(), "(name==\"*report*\")");
+    ASSERT_EQ(List(0)->CountItems(), 2);
+
+    // F5 copies out of the results into the other pane's folder (row 0,
+    // where a folder's ".." would be, is never acted on).
+    SelectIn(0, Left() + "/deep/report2.txt");
+    QTest::keyClick(List(0), Qt::Key_F5);
+    EXPECT_TRUE(WaitFor([&] { return ReadFileBytes(Right() + "/report2.txt") == "found me too"; }));
+    EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
 TEST_F(FilesTest, ALinkOntoATakenNameSaysSo)

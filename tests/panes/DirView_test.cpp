@@ -516,7 +516,7 @@ TEST_F(DirViewTest, QueryResultsShowPathsAndLeadBackToTheFolder)
     for (const std::string &path : {Folder() + "/deep/er", Folder() + "/deep/found.txt"}) {
         entry_ref ref;
         ASSERT_EQ(platform::Entry(path).GetRef(&ref), B_OK);
-        results.AddRef("refs", ref);
+        results.AddRef("ref", ref);
     }
     results.AddString("QueryString", "(name==\"*\")");
     Relist([&] { view.Populate(results); });

@@ -27,6 +27,7 @@
 #include "platform/Paths.h"
 #include "platform/Volume.h"
 #include "prefs/OptionsWindow.h"
+#include "viewer/ViewerWindow.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -735,7 +736,10 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     case kMsgOpenViewer:
         if (message.FindString("path", &text) == B_OK)
-            platform::Launcher::OpenWithPreferredApplication(text);
+            ViewerWindow::Open(text, this);
+        break;
+    case B_REFS_RECEIVED:
+        RefsReceived(message);
         break;
     case kCmdZoom:
         if (isMaximized())
@@ -758,6 +762,24 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         // The windows of queries and FTP sessions are opened here once
         // they exist.
         break;
+    }
+}
+
+void KestrinWindow::RefsReceived(const platform::Message &message)
+{
+    type_code type = 0;
+    int32_t count = 0;
+    if (message.GetInfo("refs", &type, &count) != B_OK || type != B_REF_TYPE)
+        return;
+    for (int32_t i = count - 1; i >= 0; i--) {
+        entry_ref ref;
+        std::string path;
+        if (message.FindRef("refs", i, &ref) != B_OK)
+            continue;
+        const platform::Entry entry(ref);
+        if (entry.InitCheck() != B_OK || entry.GetPath(&path) != B_OK)
+            continue;
+        SetPath(path);
     }
 }
 

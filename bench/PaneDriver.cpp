@@ -7,6 +7,7 @@
 //   sort_ms     sorting the rows again by size
 //   rows        how many rows were shown
 
+#include "DriverMeasures.h"
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
 #include "panes/PaneMessages.h"
@@ -16,26 +17,6 @@
 #include <QEventLoop>
 #include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <unistd.h>
-
-namespace {
-
-double ResidentMegabytes()
-{
-    std::ifstream statm("/proc/self/statm");
-    long pages = 0, resident = 0;
-    statm >> pages >> resident;
-    return double(resident) * double(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
-}
-
-double Milliseconds(std::chrono::steady_clock::time_point since)
-{
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - since)
-        .count();
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {

@@ -767,20 +767,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
 
 void KestrinWindow::RefsReceived(const platform::Message &message)
 {
-    type_code type = 0;
-    int32_t count = 0;
-    if (message.GetInfo("refs", &type, &count) != B_OK || type != B_REF_TYPE)
-        return;
-    for (int32_t i = count - 1; i >= 0; i--) {
-        entry_ref ref;
-        std::string path;
-        if (message.FindRef("refs", i, &ref) != B_OK)
-            continue;
-        const platform::Entry entry(ref);
-        if (entry.InitCheck() != B_OK || entry.GetPath(&path) != B_OK)
-            continue;
+    for (const std::string &path : platform::Entry::PathsOfRefs(message))
         SetPath(path);
-    }
 }
 
 } // namespace kestrin

@@ -362,17 +362,8 @@ void ViewerWindow::MessageReceived(platform::Message &message)
 
 void ViewerWindow::RefsReceived(const platform::Message &message)
 {
-    int32_t count = 0;
-    type_code type = 0;
-    if (message.GetInfo("refs", &type, &count) != B_OK)
-        return;
-    for (int32_t i = count - 1; i >= 0; i--) {
-        entry_ref ref;
-        std::string path;
-        if (message.FindRef("refs", i, &ref) != B_OK)
-            continue;
-        const platform::Entry entry(ref, true);
-        if (entry.InitCheck() == B_OK && entry.IsFile() && entry.GetPath(&path) == B_OK)
+    for (const std::string &path : platform::Entry::PathsOfRefs(message, true)) {
+        if (platform::Entry(path).IsFile())
             Open(path, parentWidget());
     }
 }

@@ -26,7 +26,7 @@ if [ ! -f "$log" ]; then
         print "2024-05-01 12:00:00 host service[0000000]: " needle
     }' >"$log"
 fi
-line="$work/one-line.json"
+line="$work/one-line.txt"
 if [ ! -f "$line" ]; then
     echo "Making a 50 MB file of one line..."
     awk -v needle="$needle" 'BEGIN {

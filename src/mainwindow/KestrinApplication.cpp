@@ -2,7 +2,6 @@
 
 #include "app/AppInfo.h"
 #include "mainwindow/KestrinWindow.h"
-#include "platform/Entry.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -37,20 +36,7 @@ void KestrinApplication::ArgvReceived(const std::vector<std::string> &arguments)
 
 void KestrinApplication::RefsReceived(const platform::Message &message)
 {
-    type_code type = 0;
-    int32_t count = 0;
-    if (message.GetInfo("refs", &type, &count) != B_OK || type != B_REF_TYPE)
-        return;
-    for (int32_t i = count - 1; i >= 0; i--) {
-        entry_ref ref;
-        std::string path;
-        if (message.FindRef("refs", i, &ref) != B_OK)
-            continue;
-        const platform::Entry entry(ref);
-        if (entry.InitCheck() != B_OK || entry.GetPath(&path) != B_OK)
-            continue;
-        fWindow->SetPath(path);
-    }
+    fWindow->RefsReceived(message);
 }
 
 } // namespace kestrin

@@ -28,6 +28,7 @@
 #include "platform/Volume.h"
 #include "prefs/OptionsWindow.h"
 #include "query/QueryWindow.h"
+#include "viewer/ViewerWindow.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -742,7 +743,10 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     case kMsgOpenViewer:
         if (message.FindString("path", &text) == B_OK)
-            platform::Launcher::OpenWithPreferredApplication(text);
+            ViewerWindow::Open(text, this);
+        break;
+    case B_REFS_RECEIVED:
+        RefsReceived(message);
         break;
     case kCmdZoom:
         if (isMaximized())
@@ -765,6 +769,12 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         // The window of FTP sessions is opened here once it exists.
         break;
     }
+}
+
+void KestrinWindow::RefsReceived(const platform::Message &message)
+{
+    for (const std::string &path : platform::Entry::PathsOfRefs(message))
+        SetPath(path);
 }
 
 } // namespace kestrin

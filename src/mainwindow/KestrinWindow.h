@@ -57,6 +57,9 @@ public:
     // A copy, move, link, pack, unpack or delete request of a pane, by key
     // or by a drop.
     void DoDrag(platform::Message &message);
+    // Entries handed over as "refs" (started on, or dropped on a viewer);
+    // the first one is left shown.
+    void RefsReceived(const platform::Message &message);
 
     const std::vector<DirPane *> &Panes() const { return fPanes; }
     bool SettingsApplied() const { return fSettingsApplied; }

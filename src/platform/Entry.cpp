@@ -273,6 +273,25 @@ status_t Entry::GetParent(Entry *parent) const
     return B_OK;
 }
 
+std::vector<std::string> Entry::PathsOfRefs(const Message &message, bool traverse)
+{
+    std::vector<std::string> paths;
+    type_code type = 0;
+    int32_t count = 0;
+    if (message.GetInfo("refs", &type, &count) != B_OK || type != B_REF_TYPE)
+        return paths;
+    for (int32_t i = count - 1; i >= 0; i--) {
+        entry_ref ref;
+        std::string path;
+        if (message.FindRef("refs", i, &ref) != B_OK)
+            continue;
+        const Entry entry(ref, traverse);
+        if (entry.InitCheck() == B_OK && entry.GetPath(&path) == B_OK)
+            paths.push_back(path);
+    }
+    return paths;
+}
+
 status_t Entry::GetRef(entry_ref *ref) const
 {
     if (fStatus != B_OK)

@@ -2,11 +2,13 @@
 
 #include "platform/EntryRef.h"
 #include "platform/Errors.h"
+#include "platform/Message.h"
 
 #include <ctime>
 #include <string>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <vector>
 
 namespace platform {
 
@@ -21,6 +23,11 @@ public:
     Entry() = default;
     explicit Entry(const std::string &path, bool traverse = false);
     explicit Entry(const entry_ref &ref, bool traverse = false);
+
+    // The paths of the entries of a message's "refs" that can be reached,
+    // last first: the order in which refs are handled, so that the first
+    // one is left shown.
+    static std::vector<std::string> PathsOfRefs(const Message &message, bool traverse = false);
 
     status_t SetTo(const std::string &path, bool traverse = false);
     status_t SetTo(const entry_ref &ref, bool traverse = false);

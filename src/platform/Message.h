@@ -11,6 +11,8 @@
 
 // Asks a window to close (and the application, to quit).
 inline constexpr uint32_t B_QUIT_REQUESTED = platform::FourCC("_QRQ");
+// Entries handed to the application to show ("refs").
+inline constexpr uint32_t B_REFS_RECEIVED = platform::FourCC("_RRC");
 
 namespace platform {
 

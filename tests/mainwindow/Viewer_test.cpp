@@ -1,0 +1,83 @@
+// F3 from a real pane opens Kestrin's own viewer, and what is dropped on a
+// viewer lands in the main window's focused pane.
+
+#include "MainWindowTestSupport.h"
+
+#include "viewer/TImageView.h"
+#include "viewer/TextPager.h"
+#include "viewer/ViewerWindow.h"
+
+#include <QDropEvent>
+#include <QImage>
+#include <QMenuBar>
+#include <QMimeData>
+
+namespace {
+
+class ViewerFromPaneTest : public KestrinFixture
+{
+protected:
+    kestrin::ViewerWindow *ViewerTitled(const QString &title)
+    {
+        for (auto *viewer : fKestrin->Window()->findChildren<kestrin::ViewerWindow *>()) {
+            if (viewer->windowTitle() == title && viewer->isVisible())
+                return viewer;
+        }
+        return nullptr;
+    }
+    kestrin::ViewerWindow *ViewWith(const std::string &name)
+    {
+        QApplication::setActiveWindow(fKestrin->Window());
+        SelectIn(0, name);
+        QTest::keyClick(List(0), Qt::Key_F3);
+        return ViewerTitled(QString::fromStdString(name));
+    }
+};
+
+TEST_F(ViewerFromPaneTest, F3OpensTextsImagesAndOtherFilesInTheViewer)
+{
+    const std::string folder = Home() + "/docs";
+    fs::create_directories(folder);
+    WriteFileBytes(folder + "/readme.txt", "hello\n");
+    WriteFileBytes(folder + "/a.zip", std::string("PK\x05\x06", 4) + std::string(18, '\0'));
+    QImage(12, 8, QImage::Format_RGB32).save(QString::fromStdString(folder + "/p.png"));
+    Profile("NumPanes", "2");
+    Profile("Pane0", folder);
+    Profile("Pane1", Home());
+    Start();
+
+    kestrin::ViewerWindow *text = ViewWith("readme.txt");
+    ASSERT_NE(text, nullptr);
+    ASSERT_NE(text->TextView(), nullptr);
+    EXPECT_EQ(text->TextView()->ShownRows().value(0), "hello");
+
+    kestrin::ViewerWindow *image = ViewWith("p.png");
+    ASSERT_NE(image, nullptr);
+    ASSERT_NE(image->ImageView(), nullptr);
+    EXPECT_TRUE(WaitFor([&] { return image->ImageView()->ImageSize() == QSize(12, 8); }));
+
+    kestrin::ViewerWindow *zip = ViewWith("a.zip");
+    ASSERT_NE(zip, nullptr);
+    EXPECT_EQ(zip->TextView(), nullptr);
+    EXPECT_EQ(zip->ImageView(), nullptr);
+    EXPECT_TRUE(fLaunches.Launches().empty()) << "nothing is handed to the desktop";
+    EXPECT_EQ(fAlerts.Count(), 0u);
+
+    // Entries dropped on a viewer go to the focused pane, not the viewer.
+    fs::create_directories(Home() + "/elsewhere");
+    WriteFileBytes(Home() + "/elsewhere/dropped.txt", "x");
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString(Home() + "/elsewhere/dropped.txt"))});
+    // Onto the text, as a user drops: the window takes what its views do not.
+    QWidget *onto = text->TextView()->viewport();
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(onto, &enter);
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(onto, &drop);
+    kestrin::DirView *list = fKestrin->Window()->GetFocusedPane()->List();
+    EXPECT_TRUE(WaitFor(
+        [&] { return list->CurrentPath() == Home() + "/elsewhere" && !list->IsListing(); }));
+    EXPECT_EQ(text->windowTitle(), "readme.txt");
+}
+
+} // namespace

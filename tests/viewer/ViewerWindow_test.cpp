@@ -1,0 +1,328 @@
+#include "viewer/ViewerWindow.h"
+
+#include "platform/AlertRecorder.h"
+#include "support/MessageRecorder.h"
+#include "support/TempHome.h"
+#include "viewer/TImageView.h"
+#include "viewer/TextIndex.h"
+#include "viewer/TextPager.h"
+#include "viewer/ViewerMessages.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QImageWriter>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+using kestrin::TextPager;
+using kestrin::TImageView;
+using kestrin::ViewerWindow;
+
+namespace {
+
+const QRect kFrame(QPoint(50, 50), QPoint(250, 250));
+
+class ViewerTest : public ::testing::Test
+{
+protected:
+    std::string File(const std::string &name, const std::string &bytes)
+    {
+        const std::string path = fHome.Root() + "/" + name;
+        WriteFileBytes(path, bytes);
+        return path;
+    }
+    std::string Image(const std::string &name, QSize size, const char *format)
+    {
+        const std::string path = fHome.Root() + "/" + name;
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(Qt::darkCyan);
+        QImageWriter writer(QString::fromStdString(path), format);
+        EXPECT_TRUE(writer.write(image)) << writer.errorString().toStdString();
+        return path;
+    }
+    static QMenu *Menu(ViewerWindow &window, const char *title)
+    {
+        for (QAction *action : window.menuBar()->actions()) {
+            if (action->text() == title)
+                return action->menu();
+        }
+        return nullptr;
+    }
+    static QAction *Item(QMenu *menu, const char *label)
+    {
+        for (QAction *action : menu->actions()) {
+            if (action->text() == label)
+                return action;
+        }
+        return nullptr;
+    }
+    static void Send(ViewerWindow &window, uint32_t what)
+    {
+        platform::Message message(what);
+        window.MessageReceived(message);
+    }
+    // Laid out as the user sees it.
+    static void Show(QWidget &window)
+    {
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+    }
+    static QRect Screen() { return QGuiApplication::primaryScreen()->geometry(); }
+
+    TempHome fHome;
+    platform::AlertRecorder fAlerts;
+};
+
+TEST_F(ViewerTest, ATextShowsWithItsMenusAndWraps)
+{
+    ViewerWindow window(kFrame, File("notes.txt", "first\nsecond line\n\tthird\n"));
+    Show(window);
+    EXPECT_EQ(window.windowTitle(), "notes.txt");
+    EXPECT_EQ(window.menuBar()->objectName(), "MenuBar");
+    QMenu *file = Menu(window, "File");
+    ASSERT_NE(file, nullptr);
+    const std::tuple<const char *, uint32_t, QKeySequence> items[]
+        = {{"Open", platform::FourCC("open"), QKeySequence("Ctrl+O")},
+           {"Close", B_QUIT_REQUESTED, QKeySequence("Ctrl+W")},
+           {"Quit", B_QUIT_REQUESTED, QKeySequence("Ctrl+Q")}};
+    for (const auto &[label, code, keys] : items) {
+        QAction *item = Item(file, label);
+        ASSERT_NE(item, nullptr) << label;
+        EXPECT_EQ(item->data().toUInt(), code) << label;
+        EXPECT_EQ(item->shortcut(), keys) << label;
+    }
+    EXPECT_TRUE(file->actions().at(1)->isSeparator());
+    EXPECT_EQ(Menu(window, "Image"), nullptr);
+    QMenu *text = Menu(window, "Text");
+    ASSERT_NE(text, nullptr);
+    QAction *wrap = Item(text, "Wrap Text");
+    QAction *edge = Item(text, "Wrap to Edge");
+    EXPECT_EQ(wrap->data().toUInt(), platform::FourCC("wrap"));
+    EXPECT_EQ(edge->data().toUInt(), platform::FourCC("edge"));
+
+    TextPager *view = window.TextView();
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(view->objectName(), "TextScroll");
+    EXPECT_NE(window.findChild<QWidget *>("textView"), nullptr);
+    EXPECT_EQ(view->ShownRows().mid(0, 3), QStringList({"first", "second line", "\tthird"}));
+    EXPECT_FALSE(wrap->isChecked());
+    EXPECT_EQ(view->WrapMode(), TextPager::Wrap::None);
+
+    wrap->trigger();
+    EXPECT_TRUE(wrap->isChecked());
+    EXPECT_EQ(view->WrapMode(), TextPager::Wrap::Words);
+    Send(window, kestrin::kMsgWrapToEdge);
+    EXPECT_TRUE(edge->isChecked());
+    EXPECT_EQ(view->WrapMode(), TextPager::Wrap::Anywhere);
+    edge->trigger();
+    Send(window, kestrin::kMsgWrapText);
+    EXPECT_FALSE(wrap->isChecked());
+    EXPECT_EQ(view->WrapMode(), TextPager::Wrap::None);
+    EXPECT_EQ(fAlerts.Count(), 0u);
+}
+
+TEST_F(ViewerTest, TheWindowFitsTheTextWithinTheScreen)
+{
+    ViewerWindow small(kFrame, File("small.txt", "abc\nabcdef\nab\n"));
+    Show(small);
+    const QSize text = small.TextView()->TextSize();
+    EXPECT_EQ(text.height(), 3 * small.TextView()->RowHeight());
+    EXPECT_EQ(text.width(), QFontMetrics(small.TextView()->font()).horizontalAdvance("abcdef"));
+    // The text fits the view, with no more than a scroll bar's room to spare.
+    const QSize view = small.TextView()->viewport()->size();
+    EXPECT_TRUE(view.width() >= text.width() && view.width() <= text.width() + 14) << view.width();
+    EXPECT_TRUE(view.height() >= text.height() && view.height() <= text.height() + 14)
+        << view.height();
+
+    std::string wide(3000, 'w');
+    std::string tall;
+    for (int i = 0; i < 2000; i++)
+        tall += "row\n";
+    ViewerWindow big(kFrame, File("wide.txt", wide + "\n" + tall));
+    EXPECT_EQ(big.geometry().left() + big.width(), Screen().right() - 100);
+    EXPECT_EQ(big.geometry().top() + big.height(), Screen().bottom() - 100);
+}
+
+TEST_F(ViewerTest, WhatIsNeitherTextNorImageOrCannotBeReadShowsNothing)
+{
+    ViewerWindow zip(kFrame, File("a.zip", std::string("PK\x05\x06", 4) + std::string(18, '\0')));
+    EXPECT_NE(Menu(zip, "Text"), nullptr);
+    EXPECT_EQ(zip.TextView(), nullptr);
+    EXPECT_EQ(zip.ImageView(), nullptr);
+    EXPECT_EQ(fAlerts.Count(), 0u);
+
+    ViewerWindow missing(kFrame, fHome.Root() + "/gone.txt");
+    EXPECT_EQ(missing.windowTitle(), "gone.txt");
+    std::vector<std::string> texts;
+    for (const platform::Alert &alert : fAlerts.Shown())
+        texts.push_back(alert.text);
+    EXPECT_EQ(texts,
+              std::vector<std::string>({"Error opening node!",
+                                        "Error opening node info!",
+                                        "An error occured, don't be surprised nothing happened."}));
+    EXPECT_EQ(fAlerts.Shown().front().title, "Error!");
+    fAlerts.Clear();
+
+    ViewerWindow nothing(kFrame, "");
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].text, "No file type, nothing to do.");
+    fAlerts.Clear();
+
+    // A pipe nobody writes to would hold up whoever opens it for reading.
+    const std::string fifo = fHome.Root() + "/pipe";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    ViewerWindow pipe(kFrame, fifo);
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_NE(fAlerts.Shown()[0].text.find("\"pipe\" is a pipe"), std::string::npos);
+    EXPECT_EQ(pipe.TextView(), nullptr);
+    fAlerts.Clear();
+
+    // Binary bytes under a text type, and Latin-1, read as characters.
+    ViewerWindow binary(kFrame,
+                        File("data.txt", std::string("\x89PNG\0\xff\xfe\n", 8) + "caf\xe9\n"));
+    ASSERT_NE(binary.TextView(), nullptr);
+    Show(binary);
+    EXPECT_EQ(binary.TextView()->ShownRows().mid(0, 2),
+              QStringList({QString::fromUtf8("�PNG␀ÿþ"), QString::fromUtf8("café")}));
+    ViewerWindow empty(kFrame, File("empty.txt", ""));
+    ASSERT_NE(empty.TextView(), nullptr);
+    EXPECT_TRUE(empty.TextView()->ShownRows().isEmpty());
+    EXPECT_EQ(fAlerts.Count(), 0u);
+}
+
+TEST_F(ViewerTest, ImagesScaleByFactorStretchAndFitTheScreen)
+{
+    ViewerWindow window(kFrame, Image("picture.png", QSize(41, 31), "png"));
+    ASSERT_EQ(Menu(window, "Text"), nullptr);
+    QMenu *image = Menu(window, "Image");
+    ASSERT_NE(image, nullptr);
+    QAction *stretch = Item(image, "Stretch to Fit");
+    EXPECT_EQ(stretch->data().toUInt(), platform::FourCC("tfit"));
+    QMenu *scale = Item(image, "Scale")->menu();
+    ASSERT_NE(scale, nullptr);
+    QStringList labels;
+    for (QAction *item : scale->actions()) {
+        labels << (item->isSeparator() ? "-" : item->text());
+        if (!item->isSeparator())
+            EXPECT_EQ(item->data().toUInt(), platform::FourCC("scal"));
+    }
+    EXPECT_EQ(labels, QStringList({"50%", "100%", "200%", "-", "Max"}));
+
+    TImageView *view = window.ImageView();
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(view->objectName(), "imageView");
+    ASSERT_TRUE(QTest::qWaitFor([view] { return view->Decoded(); }));
+    EXPECT_EQ(view->ImageSize(), QSize(41, 31));
+
+    Item(scale, "200%")->trigger();
+    float width = 0, height = 0;
+    view->GetMaxSize(&width, &height);
+    EXPECT_EQ(QSizeF(width, height), QSizeF(82, 62));
+    EXPECT_EQ(window.width(), 82 + 14) << "the window follows the scaled picture";
+
+    Item(scale, "Max")->trigger();
+    EXPECT_EQ(view->ScaleMode(), 0);
+    const QPoint origin(0, window.menuBar()->sizeHint().height());
+    const float across = float(Screen().width() - 1 - 14 - origin.x() - 12) / 40;
+    const float down = float(Screen().height() - 1 - 14 - origin.y() - 32) / 30;
+    EXPECT_FLOAT_EQ(view->Scale(), std::min(across, down));
+
+    stretch->trigger();
+    EXPECT_TRUE(stretch->isChecked());
+    EXPECT_EQ(view->ScaleMode(), 1);
+    stretch->trigger();
+    EXPECT_EQ(view->ScaleMode(), 0);
+    EXPECT_EQ(fAlerts.Count(), 0u);
+}
+
+TEST_F(ViewerTest, ImagesThatDoNotDecodeLeaveTheViewEmpty)
+{
+    const std::string whole = Image("whole.png", QSize(64, 64), "png");
+    const std::string bytes = ReadFileBytes(whole).value();
+    ViewerWindow truncated(kFrame, File("truncated.png", bytes.substr(0, bytes.size() / 3)));
+    ViewerWindow jpeg(kFrame, Image("photo.jpg", QSize(20, 10), "jpeg"));
+    ASSERT_NE(truncated.ImageView(), nullptr);
+    ASSERT_NE(jpeg.ImageView(), nullptr);
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return truncated.ImageView()->Decoded() && jpeg.ImageView()->Decoded(); }));
+    EXPECT_TRUE(truncated.ImageView()->ImageSize().isEmpty());
+    EXPECT_EQ(jpeg.ImageView()->ImageSize(), QSize(20, 10));
+    EXPECT_EQ(fAlerts.Count(), 0u);
+}
+
+TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
+{
+    std::string text;
+    int lines = 0;
+    while (text.size() < (6u << 20))
+        text += "entry " + std::to_string(lines++) + "\n";
+    text += std::string(3 * kestrin::TextIndex::kPieceBytes, 'j') + "needle tail\n";
+    ViewerWindow window(kFrame, File("big.log", text));
+    window.show();
+    QApplication::setActiveWindow(&window);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    TextPager *view = window.TextView();
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(view->ShownRows().front(), "entry 0");
+
+    QTest::keyClick(view, Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(view->ShownRows().mid(view->ShownRows().size() - 2),
+              QStringList({QString(kestrin::TextIndex::kPieceBytes, 'j'), "needle tail"}))
+        << "a long line shows in pieces";
+    QTest::keyClick(view, Qt::Key_Home, Qt::ControlModifier);
+    EXPECT_EQ(view->Top(), 0);
+    QTest::keyClick(view, Qt::Key_Down);
+    EXPECT_EQ(view->ShownRows().front(), "entry 1");
+
+    QSignalSpy finished(view, &TextPager::SearchFinished);
+    QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
+    auto *field = window.findChild<QLineEdit *>("findField");
+    ASSERT_TRUE(field->isVisible());
+    QTest::keyClicks(field, "entry 2");
+    QTest::keyClick(field, Qt::Key_Return);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_EQ(view->MatchOffset(), int64_t(text.find("entry 2")));
+    EXPECT_EQ(view->ShownRows().front(), "entry 2");
+    QTest::keyClick(&window, Qt::Key_F3);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_EQ(view->ShownRows().front(), "entry 20");
+    QTest::keyClick(&window, Qt::Key_F3, Qt::ShiftModifier);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_EQ(view->ShownRows().front(), "entry 2");
+
+    field->setText("needle");
+    QTest::keyClick(field, Qt::Key_Return);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_EQ(view->MatchOffset(), int64_t(text.find("needle")));
+    EXPECT_EQ(view->ShownRows().front(), "needle tail");
+    QTest::keyClick(&window, Qt::Key_F3);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_FALSE(finished.last().at(0).toBool());
+}
+
+TEST_F(ViewerTest, TheOpenPanelStartsAtHomeAndOpensTheChosenFileInANewViewer)
+{
+    QWidget owner;
+    const std::string chosen = File("chosen.txt", "chosen\n");
+    ViewerWindow window(kFrame, File("first.txt", "first\n"), &owner);
+    Send(window, kestrin::kMsgViewerOpen);
+    QFileDialog *panel = window.OpenPanel();
+    ASSERT_NE(panel, nullptr);
+    EXPECT_EQ(panel->directory().absolutePath().toStdString(), fHome.Home());
+    emit panel->filesSelected({QString::fromStdString(chosen)});
+    ViewerWindow *opened = nullptr;
+    for (ViewerWindow *viewer : owner.findChildren<ViewerWindow *>()) {
+        if (viewer->windowTitle() == "chosen.txt")
+            opened = viewer;
+    }
+    ASSERT_NE(opened, nullptr);
+    EXPECT_EQ(opened->geometry().topLeft(), QPoint(50, 50));
+    EXPECT_TRUE(opened->isVisible());
+}
+
+} // namespace

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QFontDatabase>
+#include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPointer>
@@ -14,6 +15,7 @@
 #include <QThreadPool>
 #include <algorithm>
 #include <climits>
+#include <cmath>
 
 namespace kestrin {
 
@@ -68,7 +70,10 @@ QSize TextPager::TextSize() const
 {
     const auto [start, length] = fIndex->LongestRow();
     const QString widest = RowText::Decode(fIndex->Read(start, length));
-    const int width = std::max(1, QFontMetrics(font()).horizontalAdvance(widest));
+    // Rows are laid out with fractional advances: rounded down, the widest
+    // would lose its last character.
+    const int width = std::max(1,
+                               int(std::ceil(QFontMetricsF(font()).horizontalAdvance(widest))) + 1);
     const int64_t height = fIndex->KnownRows() * RowHeight();
     return QSize(width, int(std::min<int64_t>(height, INT_MAX / 2)));
 }

@@ -1,0 +1,51 @@
+#pragma once
+
+// A stored FTP session: "<name>.ftp" in Kestrin's settings folder, next to
+// Kestrin.pref, in the profile's key=value format. The name is the file name
+// less its extension and is not stored inside the file.
+
+#include <string>
+#include <vector>
+
+namespace kestrin {
+
+struct FtpSession
+{
+    std::string name;
+    std::string host;
+    // As typed: nothing checks that it is a number; the client reads it with
+    // the profile's atoi.
+    std::string port = "21";
+    std::string user;
+    std::string pass;
+    std::string remoteDir;
+    std::string localDir;
+
+    // Whether `fileName` names a session: the part from its last "." on is
+    // exactly ".ftp" (so "site.ftp.bak" and "site.FTP" are not sessions).
+    static bool IsSessionFile(const std::string &fileName);
+    // "a.b.ftp" gives "a.b"; a name without "." stays as it is.
+    static std::string NameOf(const std::string &fileName);
+    static std::string FileNameOf(const std::string &name) { return name + ".ftp"; }
+    // The folder the session files live in; empty without a settings folder.
+    static std::string Folder();
+    // The session names, in the order the folder lists them (unsorted).
+    static std::vector<std::string> List();
+
+    // Reads "<file>" from the settings folder. The keys are read into one
+    // shared buffer that starts as the session's name and is not cleared
+    // between keys, so a key missing from the file repeats the text read
+    // before it. Users' edited files have looked so since the first release.
+    static FtpSession Read(const std::string &fileName);
+    // Writes the six keys in their order, creating the file (owner-only) when
+    // it is new and rewriting each line in place when it is not. False when
+    // the file cannot be made.
+    bool Write() const;
+    // Removes the session's file; false when it could not be removed.
+    static bool Remove(const std::string &fileName);
+
+    // The control port as the client takes it.
+    unsigned PortNumber() const;
+};
+
+} // namespace kestrin

@@ -1,0 +1,215 @@
+#include "ftp/ConWin.h"
+
+#include "app/AppUtils.h"
+#include "ftp/FtpMessages.h"
+#include "ftp/FtpSession.h"
+#include "ftp/FtpWin.h"
+#include "platform/Alerts.h"
+#include "platform/NodeMonitor.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace kestrin {
+
+namespace {
+
+constexpr int kWidth = 360;
+constexpr int kHeight = 240;
+
+void NoSelection()
+{
+    MessageBox("Please select a session first.", "Hey", "OK");
+}
+
+} // namespace
+
+ConWin::ConWin(const QRect &frame, platform::Handler *target, QWidget *parent)
+    : QWidget(parent, Qt::Window)
+    , fTarget(target)
+{
+    setWindowTitle("Ftp Sessions");
+    resize(kWidth, kHeight);
+    move(frame.center() - QPoint(kWidth / 2, kHeight / 2));
+
+    auto *container = new QWidget(this);
+    container->setObjectName("FtpConContainer");
+    auto *label = new QLabel("Connect To:", container);
+    label->setObjectName("label1");
+    lvConnections = new QListWidget(container);
+    lvConnections->setObjectName("lvConnections");
+    lvConnections->setSelectionMode(QAbstractItemView::SingleSelection);
+    connect(lvConnections, &QListWidget::itemActivated, this, [this] {
+        platform::Message connect(kMsgFtpConnect);
+        MessageReceived(connect);
+    });
+
+    auto *list = new QVBoxLayout;
+    list->addWidget(label);
+    list->addWidget(lvConnections);
+    auto *columns = new QHBoxLayout(container);
+    columns->addLayout(list, 1);
+    columns->addLayout(BuildButtons(container));
+    auto *outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->addWidget(container);
+
+    LoadConnectionList();
+    show();
+}
+
+ConWin::~ConWin()
+{
+    platform::NodeMonitor::StopWatching(this);
+}
+
+QLayout *ConWin::BuildButtons(QWidget *container)
+{
+    struct Button
+    {
+        const char *label, *name;
+        uint32_t code;
+    };
+    const Button buttons[] = {{"Connect", "bConnect", kMsgFtpConnect},
+                              {"Cancel", "bCancel", kMsgFtpCancel},
+                              {"New Connection", "bNew", kMsgFtpNewSession},
+                              {"Edit", "bEdit", kMsgFtpEditSession},
+                              {"Delete", "bDelete", kMsgFtpDeleteSession}};
+    auto *column = new QVBoxLayout;
+    for (const Button &each : buttons) {
+        auto *button = new QPushButton(each.label, container);
+        button->setObjectName(each.name);
+        button->setAutoDefault(false);
+        connect(button, &QPushButton::clicked, this, [this, code = each.code] {
+            platform::Message message(code);
+            MessageReceived(message);
+        });
+        column->addWidget(button);
+    }
+    column->addStretch();
+    return column;
+}
+
+void ConWin::LoadConnectionList()
+{
+    // A reload keeps the row the user chose, if it is still there.
+    const std::string selected = lvConnections->selectedItems().isEmpty()
+                                     ? std::string()
+                                     : lvConnections->selectedItems().first()->text().toStdString();
+    Clear();
+    for (const std::string &name : FtpSession::List()) {
+        auto *row = new QListWidgetItem(QString::fromStdString(name), lvConnections);
+        if (!selected.empty() && name == selected)
+            row->setSelected(true);
+    }
+    Watch();
+}
+
+void ConWin::Watch()
+{
+    const std::string folder = FtpSession::Folder();
+    const status_t status = folder.empty() ? B_BAD_VALUE
+                                           : platform::NodeMonitor::WatchDirectory(folder, this);
+    if (status == B_OK)
+        return;
+    platform::Alerts::Go({"Err",
+                          status == B_BAD_VALUE
+                              ? "A bad value was passed.  Node Monitoring disabled."
+                              : "Out of memory. Node Monitoring disabled.",
+                          {"Oh Well"}});
+}
+
+void ConWin::Clear()
+{
+    lvConnections->clear();
+}
+
+void ConWin::MessageReceived(platform::Message &message)
+{
+    switch (message.what) {
+    case kMsgFtpConnect:
+        Connect();
+        break;
+    case kMsgFtpCancel:
+        close();
+        break;
+    case kMsgFtpNewSession:
+        Edit(std::nullopt);
+        break;
+    case kMsgFtpEditSession:
+        if (const auto name = SelectedSession())
+            Edit(FtpSession::FileNameOf(*name));
+        break;
+    case kMsgFtpDeleteSession:
+        Delete();
+        break;
+    case B_NODE_MONITOR:
+        ReloadSoon();
+        break;
+    default:
+        Handler::MessageReceived(message);
+        break;
+    }
+}
+
+// Saving a session is several writes, each reported: one reading of the
+// folder after them serves them all.
+void ConWin::ReloadSoon()
+{
+    if (fReloadScheduled)
+        return;
+    fReloadScheduled = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            fReloadScheduled = false;
+            LoadConnectionList();
+        },
+        Qt::QueuedConnection);
+}
+
+std::optional<std::string> ConWin::SelectedSession() const
+{
+    const QList<QListWidgetItem *> selected = lvConnections->selectedItems();
+    if (selected.isEmpty()) {
+        NoSelection();
+        return std::nullopt;
+    }
+    return selected.first()->text().toStdString();
+}
+
+void ConWin::Connect()
+{
+    const auto name = SelectedSession();
+    if (!name)
+        return;
+    platform::Message open(kMsgOpenFtpSession);
+    open.AddString("session", FtpSession::FileNameOf(*name));
+    if (fTarget != nullptr)
+        fTarget->Post(open);
+    close();
+}
+
+void ConWin::Edit(const std::optional<std::string> &fileName)
+{
+    // Owned by the main window when there is one, so that it outlives this
+    // window when the user connects before saving.
+    QWidget *owner = parentWidget() != nullptr ? parentWidget() : this;
+    auto *settings = new FtpWin(geometry(), owner, fileName);
+    settings->setAttribute(Qt::WA_DeleteOnClose);
+}
+
+void ConWin::Delete()
+{
+    const auto name = SelectedSession();
+    if (!name)
+        return;
+    const std::string question = "Are you sure you want to delete the session: " + *name + "?";
+    if (MessageBox(question.c_str(), "Hey", "Cancel", "Delete") == 1)
+        FtpSession::Remove(FtpSession::FileNameOf(*name));
+}
+
+} // namespace kestrin

@@ -1,0 +1,150 @@
+#include "ftp/FtpWin.h"
+
+#include "app/AppUtils.h"
+#include "ftp/FtpMessages.h"
+#include "ftp/FtpSession.h"
+
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace kestrin {
+
+namespace {
+
+constexpr int kWidth = 340;
+constexpr int kHeight = 300;
+
+} // namespace
+
+FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::string> &sessionFile)
+    : QWidget(owner, Qt::Window)
+{
+    setWindowTitle("Ftp Connection");
+    resize(kWidth, kHeight);
+    move(frame.center() - QPoint(kWidth / 2, kHeight / 2));
+
+    auto *container = new QWidget(this);
+    container->setObjectName("FtpContainer");
+    fFields = new QFormLayout(container);
+    auto *warning = new QLabel("Warning! storing password is insecure.", container);
+    warning->setObjectName("label6");
+    fFields->addRow(warning);
+    text1 = AddField("Session:", "text1");
+    text2 = AddField("Host:", "text2");
+    text3 = AddField("Port:", "text3");
+    text3->setText("21");
+    text4 = AddField("User Name:", "text4");
+    // Shown as typed: the user is told above that it is stored so too.
+    text5 = AddField("Password:", "text5");
+    text6 = AddField("Remote Dir:", "text6");
+    text7 = AddField("Local Dir:", "text7");
+    auto *outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    outer->addWidget(container);
+    BuildButtons();
+
+    if (sessionFile)
+        LoadFtpSettings(*sessionFile);
+    show();
+}
+
+QLineEdit *FtpWin::AddField(const char *label, const char *name)
+{
+    auto *field = new QLineEdit(fFields->parentWidget());
+    field->setObjectName(name);
+    fFields->addRow(label, field);
+    return field;
+}
+
+void FtpWin::BuildButtons()
+{
+    QWidget *container = fFields->parentWidget();
+    auto *row = new QHBoxLayout;
+    row->addStretch();
+    const std::pair<const char *, uint32_t> buttons[] = {{"Cancel", kMsgFtpCancel},
+                                                         {"OK", kMsgFtpConnect}};
+    for (const auto &[label, code] : buttons) {
+        auto *button = new QPushButton(label, container);
+        button->setObjectName(code == kMsgFtpConnect ? "bOK" : "bCancel");
+        button->setAutoDefault(false);
+        connect(button, &QPushButton::clicked, this, [this, code] {
+            platform::Message message(code);
+            MessageReceived(message);
+        });
+        row->addWidget(button);
+    }
+    fFields->addRow(row);
+}
+
+void FtpWin::LoadFtpSettings(const std::string &sessionFile)
+{
+    const FtpSession session = FtpSession::Read(sessionFile);
+    text1->setText(QString::fromStdString(session.name));
+    const std::pair<QLineEdit *, const std::string *> fields[] = {{text2, &session.host},
+                                                                  {text3, &session.port},
+                                                                  {text4, &session.user},
+                                                                  {text5, &session.pass},
+                                                                  {text6, &session.remoteDir},
+                                                                  {text7, &session.localDir}};
+    for (const auto &[field, value] : fields) {
+        if (!value->empty())
+            field->setText(QString::fromStdString(*value));
+    }
+}
+
+bool FtpWin::Validate()
+{
+    const std::pair<QLineEdit *, const char *> required[] = {
+        {text1, "You must assign a session name to this connection."},
+        {text2, "You must assign a host to this connection."},
+        {text3, "You must assign a port to this connection."},
+        {text4, "You must assign a user name to this connection."},
+    };
+    for (const auto &[field, text] : required) {
+        if (field->text().isEmpty()) {
+            MessageBox(text, "Info", "OK");
+            field->setFocus();
+            return false;
+        }
+    }
+    return true;
+}
+
+bool FtpWin::SetFtpSetting()
+{
+    FtpSession session;
+    session.name = text1->text().toStdString();
+    session.host = text2->text().toStdString();
+    session.port = text3->text().toStdString();
+    session.user = text4->text().toStdString();
+    session.pass = text5->text().toStdString();
+    session.remoteDir = text6->text().toStdString();
+    session.localDir = text7->text().toStdString();
+    return session.Write();
+}
+
+void FtpWin::MessageReceived(platform::Message &message)
+{
+    switch (message.what) {
+    case kMsgFtpConnect:
+        if (!Validate())
+            break;
+        // A file that could not be made has been reported; there is nothing
+        // more this window can do about it.
+        SetFtpSetting();
+        close();
+        break;
+    case kMsgFtpCancel:
+        close();
+        break;
+    default:
+        Handler::MessageReceived(message);
+        break;
+    }
+}
+
+} // namespace kestrin

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/Handler.h"
+
+#include <QWidget>
+#include <optional>
+#include <string>
+
+class QFormLayout;
+class QLineEdit;
+
+namespace kestrin {
+
+// The "Ftp Connection" window: the settings of one stored session, new or
+// read from its file. "OK" saves once the session, host, port and user name
+// are filled in; saving under another name leaves the old file as it is.
+//
+// GUI thread only.
+class FtpWin : public QWidget, public platform::Handler
+{
+    Q_OBJECT
+
+public:
+    // Shows itself centred on `frame`, on the session file `sessionFile`
+    // ("<name>.ftp") or on a new session.
+    FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::string> &sessionFile);
+
+    // Fills the fields from a session file; a field keeps its text where the
+    // file gives an empty value.
+    void LoadFtpSettings(const std::string &sessionFile);
+    // Writes the fields to "<Session>.ftp"; false when the file could not be
+    // made (the user has been told).
+    bool SetFtpSetting();
+
+    void MessageReceived(platform::Message &message) override;
+
+private:
+    QLineEdit *AddField(const char *label, const char *name);
+    void BuildButtons();
+    // The first of the required fields left empty gets the focus and an alert.
+    bool Validate();
+
+    QFormLayout *fFields = nullptr;
+    QLineEdit *text1 = nullptr; // Session:
+    QLineEdit *text2 = nullptr; // Host:
+    QLineEdit *text3 = nullptr; // Port:
+    QLineEdit *text4 = nullptr; // User Name:
+    QLineEdit *text5 = nullptr; // Password:
+    QLineEdit *text6 = nullptr; // Remote Dir:
+    QLineEdit *text7 = nullptr; // Local Dir:
+};
+
+} // namespace kestrin

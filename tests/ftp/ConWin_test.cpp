@@ -1,0 +1,161 @@
+#include "ftp/ConWin.h"
+
+#include "MessageRecorder.h"
+#include "TempHome.h"
+#include "ftp/FtpMessages.h"
+#include "ftp/FtpWin.h"
+#include "platform/AlertRecorder.h"
+
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTest>
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+using kestrin::ConWin;
+
+namespace {
+
+class ConWinTest : public ::testing::Test
+{
+protected:
+    ConWinTest() { fs::create_directories(Folder()); }
+
+    std::string Folder() const { return fHome.ConfigDir() + "/Kestrin"; }
+    void WriteSession(const std::string &fileName) const
+    {
+        WriteFileBytes(Folder() + "/" + fileName, "Host=h\nPort=21\nUser=u\n");
+    }
+
+    std::unique_ptr<ConWin> Open()
+    {
+        auto window = std::make_unique<ConWin>(QRect(0, 0, 800, 600), &fMain);
+        fList = window->findChild<QListWidget *>("lvConnections");
+        return window;
+    }
+
+    std::vector<std::string> Rows() const
+    {
+        std::vector<std::string> rows;
+        for (int i = 0; i < fList->count(); i++)
+            rows.push_back(fList->item(i)->text().toStdString());
+        std::sort(rows.begin(), rows.end());
+        return rows;
+    }
+
+    bool RowsAre(const std::vector<std::string> &expected) const { return Rows() == expected; }
+
+    void Select(const char *name) const
+    {
+        const auto found = fList->findItems(name, Qt::MatchExactly);
+        ASSERT_EQ(found.size(), 1);
+        fList->setCurrentItem(found.first());
+    }
+
+    static void Click(QWidget *window, const char *button)
+    {
+        QTest::mouseClick(window->findChild<QPushButton *>(button), Qt::LeftButton);
+    }
+
+    TempHome fHome;
+    platform::AlertRecorder fAlerts;
+    MessageRecorder fMain;
+    QListWidget *fList = nullptr;
+};
+
+const platform::Alert kNoSelection{"Hey", "Please select a session first.", {"OK"}};
+
+TEST_F(ConWinTest, ListsSessionFilesOnlyAndFollowsTheFolder)
+{
+    for (const char *name : {"site.ftp.bak", "site.FTP", "a.b.ftp", "x.ftp"})
+        WriteSession(name);
+    auto window = Open();
+    EXPECT_EQ(Rows(), (std::vector<std::string>{"a.b", "x"}));
+
+    // Saved and removed from elsewhere: the list follows without being asked.
+    WriteSession("later.ftp");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return RowsAre({"a.b", "later", "x"}); })) << Rows().size();
+    fs::remove(Folder() + "/x.ftp");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return RowsAre({"a.b", "later"}); })) << Rows().size();
+    EXPECT_EQ(fAlerts.Count(), 0u);
+}
+
+TEST_F(ConWinTest, ConnectNeedsASelectionAndHandsTheSessionFileToTheMainWindow)
+{
+    WriteSession("work.ftp");
+    WriteSession("home.ftp");
+    auto window = Open();
+    Click(window.get(), "bConnect");
+    ASSERT_EQ(fAlerts.Shown(), std::vector<platform::Alert>{kNoSelection});
+    EXPECT_TRUE(window->isVisible());
+
+    Select("work");
+    Click(window.get(), "bConnect");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !fMain.messages.empty(); }));
+    std::string session;
+    EXPECT_EQ(fMain.messages[0].what, kestrin::kMsgOpenFtpSession);
+    EXPECT_EQ(fMain.messages[0].FindString("session", &session), B_OK);
+    EXPECT_EQ(session, "work.ftp");
+    EXPECT_FALSE(window->isVisible());
+
+    // A double-click on a row connects as well.
+    auto second = Open();
+    second->show();
+    const QRect row = fList->visualItemRect(fList->findItems("home", Qt::MatchExactly).first());
+    QTest::mouseClick(fList->viewport(), Qt::LeftButton, {}, row.center());
+    QTest::mouseDClick(fList->viewport(), Qt::LeftButton, {}, row.center());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fMain.messages.size() == 2; }));
+    fMain.messages[1].FindString("session", &session);
+    EXPECT_EQ(session, "home.ftp");
+    EXPECT_EQ(fAlerts.Count(), 1u);
+}
+
+TEST_F(ConWinTest, DeleteRemovesTheFileOnlyWhenConfirmed)
+{
+    WriteSession("old.ftp");
+    auto window = Open();
+    Select("old");
+    fAlerts.QueueAnswer(0); // Cancel
+    Click(window.get(), "bDelete");
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0],
+              (platform::Alert{"Hey",
+                               "Are you sure you want to delete the session: old?",
+                               {"Cancel", "Delete"}}));
+    EXPECT_TRUE(fs::exists(Folder() + "/old.ftp"));
+
+    fAlerts.QueueAnswer(1); // Delete
+    Click(window.get(), "bDelete");
+    EXPECT_FALSE(fs::exists(Folder() + "/old.ftp"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return fList->count() == 0; }));
+}
+
+TEST_F(ConWinTest, EditOpensTheSelectedSessionAndNeedsOne)
+{
+    WriteSession("work.ftp");
+    auto window = Open();
+    Click(window.get(), "bEdit");
+    EXPECT_EQ(fAlerts.Shown(), std::vector<platform::Alert>{kNoSelection});
+    EXPECT_EQ(window->findChild<kestrin::FtpWin *>(), nullptr);
+
+    Select("work");
+    Click(window.get(), "bEdit");
+    auto *settings = window->findChild<kestrin::FtpWin *>();
+    ASSERT_NE(settings, nullptr);
+    EXPECT_EQ(settings->findChild<QLineEdit *>("text1")->text(), "work");
+    EXPECT_EQ(settings->findChild<QLineEdit *>("text4")->text(), "u");
+}
+
+TEST_F(ConWinTest, AFolderThatCannotBeWatchedIsReported)
+{
+    fs::remove_all(Folder());
+    auto window = Open();
+    EXPECT_EQ(fList->count(), 0);
+    const platform::Alert disabled{"Err", "Out of memory. Node Monitoring disabled.", {"Oh Well"}};
+    EXPECT_EQ(fAlerts.Shown(), std::vector<platform::Alert>{disabled});
+}
+
+} // namespace

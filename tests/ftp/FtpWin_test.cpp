@@ -1,0 +1,114 @@
+#include "ftp/FtpWin.h"
+
+#include "TempHome.h"
+#include "platform/AlertRecorder.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+using kestrin::FtpWin;
+
+namespace {
+
+class FtpWinTest : public ::testing::Test
+{
+protected:
+    std::string PathOf(const std::string &fileName) const
+    {
+        return fHome.ConfigDir() + "/Kestrin/" + fileName;
+    }
+
+    std::unique_ptr<FtpWin> Open(const std::optional<std::string> &fileName)
+    {
+        auto window = std::make_unique<FtpWin>(QRect(0, 0, 800, 600), nullptr, fileName);
+        for (int i = 0; i < 7; i++)
+            fields[i] = window->findChild<QLineEdit *>(QString("text%1").arg(i + 1));
+        return window;
+    }
+
+    void Type(int field, const char *text) { fields[field]->setText(text); }
+
+    static void Ok(FtpWin *window)
+    {
+        QTest::mouseClick(window->findChild<QPushButton *>("bOK"), Qt::LeftButton);
+    }
+
+    TempHome fHome;
+    platform::AlertRecorder fAlerts;
+    QLineEdit *fields[7] = {};
+};
+
+TEST_F(FtpWinTest, OkStopsAtTheFirstEmptyRequiredFieldAndFocusesIt)
+{
+    auto window = Open(std::nullopt);
+    EXPECT_EQ(fields[2]->text(), "21");
+    const std::pair<int, const char *> steps[] = {
+        {0, "You must assign a session name to this connection."},
+        {1, "You must assign a host to this connection."},
+        {2, "You must assign a port to this connection."},
+        {3, "You must assign a user name to this connection."},
+    };
+    fields[2]->clear();
+    for (const auto &[field, text] : steps) {
+        fAlerts.Clear();
+        Ok(window.get());
+        ASSERT_EQ(fAlerts.Shown(), (std::vector<platform::Alert>{{"Info", text, {"OK"}}}));
+        EXPECT_EQ(window->focusWidget(), fields[field]);
+        Type(field, field == 2 ? "2121" : "x");
+    }
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_FALSE(fs::exists(PathOf("x.ftp")));
+}
+
+TEST_F(FtpWinTest, ANewSessionIsSavedOwnerOnlyWithItsSixKeys)
+{
+    auto window = Open(std::nullopt);
+    EXPECT_EQ(fields[4]->echoMode(), QLineEdit::Normal);
+    const char *typed[] = {"site", "ftp.example.org", "2121", "me", "secret", "/pub", ""};
+    for (int i = 0; i < 7; i++)
+        Type(i, typed[i]);
+    Ok(window.get());
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(fAlerts.Count(), 0u);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")),
+              "Host=ftp.example.org\nPort=2121\nUser=me\nPass=secret\nRemoteDir=/pub\nLocalDir=\n");
+    struct stat st
+    {};
+    ASSERT_EQ(stat(PathOf("site.ftp").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+}
+
+TEST_F(FtpWinTest, AMissingKeyShowsTheTextBeforeItAndRenamingKeepsTheOldFile)
+{
+    fs::create_directories(PathOf(""));
+    WriteFileBytes(PathOf("old.ftp"), "Host=h\nPort=2121\nPass=pw\n");
+    auto window = Open("old.ftp");
+    const char *shown[] = {"old", "h", "2121", "2121", "pw", "pw", "pw"};
+    for (int i = 0; i < 7; i++)
+        EXPECT_EQ(fields[i]->text().toStdString(), shown[i]) << "text" << i + 1;
+
+    Type(0, "new");
+    Ok(window.get());
+    EXPECT_EQ(ReadFileBytes(PathOf("old.ftp")), "Host=h\nPort=2121\nPass=pw\n");
+    EXPECT_EQ(ReadFileBytes(PathOf("new.ftp")),
+              "Host=h\nPort=2121\nUser=2121\nPass=pw\nRemoteDir=pw\nLocalDir=pw\n");
+}
+
+TEST_F(FtpWinTest, AFileThatCannotBeMadeIsReportedAndTheWindowCloses)
+{
+    auto window = Open(std::nullopt);
+    const char *typed[] = {"no/such/folder", "h", "21", "u"};
+    for (int i = 0; i < 4; i++)
+        Type(i, typed[i]);
+    Ok(window.get());
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].text, "Could not create the application preferences file.");
+    EXPECT_FALSE(window->isVisible());
+}
+
+} // namespace

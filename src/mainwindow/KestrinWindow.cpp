@@ -9,6 +9,7 @@
 #include "fileops/OverWin.h"
 #include "fileops/PermissionsWin.h"
 #include "fileops/Trash.h"
+#include "ftp/ConWin.h"
 #include "mainwindow/AddOns.h"
 #include "mainwindow/MainMenus.h"
 #include "mainwindow/Terminal.h"
@@ -625,6 +626,12 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         query->setAttribute(Qt::WA_DeleteOnClose);
         break;
     }
+    case kCmdFtpConnections: {
+        // Owned by this window, the receiver of its 602, and gone with it.
+        auto *sessions = new ConWin(frameGeometry(), this, this);
+        sessions->setAttribute(Qt::WA_DeleteOnClose);
+        break;
+    }
     case kCmdPreferences: {
         // Owned by this window, the receiver of its 614, and gone with it.
         auto *options = new OptionsWindow(geometry(), this, this);
@@ -766,7 +773,6 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     }
     default:
-        // The window of FTP sessions is opened here once it exists.
         break;
     }
 }

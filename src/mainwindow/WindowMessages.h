@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/FtpMessages.h"
 #include "platform/Message.h"
 #include "platform/TypeCodes.h"
 #include "prefs/PrefsMessages.h"
@@ -43,7 +44,6 @@ inline constexpr uint32_t kCmdRemoveTreeView = 143;
 inline constexpr uint32_t kCmdTrash = 144;
 inline constexpr uint32_t kCmdMkDirText = 512;
 inline constexpr uint32_t kCmdRenameText = 513;
-inline constexpr uint32_t kMsgOpenFtpSession = 602;
 inline constexpr uint32_t kCmdRunAddOn = 613;
 inline constexpr uint32_t kCmdZoom = 620;
 inline constexpr uint32_t kCmdFocusPane = 1000; // 1000 + the pane's index

@@ -1,5 +1,6 @@
 #include "MainWindowTestSupport.h"
 
+#include "ftp/ConWin.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/KsTree.h"
 #include "panes/PaneMessages.h"
@@ -274,8 +275,20 @@ TEST_F(KestrinWindowTest, LaunchingCommands)
     EXPECT_TRUE(fs::exists(launches[1].arguments.at(0)));
     EXPECT_EQ(launches[2].arguments, std::vector<std::string>{Home()});
     // Commands whose windows are not there yet do nothing, and do not crash.
-    for (uint32_t code : {123u, 124u, 125u, 127u, 128u, 142u, 132u})
+    for (uint32_t code : {123u, 125u, 127u, 128u, 142u, 132u})
         Command(window, code);
+}
+
+TEST_F(KestrinWindowTest, FtpConnectionsOpensTheSessionsWindowOnTheWindow)
+{
+    KestrinWindow &window = Start();
+    Command(window, kestrin::kCmdFtpConnections);
+    const auto *sessions = window.findChild<kestrin::ConWin *>();
+    ASSERT_NE(sessions, nullptr);
+    EXPECT_EQ(sessions->windowTitle(), "Ftp Sessions");
+    EXPECT_LE((sessions->geometry().center() - window.frameGeometry().center()).manhattanLength(),
+              2);
+    EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
 } // namespace

@@ -16,7 +16,6 @@ namespace kestrin {
 namespace {
 
 constexpr int kWidth = 340;
-constexpr int kHeight = 300;
 
 } // namespace
 
@@ -24,9 +23,6 @@ FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::stri
     : QWidget(owner, Qt::Window)
 {
     setWindowTitle("Ftp Connection");
-    resize(kWidth, kHeight);
-    move(frame.center() - QPoint(kWidth / 2, kHeight / 2));
-
     auto *container = new QWidget(this);
     container->setObjectName("FtpContainer");
     fFields = new QFormLayout(container);
@@ -46,6 +42,9 @@ FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::stri
     outer->setContentsMargins(0, 0, 0, 0);
     outer->addWidget(container);
     BuildButtons();
+    // As tall as the fields need, whatever the font.
+    resize(kWidth, sizeHint().height());
+    move(frame.center() - QPoint(kWidth / 2, height() / 2));
 
     if (sessionFile)
         LoadFtpSettings(*sessionFile);

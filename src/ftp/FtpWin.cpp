@@ -110,6 +110,13 @@ bool FtpWin::Validate()
             return false;
         }
     }
+    // The name becomes a file name in the settings folder: a "/" would put
+    // the session somewhere else, or nowhere.
+    if (text1->text().contains('/')) {
+        MessageBox("A session name cannot hold a \"/\".", "Info", "OK");
+        text1->setFocus();
+        return false;
+    }
     return true;
 }
 

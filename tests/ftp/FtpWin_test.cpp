@@ -63,6 +63,15 @@ TEST_F(FtpWinTest, OkStopsAtTheFirstEmptyRequiredFieldAndFocusesIt)
     }
     EXPECT_TRUE(window->isVisible());
     EXPECT_FALSE(fs::exists(PathOf("x.ftp")));
+
+    fields[0]->setText("../escaped");
+    fAlerts.Clear();
+    Ok(window.get());
+    EXPECT_EQ(fAlerts.Shown(),
+              (std::vector<platform::Alert>{
+                  {"Info", "A session name cannot hold a \"/\".", {"OK"}}}));
+    EXPECT_EQ(window->focusWidget(), fields[0]);
+    EXPECT_FALSE(fs::exists(PathOf("../escaped.ftp")));
 }
 
 TEST_F(FtpWinTest, ANewSessionIsSavedOwnerOnlyWithItsSixKeys)
@@ -101,8 +110,11 @@ TEST_F(FtpWinTest, AMissingKeyShowsTheTextBeforeItAndRenamingKeepsTheOldFile)
 
 TEST_F(FtpWinTest, AFileThatCannotBeMadeIsReportedAndTheWindowCloses)
 {
+    // A file where the settings folder should be: even root cannot make it.
+    fs::create_directories(fHome.ConfigDir());
+    WriteFileBytes(fHome.ConfigDir() + "/Kestrin", "");
     auto window = Open(std::nullopt);
-    const char *typed[] = {"no/such/folder", "h", "21", "u"};
+    const char *typed[] = {"site", "h", "21", "u"};
     for (int i = 0; i < 4; i++)
         Type(i, typed[i]);
     Ok(window.get());

@@ -9,6 +9,7 @@
 #include "fileops/OverWin.h"
 #include "fileops/PermissionsWin.h"
 #include "fileops/Trash.h"
+#include "ftp/FtpSession.h"
 #include "mainwindow/AddOns.h"
 #include "mainwindow/MainMenus.h"
 #include "mainwindow/Terminal.h"
@@ -34,6 +35,7 @@
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMenuBar>
+#include <QPointer>
 #include <QScreen>
 #include <QThreadPool>
 #include <sys/stat.h>
@@ -412,7 +414,16 @@ void KestrinWindow::GetSettings()
                 mode = kestrin::atoi(value.c_str());
             if (Read(key + "_Type", &value))
                 type = kestrin::atoi(value.c_str());
-            AddFilePane(path, type, sort, mode);
+            // A pane left on a server keeps its session's name: it connects
+            // again, from the home folder.
+            const std::string session = FtpSession::FileNameOf(path);
+            struct stat info;
+            const bool remote = !path.empty() && path[0] != '/'
+                                && platform::StatPath(FtpSession::Folder() + "/" + session, &info)
+                                       == B_OK;
+            AddFilePane(remote ? Home() : path, type, sort, mode);
+            if (remote)
+                fPanes.back()->DoFtp(session);
         }
     }
     if (fPanes.empty())
@@ -498,15 +509,15 @@ void KestrinWindow::DoAboutBox()
                           B_INFO_ALERT});
 }
 
-void KestrinWindow::StartCopyWindow(const QString &title,
-                                    const std::string &destination,
-                                    const platform::Message &request)
+CopyWin *KestrinWindow::StartCopyWindow(const QString &title,
+                                        const std::string &destination,
+                                        const platform::Message &request)
 {
     // The window shows itself, runs the request on a worker of its own and
     // deletes itself when done.
     QRect frame(0, 0, 400, 160);
     frame.moveCenter(geometry().center());
-    new CopyWin(frame, title, destination, request, this);
+    return new CopyWin(frame, title, destination, request, this);
 }
 
 void KestrinWindow::DoDrag(platform::Message &message)
@@ -522,14 +533,16 @@ void KestrinWindow::DoDrag(platform::Message &message)
     }
     if (target == nullptr)
         return;
+    const PaneSource &into = target->List()->Source();
     std::string destination;
     if (message.FindString("DropFolder", &destination) != B_OK)
-        destination = target->List()->CurrentPath();
-    if (const std::string refusal = target->List()->Source().CopyRefusal(); !refusal.empty()) {
+        destination = into.CopyDestination();
+    if (const std::string refusal = into.CopyRefusal(); !refusal.empty()) {
         MsgBox(refusal.c_str());
         return;
     }
-    if (destination == "/") {
+    // The root of a server is a folder like any other.
+    if (destination == "/" && !into.IsRemote()) {
         platform::Alerts::Go({"Warning",
                               "Sorry can't copy files or folders to the root of the file system!",
                               {"OK"}});
@@ -548,7 +561,24 @@ void KestrinWindow::DoDrag(platform::Message &message)
         title = "Packing";
     else if (message.what == kMsgUnpackRequest)
         title = "Unpacking";
-    StartCopyWindow(title, destination, message);
+    else if (message.what == kMsgFtpDownload)
+        title = "Download";
+    else if (into.IsRemote()) {
+        title = "Upload";
+        into.AddCopyInFields(message);
+    }
+    CopyWin *copy = StartCopyWindow(title, destination, message);
+    // The pane on the server lists again once the transfer has ended.
+    DirPane *remote = into.IsRemote()                                            ? target
+                      : source != nullptr && source->List()->Source().IsRemote() ? source
+                                                                                 : nullptr;
+    if (remote != nullptr) {
+        QPointer<DirView> list(remote->List());
+        connect(copy, &QObject::destroyed, this, [list] {
+            if (list && list->Source().IsRemote())
+                list->Refresh();
+        });
+    }
 }
 
 void KestrinWindow::closeEvent(QCloseEvent *event)
@@ -736,6 +766,14 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     case kMsgPreferencesChanged:
         GetPreferences();
+        break;
+    case kMsgOpenFtpSession:
+        if (pane != nullptr && message.FindString("session", &text) == B_OK)
+            pane->DoFtp(text);
+        break;
+    case kCmdDisconnectFtp:
+        if (pane != nullptr)
+            pane->Disconnect();
         break;
     case kMsgOpenArchive:
         if (pane != nullptr && message.FindString("session", &text) == B_OK)

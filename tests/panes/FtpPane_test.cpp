@@ -240,6 +240,18 @@ TEST_F(FtpPaneTest, OddLinesAndNamesAreShownButNeverFetched)
     EXPECT_EQ(request->FindString("FtpDir", &text), B_OK);
     EXPECT_EQ(text, "sub");
 
+    // What an upload into the pane carries to the copy engine.
+    platform::Message upload(kestrin::kMsgCopyRequest);
+    list.Source().AddCopyInFields(upload);
+    EXPECT_EQ(upload.FindString("Session", &text), B_OK);
+    EXPECT_EQ(text, "site");
+    EXPECT_EQ(upload.FindString("FtpPath", &text), B_OK);
+    EXPECT_EQ(text, "/");
+    EXPECT_EQ(upload.FindString("User", &text), B_OK);
+    EXPECT_EQ(text, "anonymous");
+    EXPECT_EQ(upload.FindString("Password", &text), B_OK);
+    EXPECT_EQ(upload.FindInt32("Port", &port), B_OK);
+
     // Nothing is above "/".
     Key(Qt::Key_Backspace);
     EXPECT_FALSE(list.IsListing());

@@ -1,6 +1,7 @@
 #include "ftp/FtpFolderClient.h"
 
 #include "ftp/FtpListing.h"
+#include "platform/PathNames.h"
 
 namespace kestrin {
 
@@ -9,17 +10,6 @@ namespace {
 // Deeper than any real tree; a server that lists a folder inside itself
 // (through a link it calls a folder) stops here.
 constexpr int kMaxDepth = 64;
-
-std::string Join(const std::string &folder, const std::string &name)
-{
-    return folder.empty() || folder.back() == '/' ? folder + name : folder + "/" + name;
-}
-
-// A name that would not stay inside its folder on the server either.
-bool IsPlainName(const std::string &name)
-{
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
-}
 
 // What a server answers PASV with when it does not know or allow it.
 bool RefusesPassive(int code)
@@ -113,7 +103,7 @@ void FtpFolderClient::Remove(const FtpRequest &request)
         if (fFtp.RemoveDir(name.c_str()) != 550 || !IsPlainName(name) || !request.confirmNotEmpty
             || !request.confirmNotEmpty(name))
             continue;
-        const std::string path = Join(request.base, name);
+        const std::string path = platform::JoinPath(request.base, name);
         EmptyFolder(path, 0);
         fFtp.RemoveDir(path.c_str());
     }
@@ -131,7 +121,7 @@ void FtpFolderClient::EmptyFolder(const std::string &path, int depth)
     for (const FtpListingRow &row : GetEntries(listing)) {
         if (!IsPlainName(row.name))
             continue;
-        const std::string inside = Join(path, row.name);
+        const std::string inside = platform::JoinPath(path, row.name);
         if (!row.permissions.empty() && row.permissions[0] == 'd') {
             EmptyFolder(inside, depth + 1);
             fFtp.RemoveDir(inside.c_str());

@@ -16,17 +16,6 @@ namespace {
 
 constexpr int kLoginRefused = 530;
 
-std::string Join(const std::string &folder, const std::string &name)
-{
-    return folder.empty() || folder.back() == '/' ? folder + name : folder + "/" + name;
-}
-
-// A name that can be a file in a local folder: no "/", not "." or "..".
-bool IsLocalName(const std::string &name)
-{
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
-}
-
 // The rows of a server's answer, made on the conversation's worker.
 void MakeRows(const FtpResult &result, const RowStyle &style, FolderLister::Job &job)
 {
@@ -158,7 +147,7 @@ void FtpSource::Listed(const FolderLister::Job &job)
 
 std::string FtpSource::PathOf(const DirListItem &row) const
 {
-    return Join(RemoteFolder(), row.Name());
+    return platform::JoinPath(RemoteFolder(), row.Name());
 }
 
 entry_ref FtpSource::RefOf(const DirListItem &row) const
@@ -243,7 +232,7 @@ platform::Message FtpSource::Request(uint32_t what,
     std::string refused;
     bool any = false;
     for (const DirListItem *row : rows) {
-        if (!IsLocalName(row->Name())) {
+        if (!IsPlainName(row->Name())) {
             refused += "\n\t" + row->Name();
             continue;
         }

@@ -118,14 +118,9 @@ TEST(FtpConversationScripted, ServerClosingInTheListingLeavesNoListing)
 {
     ScriptedServer server([](ScriptedServer::Session &s) {
         LogIn(s);
-        s.ReadLine(); // PASV
-        platform::TcpSocket listener, data;
-        const unsigned port = s.ListenForData(&listener);
-        s.Send("227 Entering Passive Mode (" + PassiveNumbers("127.0.0.1", port) + ").\r\n");
-        if (!s.AcceptData(&listener, &data))
+        platform::TcpSocket data;
+        if (!s.SendPassiveData(&data))
             return;
-        s.ReadLine(); // LIST
-        s.Send("150 here\r\n");
         data.SendAll("drwxr-xr-x 1 u g 0 Jan  1  2020 half", 35);
         // Gone, data and control alike, before the listing ends.
     });

@@ -9,7 +9,6 @@
 #include "fileops/OverWin.h"
 #include "fileops/PermissionsWin.h"
 #include "fileops/Trash.h"
-#include "ftp/FtpSession.h"
 #include "mainwindow/AddOns.h"
 #include "mainwindow/MainMenus.h"
 #include "mainwindow/Terminal.h"
@@ -18,6 +17,7 @@
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
+#include "panes/FtpSource.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
 #include "platform/Entry.h"
@@ -35,7 +35,6 @@
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMenuBar>
-#include <QPointer>
 #include <QScreen>
 #include <QThreadPool>
 #include <sys/stat.h>
@@ -416,13 +415,9 @@ void KestrinWindow::GetSettings()
                 type = kestrin::atoi(value.c_str());
             // A pane left on a server keeps its session's name: it connects
             // again, from the home folder.
-            const std::string session = FtpSession::FileNameOf(path);
-            struct stat info;
-            const bool remote = !path.empty() && path[0] != '/'
-                                && platform::StatPath(FtpSession::Folder() + "/" + session, &info)
-                                       == B_OK;
-            AddFilePane(remote ? Home() : path, type, sort, mode);
-            if (remote)
+            const std::string session = FtpSource::SessionFileOf(path);
+            AddFilePane(session.empty() ? path : Home(), type, sort, mode);
+            if (!session.empty())
                 fPanes.back()->DoFtp(session);
         }
     }
@@ -568,16 +563,9 @@ void KestrinWindow::DoDrag(platform::Message &message)
         into.AddCopyInFields(message);
     }
     CopyWin *copy = StartCopyWindow(title, destination, message);
-    // The pane on the server lists again once the transfer has ended.
-    DirPane *remote = into.IsRemote()                                            ? target
-                      : source != nullptr && source->List()->Source().IsRemote() ? source
-                                                                                 : nullptr;
-    if (remote != nullptr) {
-        QPointer<DirView> list(remote->List());
-        connect(copy, &QObject::destroyed, this, [list] {
-            if (list && list->Source().IsRemote())
-                list->Refresh();
-        });
+    for (DirPane *pane : {source, target}) {
+        if (pane != nullptr)
+            pane->ListAgainAfter(copy);
     }
 }
 

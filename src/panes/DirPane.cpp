@@ -153,6 +153,16 @@ void DirPane::Disconnect()
     SetPath();
 }
 
+void DirPane::ListAgainAfter(QObject *transfer)
+{
+    if (!fList->Source().IsRemote())
+        return;
+    connect(transfer, &QObject::destroyed, fList, [list = fList] {
+        if (list->Source().IsRemote())
+            list->Refresh();
+    });
+}
+
 void DirPane::UseSortAndMode(int key, int mode)
 {
     fList->SetSortMode(key, mode);

@@ -57,6 +57,8 @@ public:
     // folder the pane stood in.
     void Disconnect();
     FtpLogView *Log() const { return fLog; }
+    // A pane on a server lists again once `transfer` (a copy window) is gone.
+    void ListAgainAfter(QObject *transfer);
     void UseSortAndMode(int key, int mode);
     // Reads the display settings again (after the options changed).
     void ReloadSettings();

@@ -95,6 +95,15 @@ std::string FtpSource::HeaderText() const
     return "ftp: " + RemoteFolder();
 }
 
+std::string FtpSource::SessionFileOf(const std::string &savedPlace)
+{
+    if (savedPlace.empty() || savedPlace[0] == '/')
+        return {};
+    const std::string file = FtpSession::FileNameOf(savedPlace);
+    struct stat info;
+    return platform::StatPath(FtpSession::Folder() + "/" + file, &info) == B_OK ? file : "";
+}
+
 std::string FtpSource::SavedPlace() const
 {
     return fConversation->Session().name;

@@ -59,6 +59,10 @@ public:
     platform::Message Request(uint32_t what,
                               const std::vector<const DirListItem *> &rows) const override;
 
+    // The session file ("<name>.ftp") that a saved place names, when it is
+    // stored; empty for a folder's path.
+    static std::string SessionFileOf(const std::string &savedPlace);
+
     // The remote folder, once the place has been listed.
     const std::string &RemoteFolder() const;
     const FtpConversation &Conversation() const { return *fConversation; }

@@ -1,8 +1,10 @@
-// kestrin-pane-driver [--archive] PATH
+// kestrin-pane-driver [--archive | --ftp] PATH
 // Lists the folder PATH into a pane's list the way Kestrin does (read and stat
 // on a worker, rows made and sorted, shown in the list, progress reported to
 // the pane's footer), on Qt's offscreen platform; with --archive, the top of
-// the archive PATH as Enter on it shows it. Prints, one per line:
+// the archive PATH as Enter on it shows it; with --ftp, the remote folder of
+// the stored session PATH ("<name>.ftp"), connecting as 602 does. Prints, one
+// per line:
 //   list_ms     from the request to the rows being shown
 //   rss_mb      growth of resident memory over that listing
 //   sort_ms     sorting the rows again by size
@@ -24,8 +26,9 @@
 int main(int argc, char **argv)
 {
     const bool archive = argc == 3 && std::string(argv[1]) == "--archive";
-    if (argc != 2 && !archive) {
-        fprintf(stderr, "usage: kestrin-pane-driver [--archive] PATH\n");
+    const bool ftp = argc == 3 && std::string(argv[1]) == "--ftp";
+    if (argc != 2 && !archive && !ftp) {
+        fprintf(stderr, "usage: kestrin-pane-driver [--archive | --ftp] PATH\n");
         return 2;
     }
     const std::string path = argv[argc - 1];
@@ -48,6 +51,8 @@ int main(int argc, char **argv)
     const auto start = std::chrono::steady_clock::now();
     if (archive)
         pane.DoZip(path);
+    else if (ftp)
+        pane.DoFtp(path);
     else
         list->Populate(path);
     loop.exec();

@@ -28,3 +28,42 @@ median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR+1)/2] : (a[NR/2
 
 # spread: "min-max" of the numbers on standard input, one a line.
 spread() { sort -n | awk 'NR == 1 {lo = $1} {hi = $1} END {printf "%.3f-%.3f", lo, hi}'; }
+
+# bench_vsftpd WORK SERVE: starts vsftpd on 127.0.0.1 serving SERVE to
+# anonymous users (its configuration in WORK, which also holds an empty
+# folder it needs), waits until it answers, and sets `port` and `server`
+# (its process id) for the caller, who stops it.
+bench_vsftpd() {
+    local work="$1" serve="$2"
+    port="${FTP_PORT:-$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')}"
+    cat >"$work/vsftpd.conf" <<CONF
+listen=YES
+listen_ipv6=NO
+listen_address=127.0.0.1
+listen_port=$port
+background=NO
+run_as_launching_user=YES
+seccomp_sandbox=NO
+secure_chroot_dir=$work/empty
+anonymous_enable=YES
+no_anon_password=YES
+anon_root=$serve
+local_enable=NO
+write_enable=YES
+anon_upload_enable=YES
+anon_other_write_enable=YES
+anon_umask=022
+pasv_enable=YES
+pasv_address=127.0.0.1
+port_enable=YES
+connect_from_port_20=NO
+xferlog_enable=NO
+dirmessage_enable=NO
+CONF
+    "$(command -v vsftpd || echo /usr/sbin/vsftpd)" "$work/vsftpd.conf" &
+    server=$!
+    for _ in $(seq 50); do
+        curl -s --max-time 2 -o /dev/null "ftp://127.0.0.1:$port/" && break
+        sleep 0.1
+    done
+}

@@ -14,7 +14,6 @@ work="${1:-$(mktemp -d /var/tmp/kestrin-ftp-bench.XXXXXX)}"
 size_mib=512
 
 driver="$(bench_driver kestrin-ftp-driver)"
-vsftpd_bin="$(command -v vsftpd || echo /usr/sbin/vsftpd)"
 
 # vsftpd chroots anonymous users and refuses a writable root, so the served
 # root is read-only and uploads go to a writable sub-folder.
@@ -29,38 +28,8 @@ fi
 [ -f "$serve/pub/big" ] || cp "$work/local/big" "$serve/pub/big"
 chmod 0644 "$serve/pub/big"
 
-port="${FTP_PORT:-$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')}"
-cat >"$work/vsftpd.conf" <<CONF
-listen=YES
-listen_ipv6=NO
-listen_address=127.0.0.1
-listen_port=$port
-background=NO
-run_as_launching_user=YES
-seccomp_sandbox=NO
-secure_chroot_dir=$work/empty
-anonymous_enable=YES
-no_anon_password=YES
-anon_root=$serve
-local_enable=NO
-write_enable=YES
-anon_upload_enable=YES
-anon_other_write_enable=YES
-anon_umask=022
-pasv_enable=YES
-pasv_address=127.0.0.1
-port_enable=YES
-connect_from_port_20=NO
-xferlog_enable=NO
-dirmessage_enable=NO
-CONF
-"$vsftpd_bin" "$work/vsftpd.conf" &
-server=$!
+bench_vsftpd "$work" "$serve"
 trap 'kill "$server" 2>/dev/null || true; wait "$server" 2>/dev/null || true; rm -rf "$work/serve/pub/up" "$work/dl"' EXIT
-for _ in $(seq 50); do
-    curl -s --max-time 2 -o /dev/null "ftp://127.0.0.1:$port/" && break
-    sleep 0.1
-done
 url="ftp://127.0.0.1:$port/pub"
 
 # run COMMAND...: times the command after removing what the last run wrote.

@@ -58,4 +58,9 @@ std::vector<FtpListingRow> GetEntries(std::string_view listing)
     return rows;
 }
 
+bool IsPlainName(const std::string &name)
+{
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+}
+
 } // namespace kestrin

@@ -26,4 +26,8 @@ struct FtpListingRow
 // no row. The text ends at its first NUL byte, as the C text of a listing does.
 std::vector<FtpListingRow> GetEntries(std::string_view listing);
 
+// Whether a listed name can stand for an entry inside its folder, here or on
+// the server: not empty, no "/", not "." or "..".
+bool IsPlainName(const std::string &name);
+
 } // namespace kestrin

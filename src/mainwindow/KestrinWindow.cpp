@@ -18,6 +18,7 @@
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
+#include "panes/FtpSource.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
 #include "platform/Entry.h"
@@ -413,7 +414,12 @@ void KestrinWindow::GetSettings()
                 mode = kestrin::atoi(value.c_str());
             if (Read(key + "_Type", &value))
                 type = kestrin::atoi(value.c_str());
-            AddFilePane(path, type, sort, mode);
+            // A pane left on a server keeps its session's name: it connects
+            // again, from the home folder.
+            const std::string session = FtpSource::SessionFileOf(path);
+            AddFilePane(session.empty() ? path : Home(), type, sort, mode);
+            if (!session.empty())
+                fPanes.back()->DoFtp(session);
         }
     }
     if (fPanes.empty())
@@ -499,15 +505,15 @@ void KestrinWindow::DoAboutBox()
                           B_INFO_ALERT});
 }
 
-void KestrinWindow::StartCopyWindow(const QString &title,
-                                    const std::string &destination,
-                                    const platform::Message &request)
+CopyWin *KestrinWindow::StartCopyWindow(const QString &title,
+                                        const std::string &destination,
+                                        const platform::Message &request)
 {
     // The window shows itself, runs the request on a worker of its own and
     // deletes itself when done.
     QRect frame(0, 0, 400, 160);
     frame.moveCenter(geometry().center());
-    new CopyWin(frame, title, destination, request, this);
+    return new CopyWin(frame, title, destination, request, this);
 }
 
 void KestrinWindow::DoDrag(platform::Message &message)
@@ -523,14 +529,16 @@ void KestrinWindow::DoDrag(platform::Message &message)
     }
     if (target == nullptr)
         return;
+    const PaneSource &into = target->List()->Source();
     std::string destination;
     if (message.FindString("DropFolder", &destination) != B_OK)
-        destination = target->List()->CurrentPath();
-    if (const std::string refusal = target->List()->Source().CopyRefusal(); !refusal.empty()) {
+        destination = into.CopyDestination();
+    if (const std::string refusal = into.CopyRefusal(); !refusal.empty()) {
         MsgBox(refusal.c_str());
         return;
     }
-    if (destination == "/") {
+    // The root of a server is a folder like any other.
+    if (destination == "/" && !into.IsRemote()) {
         platform::Alerts::Go({"Warning",
                               "Sorry can't copy files or folders to the root of the file system!",
                               {"OK"}});
@@ -549,7 +557,17 @@ void KestrinWindow::DoDrag(platform::Message &message)
         title = "Packing";
     else if (message.what == kMsgUnpackRequest)
         title = "Unpacking";
-    StartCopyWindow(title, destination, message);
+    else if (message.what == kMsgFtpDownload)
+        title = "Download";
+    else if (into.IsRemote()) {
+        title = "Upload";
+        into.AddCopyInFields(message);
+    }
+    CopyWin *copy = StartCopyWindow(title, destination, message);
+    for (DirPane *pane : {source, target}) {
+        if (pane != nullptr)
+            pane->ListAgainAfter(copy);
+    }
 }
 
 void KestrinWindow::closeEvent(QCloseEvent *event)
@@ -743,6 +761,14 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     case kMsgPreferencesChanged:
         GetPreferences();
+        break;
+    case kMsgOpenFtpSession:
+        if (pane != nullptr && message.FindString("session", &text) == B_OK)
+            pane->DoFtp(text);
+        break;
+    case kCmdDisconnectFtp:
+        if (pane != nullptr)
+            pane->Disconnect();
         break;
     case kMsgOpenArchive:
         if (pane != nullptr && message.FindString("session", &text) == B_OK)

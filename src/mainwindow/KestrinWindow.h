@@ -10,6 +10,7 @@ class QMenu;
 
 namespace kestrin {
 
+class CopyWin;
 class DirPane;
 class DirView;
 
@@ -84,9 +85,9 @@ private:
     // The pane a request of the focused pane goes to: its right-hand
     // neighbour, or its left-hand one for the last pane.
     DirPane *OtherPane(const DirPane *pane) const;
-    void StartCopyWindow(const QString &title,
-                         const std::string &destination,
-                         const platform::Message &request);
+    CopyWin *StartCopyWindow(const QString &title,
+                             const std::string &destination,
+                             const platform::Message &request);
 
     std::vector<DirPane *> fPanes;
     QWidget *fPaneRow = nullptr;

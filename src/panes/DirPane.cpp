@@ -1,9 +1,13 @@
 #include "panes/DirPane.h"
 
 #include "app/PaneSettings.h"
+#include "ftp/FtpConversation.h"
+#include "ftp/FtpMessages.h"
 #include "panes/ArchiveSource.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
+#include "panes/FtpLogView.h"
+#include "panes/FtpSource.h"
 #include "panes/KsFtr.h"
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
@@ -21,6 +25,8 @@ namespace {
 
 // The tree's own scroll bar needs this much room beside it.
 constexpr int kTreeScrollBar = 14;
+// The log view of a pane on a server, below its list.
+constexpr int kLogHeight = 90;
 
 } // namespace
 
@@ -39,6 +45,8 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
     fList = new DirView(this, path, iconLabel, this);
     fList->setObjectName("ScrollContainer");
     fFooter = new KsFtr(this);
+    fLog = new FtpLogView(this);
+    fLog->hide();
     fHeader->setVisible(fShowHeader);
     fFooter->setVisible(fShowFooter);
     connect(fHeader, &KsHeader::Clicked, this, [this] { FocusList(); });
@@ -63,6 +71,10 @@ void DirPane::SetPath()
 {
     fHeader->SetText(fList->Source().HeaderText());
     fFooter->SetText(fList->GetFiles());
+    if (fLog->isHidden() == fList->Source().IsRemote()) {
+        fLog->setVisible(fList->Source().IsRemote());
+        Layout();
+    }
 }
 
 void DirPane::SetHeaderVisible(bool visible)
@@ -111,6 +123,44 @@ void DirPane::DoZip(const std::string &archive)
         });
     });
     SetPath();
+}
+
+void DirPane::DoFtp(const std::string &sessionFile)
+{
+    auto conversation = std::make_shared<FtpConversation>(FtpSession::Read(sessionFile));
+    connect(conversation.get(), &FtpConversation::LogLine, this, [this](const QString &line) {
+        platform::Message status(kMsgFtpStatus);
+        status.AddString("status", line.toStdString());
+        MessageReceived(status);
+    });
+    connect(conversation.get(), &FtpConversation::Changed, this, [this] { SetPath(); });
+    const std::string standing = fList->Source().Folder();
+    fList->Clear();
+    fList->Show(std::make_unique<FtpSource>(std::move(conversation), standing),
+                [this] { SetPath(); });
+    SetPath();
+}
+
+void DirPane::Disconnect()
+{
+    if (!fList->Source().IsRemote())
+        return;
+    // The conversation goes with the last place of the server: its worker
+    // says QUIT, or is cut short, on its own.
+    const std::string local = fList->Source().Folder();
+    fList->Clear();
+    fList->Show(std::make_unique<FolderSource>(local), [this] { SetPath(); });
+    SetPath();
+}
+
+void DirPane::ListAgainAfter(QObject *transfer)
+{
+    if (!fList->Source().IsRemote())
+        return;
+    connect(transfer, &QObject::destroyed, fList, [list = fList] {
+        if (list->Source().IsRemote())
+            list->Refresh();
+    });
 }
 
 void DirPane::UseSortAndMode(int key, int mode)
@@ -173,9 +223,13 @@ void DirPane::Layout()
     const int width = this->width();
     const int height = this->height();
     const int top = fShowHeader ? fHeader->sizeHint().height() : 0;
-    const int bottom = fShowFooter ? fFooter->sizeHint().height() : 0;
+    const int footer = fShowFooter ? fFooter->sizeHint().height() : 0;
     fHeader->setGeometry(0, 0, width, top);
-    fFooter->setGeometry(0, height - bottom, width, bottom);
+    fFooter->setGeometry(0, height - footer, width, footer);
+    const int log = fLog->isHidden() ? 0
+                                     : std::min(kLogHeight, std::max(0, height - top - footer) / 3);
+    fLog->setGeometry(0, height - footer - log, width, log);
+    const int bottom = footer + log;
     int left = 0;
     if (fTreeContainer != nullptr) {
         // The left third, below the header and above the footer.
@@ -214,6 +268,12 @@ void DirPane::MessageReceived(platform::Message &message)
     case B_NODE_MONITOR:
         fList->HandleNodeMonitor(message);
         break;
+    case kMsgFtpStatus: {
+        std::string text;
+        if (message.FindString("status", &text) == B_OK)
+            fLog->Append(text);
+        break;
+    }
     default:
         break;
     }

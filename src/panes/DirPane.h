@@ -9,6 +9,7 @@
 namespace kestrin {
 
 class DirView;
+class FtpLogView;
 class KsFtr;
 class KsHeader;
 class KsTree;
@@ -48,6 +49,16 @@ public:
     // Shows the contents of an archive, keeping the pane's folder to return
     // to; when the archive cannot be read the folder is listed again.
     void DoZip(const std::string &archive);
+    // Connects the pane to the session stored in `sessionFile` ("<name>.ftp")
+    // and lists its remote folder; the log view below the list shows the
+    // conversation.
+    void DoFtp(const std::string &sessionFile);
+    // Back from a server to the local folder of its session, else to the
+    // folder the pane stood in.
+    void Disconnect();
+    FtpLogView *Log() const { return fLog; }
+    // A pane on a server lists again once `transfer` (a copy window) is gone.
+    void ListAgainAfter(QObject *transfer);
     void UseSortAndMode(int key, int mode);
     // Reads the display settings again (after the options changed).
     void ReloadSettings();
@@ -55,7 +66,7 @@ public:
     void DoTree();
     void UnDoTree();
 
-    // 607, 610, 609, 608, 500 and node-monitor messages.
+    // 607, 610, 609, 608, 500, 603 and node-monitor messages.
     void MessageReceived(platform::Message &message) override;
 
 protected:
@@ -68,6 +79,7 @@ private:
     KsHeader *fHeader;
     DirView *fList;
     KsFtr *fFooter;
+    FtpLogView *fLog;
     KsTree *fTree = nullptr;
     QWidget *fTreeContainer = nullptr;
     bool fShowHeader = true;

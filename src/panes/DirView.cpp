@@ -179,9 +179,7 @@ void DirView::StartListing(Continuation then)
     if (const std::string watched = fSource->WatchedFolder(); !watched.empty())
         DoNodeMonitor(watched);
     const RowStyle style = Style();
-    fJob = FolderLister::Start(fSource->Reader(style), style, this, [this](auto job) {
-        ListingArrived(std::move(job));
-    });
+    fJob = fSource->StartReading(style, this, [this](auto job) { ListingArrived(std::move(job)); });
     fProgressTimer->start();
 }
 

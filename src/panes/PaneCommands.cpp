@@ -113,7 +113,10 @@ void PaneCommands::Trash()
     if (rows.empty())
         return;
     const kestrin::Trash trash;
-    const bool permanent = trash.InitCheck() == B_OK && trash.IsTrashFolder(fView.CurrentPath());
+    // Nothing on a server goes to the Trash.
+    const bool permanent = fView.Source().IsRemote()
+                           || (trash.InitCheck() == B_OK
+                               && trash.IsTrashFolder(fView.CurrentPath()));
     std::vector<std::string> names;
     for (const DirListItem *row : rows)
         names.push_back(row->Name());
@@ -123,6 +126,10 @@ void PaneCommands::Trash()
                                    permanent ? B_STOP_ALERT : B_WARNING_ALERT};
     if (platform::Alerts::Go(question) != 1)
         return;
+    if (std::unique_ptr<PaneSource> place = fView.Source().WithoutRows({rows.begin(), rows.end()})) {
+        fView.Show(std::move(place));
+        return;
+    }
     platform::Message request(kMsgDeleteRequest);
     for (const DirListItem *row : rows)
         request.AddRef("refs", fView.RefOf(row));
@@ -222,8 +229,6 @@ std::string PaneCommands::NewFolderName(const std::function<bool(const std::stri
 
 void PaneCommands::NewFolder()
 {
-    if (!fView.Source().IsLocalFolder())
-        return;
     // Only folders count: a file called "New Folder" does not move the
     // name on, and making the folder then fails in the file system.
     std::unordered_set<std::string> folders;
@@ -236,6 +241,13 @@ void PaneCommands::NewFolder()
                "with \"New Folder\" then Kestrin is prepared to handle.");
         return;
     }
+    // A server makes the folder itself; the listing that follows shows it.
+    if (std::unique_ptr<PaneSource> place = fView.Source().WithNewFolder(name)) {
+        fView.Show(std::move(place), [view = &fView, name] { view->SelectByName(name); });
+        return;
+    }
+    if (!fView.Source().IsLocalFolder())
+        return;
     MkDir(name);
     const int index = fView.FindItem(name);
     if (index < 0)

@@ -19,6 +19,13 @@ entry_ref PaneSource::RefOf(const DirListItem &row) const
     return ref;
 }
 
+std::shared_ptr<FolderLister::Job> PaneSource::StartReading(const RowStyle &style,
+                                                            QObject *context,
+                                                            FolderLister::Done done) const
+{
+    return FolderLister::Start(Reader(style), style, context, std::move(done));
+}
+
 CopyOut PaneSource::CopyRequest() const
 {
     return {kMsgCopyRequest, "Copy"};

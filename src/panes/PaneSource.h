@@ -60,6 +60,12 @@ public:
 
     // What reads the place on a worker.
     virtual FolderLister::Reader Reader(const RowStyle &style) const = 0;
+    // Starts reading the place: its reader on a worker of the pool, or, for
+    // a place with a conversation of its own (a server), through that;
+    // `done` follows on the GUI thread as FolderLister::Start says.
+    virtual std::shared_ptr<FolderLister::Job> StartReading(const RowStyle &style,
+                                                            QObject *context,
+                                                            FolderLister::Done done) const;
     // The listing arrived (GUI thread), opened or not.
     virtual void Listed(const FolderLister::Job &) {}
     // The folder whose changes node monitoring reports to the pane; empty
@@ -89,6 +95,20 @@ public:
     virtual std::string CopyRefusal() const { return {}; }
     // On a server: nothing is transferred between two such places.
     virtual bool IsRemote() const { return false; }
+    // Where a copy into this place is said to land (the copy window's
+    // target text).
+    virtual std::string CopyDestination() const { return Folder(); }
+    // What a copy into this place must carry besides its entries (the
+    // server to send them to).
+    virtual void AddCopyInFields(platform::Message &) const {}
+    // Where the place makes and deletes entries itself (on a server): the
+    // same place once the folder `name` is made, or once `rows` are
+    // deleted; null where the pane does it on disk.
+    virtual std::unique_ptr<PaneSource> WithNewFolder(const std::string &) const { return nullptr; }
+    virtual std::unique_ptr<PaneSource> WithoutRows(const std::vector<const DirListItem *> &) const
+    {
+        return nullptr;
+    }
     virtual CopyOut CopyRequest() const;
     // The alert F4 answers with where rows cannot be opened in an editor.
     virtual std::optional<platform::Alert> EditRefusal() const { return std::nullopt; }

@@ -1,5 +1,7 @@
 #include "platform/TcpSocket.h"
 
+#include "platform/SocketInterrupt.h"
+
 #include <arpa/inet.h>
 #include <cerrno>
 #include <fcntl.h>
@@ -87,8 +89,10 @@ TcpSocket::~TcpSocket()
 
 TcpSocket::TcpSocket(TcpSocket &&other) noexcept
     : fFD(other.fFD)
+    , fInterrupt(other.fInterrupt)
 {
     other.fFD = -1;
+    other.fInterrupt = nullptr;
 }
 
 TcpSocket &TcpSocket::operator=(TcpSocket &&other) noexcept
@@ -96,7 +100,9 @@ TcpSocket &TcpSocket::operator=(TcpSocket &&other) noexcept
     if (this != &other) {
         Close();
         fFD = other.fFD;
+        fInterrupt = other.fInterrupt;
         other.fFD = -1;
+        other.fInterrupt = nullptr;
     }
     return *this;
 }
@@ -115,7 +121,17 @@ status_t TcpSocket::Open()
 {
     Close();
     fFD = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    return fFD < 0 ? LastError() : B_OK;
+    if (fFD < 0)
+        return LastError();
+    Adopt();
+    return B_OK;
+}
+
+void TcpSocket::Adopt()
+{
+    fInterrupt = SocketInterrupt::Current();
+    if (fInterrupt != nullptr)
+        fInterrupt->Adopt(fFD);
 }
 
 status_t TcpSocket::Connect(const SocketAddress &address, int timeoutMs)
@@ -132,7 +148,11 @@ status_t TcpSocket::Connect(const SocketAddress &address, int timeoutMs)
     const sockaddr_in target = ToSockaddr(address);
     int result = connect(fFD, reinterpret_cast<const sockaddr *>(&target), sizeof target);
     status_t status = B_OK;
-    if (result != 0 && errno == EINPROGRESS) {
+    // Interrupted before the connection was under way: a shutdown would not
+    // have reached it.
+    if (result != 0 && errno == EINPROGRESS && fInterrupt != nullptr && fInterrupt->Triggered()) {
+        status = B_CANCELED;
+    } else if (result != 0 && errno == EINPROGRESS) {
         const int events = PollFor(fFD, POLLOUT, timeoutMs / 1000, long(timeoutMs % 1000) * 1000);
         if (events == 0) {
             status = B_TIMED_OUT;
@@ -173,6 +193,7 @@ status_t TcpSocket::Accept(TcpSocket *connection)
     if (fd < 0)
         return LastError();
     *connection = TcpSocket(fd);
+    connection->Adopt();
     return B_OK;
 }
 
@@ -268,10 +289,14 @@ void TcpSocket::ShutdownSend()
 
 void TcpSocket::Close()
 {
-    if (fFD >= 0) {
+    if (fFD < 0)
+        return;
+    if (fInterrupt != nullptr)
+        fInterrupt->Close(fFD);
+    else
         ::close(fFD);
-        fFD = -1;
-    }
+    fFD = -1;
+    fInterrupt = nullptr;
 }
 
 } // namespace platform

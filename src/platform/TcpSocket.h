@@ -9,6 +9,8 @@
 
 namespace platform {
 
+class SocketInterrupt;
+
 // An IPv4 address and port, both in host byte order.
 struct SocketAddress
 {
@@ -26,7 +28,8 @@ struct SocketAddress
 status_t ResolveHost(const std::string &name, uint32_t *host);
 
 // A TCP stream socket (IPv4), owned: the descriptor is closed when the object
-// goes. Calls that can fail answer a status from StatusFromErrno; Send and
+// goes. A socket opened or accepted under a SocketInterrupt::Scope belongs to
+// that interrupt. Calls that can fail answer a status from StatusFromErrno; Send and
 // Receive answer a byte count or a negative status.
 class TcpSocket
 {
@@ -81,8 +84,10 @@ private:
     explicit TcpSocket(int fd)
         : fFD(fd)
     {}
+    void Adopt();
 
     int fFD = -1;
+    SocketInterrupt *fInterrupt = nullptr;
 };
 
 } // namespace platform

@@ -57,6 +57,19 @@ bool ScriptedServer::Session::ConnectData(unsigned port, TcpSocket *data)
            == B_OK;
 }
 
+bool ScriptedServer::Session::SendPassiveData(TcpSocket *data)
+{
+    ReadLine(); // PASV
+    TcpSocket listener;
+    const unsigned port = ListenForData(&listener);
+    Send("227 Entering Passive Mode (" + PassiveNumbers("127.0.0.1", port) + ").\r\n");
+    if (!AcceptData(&listener, data))
+        return false;
+    ReadLine();
+    Send("150 here\r\n");
+    return true;
+}
+
 void ScriptedServer::Session::WaitForClose()
 {
     for (std::string line = ReadLine(); !line.empty(); line = ReadLine()) {

@@ -30,6 +30,9 @@ public:
         unsigned ListenForData(platform::TcpSocket *listener);
         bool AcceptData(platform::TcpSocket *listener, platform::TcpSocket *data);
         bool ConnectData(unsigned port, platform::TcpSocket *data);
+        // Answers the client's PASV with a data connection on 127.0.0.1,
+        // takes it, and answers the LIST (or RETR) that follows with 150.
+        bool SendPassiveData(platform::TcpSocket *data);
         // Answers QUIT and waits for the client to close the connection.
         void WaitForClose();
 

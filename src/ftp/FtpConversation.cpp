@@ -1,0 +1,162 @@
+#include "ftp/FtpConversation.h"
+
+#include "ftp/FtpFolderClient.h"
+#include "platform/SocketInterrupt.h"
+
+#include <QMetaObject>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace kestrin {
+
+namespace {
+
+constexpr int kLoginRefused = 530;
+
+} // namespace
+
+// What the GUI thread and the worker share.
+struct FtpConversation::Shared
+{
+    struct Job
+    {
+        uint64_t id = 0;
+        FtpRequest request;
+        Prepare prepare;
+        Done done;
+    };
+
+    std::mutex lock;
+    std::condition_variable wake;
+    std::optional<Job> pending; // guarded by lock
+    bool busy = false;          // guarded by lock
+    bool quit = false;          // guarded by lock
+    // Null once the conversation is gone: nothing more reaches it.
+    FtpConversation *receiver = nullptr; // guarded by lock
+    platform::SocketInterrupt interrupt;
+
+    // Runs `call` on the GUI thread with the conversation, while it lives.
+    // Qt drops the call when the receiver is deleted before it runs.
+    void PostLocked(std::function<void(FtpConversation &)> call)
+    {
+        if (receiver == nullptr)
+            return;
+        FtpConversation *to = receiver;
+        QMetaObject::invokeMethod(
+            to, [to, call = std::move(call)] { call(*to); }, Qt::QueuedConnection);
+    }
+    void Post(std::function<void(FtpConversation &)> call)
+    {
+        std::lock_guard<std::mutex> hold(lock);
+        PostLocked(std::move(call));
+    }
+};
+
+FtpConversation::FtpConversation(FtpSession session, unsigned timeoutMs)
+    : fSession(std::move(session))
+    , fShared(std::make_shared<Shared>())
+{
+    fShared->receiver = this;
+    std::thread(&FtpConversation::Work, fShared, fSession, timeoutMs).detach();
+}
+
+FtpConversation::~FtpConversation()
+{
+    std::lock_guard<std::mutex> hold(fShared->lock);
+    fShared->receiver = nullptr;
+    fShared->quit = true;
+    fShared->pending.reset();
+    // A request under way is cut short; an idle connection is closed with
+    // QUIT on the worker, which nobody waits for.
+    if (fShared->busy)
+        fShared->interrupt.Trigger();
+    fShared->wake.notify_one();
+}
+
+void FtpConversation::Submit(FtpRequest request, Prepare prepare, Done done)
+{
+    const uint64_t id = ++fLatest;
+    if (request.step == FtpRequest::Step::Connect)
+        SetStatus("ftp: Connecting...");
+    std::lock_guard<std::mutex> hold(fShared->lock);
+    fShared->pending = Shared::Job{id, std::move(request), std::move(prepare), std::move(done)};
+    if (fShared->busy)
+        fShared->interrupt.Trigger();
+    fShared->wake.notify_one();
+}
+
+void FtpConversation::SetStatus(const std::string &status)
+{
+    if (status == fStatus)
+        return;
+    fStatus = status;
+    emit Changed();
+}
+
+void FtpConversation::Connected(uint64_t id)
+{
+    if (id == fLatest)
+        SetStatus("ftp: Connected!");
+}
+
+void FtpConversation::Deliver(uint64_t id, FtpResult &result, const Done &done)
+{
+    if (id != fLatest)
+        return;
+    if (result.connectCode == kLoginRefused)
+        fStatus = "ftp: Bad username or password.";
+    else if (result.connectCode != 0)
+        fStatus = "ftp: Failed to connect.  Please check you internet connection";
+    else
+        fStatus.clear();
+    if (done)
+        done(result);
+    // The folder a place reached is known only now.
+    emit Changed();
+}
+
+void FtpConversation::Work(std::shared_ptr<Shared> shared, FtpSession session, unsigned timeoutMs)
+{
+    platform::SocketInterrupt::Scope scope(&shared->interrupt);
+    FtpFolderClient client(std::move(session), timeoutMs, [&shared](const std::string &line) {
+        shared->Post([text = QString::fromStdString(line)](FtpConversation &conversation) {
+            emit conversation.LogLine(text);
+        });
+    });
+    std::unique_lock<std::mutex> hold(shared->lock);
+    for (;;) {
+        shared->wake.wait(hold, [&] { return shared->pending || shared->quit; });
+        if (!shared->pending)
+            break;
+        Shared::Job job = std::move(*shared->pending);
+        shared->pending.reset();
+        shared->busy = true;
+        hold.unlock();
+
+        auto result = std::make_shared<FtpResult>(client.Run(job.request, [&] {
+            shared->Post(
+                [id = job.id](FtpConversation &conversation) { conversation.Connected(id); });
+        }));
+        const bool cut = shared->interrupt.Triggered();
+        if (!cut && job.prepare)
+            job.prepare(*result);
+
+        hold.lock();
+        shared->busy = false;
+        if (shared->interrupt.Triggered()) {
+            shared->interrupt.Reset();
+            client.ConnectionLost();
+        } else {
+            shared->PostLocked(
+                [id = job.id, result, done = std::move(job.done)](FtpConversation &conversation) {
+                    conversation.Deliver(id, *result, done);
+                });
+        }
+    }
+    hold.unlock();
+    client.Quit();
+}
+
+} // namespace kestrin

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "ftp/FtpRequest.h"
+#include "ftp/FtpSession.h"
+#include "ftp/clsFTP.h"
+
+#include <functional>
+#include <string>
+
+namespace kestrin {
+
+// The part of a pane's FTP conversation that talks to the server: one
+// client, logged in once and kept, that takes a request's step and lists
+// the folder it leads to. Lives on the conversation's worker.
+class FtpFolderClient
+{
+public:
+    using LogLine = std::function<void(const std::string &)>;
+
+    FtpFolderClient(FtpSession session, unsigned timeoutMs, LogLine log);
+    ~FtpFolderClient();
+
+    // Logs in first when not logged in (or for a Connect step), then tells
+    // `connected`; a lost connection is made again and the request goes on
+    // from its base folder.
+    FtpResult Run(const FtpRequest &request, const std::function<void()> &connected);
+    // The connection was cut under a request: the next one logs in again.
+    void ConnectionLost() { fLoggedIn = false; }
+    // QUIT, when still connected.
+    void Quit();
+
+private:
+    static int Report(int code, int count, const char *text, void *data);
+    int Login();
+    void Step(const FtpRequest &request);
+    void Remove(const FtpRequest &request);
+    // Deletes everything inside the folder `path`, folders depth first.
+    void EmptyFolder(const std::string &path, int depth);
+    // PASV first; active only when the server refuses PASV, from then on.
+    int List(const char *path, std::string *listing);
+
+    FtpSession fSession;
+    LogLine fLog;
+    clsFTP fFtp;
+    bool fLoggedIn = false;
+    bool fPassive = true;
+    std::string fFolder;
+};
+
+} // namespace kestrin

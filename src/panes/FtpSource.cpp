@@ -1,0 +1,261 @@
+#include "panes/FtpSource.h"
+
+#include "ftp/FtpConversation.h"
+#include "ftp/FtpListing.h"
+#include "panes/DirListItem.h"
+#include "panes/PaneMessages.h"
+#include "platform/Alerts.h"
+#include "platform/FolderScan.h"
+#include "platform/PathNames.h"
+
+#include <QPointer>
+
+namespace kestrin {
+
+namespace {
+
+constexpr int kLoginRefused = 530;
+
+// The rows of a server's answer, made on the conversation's worker.
+void MakeRows(const FtpResult &result, const RowStyle &style, FolderLister::Job &job)
+{
+    if (result.connectCode != 0) {
+        job.problem = result.connectCode == kLoginRefused
+                          ? "The username or password supplied is incorrect.\nCheck your "
+                            "settings and try to reconnect."
+                          : "Failed to connect to ftp server.\nPlease check your internet "
+                            "connection";
+        return;
+    }
+    // A listing that failed, or was cut short, shows nothing but the path.
+    if (result.listCode != 0)
+        return;
+    const std::vector<FtpListingRow> entries = GetEntries(result.listing);
+    job.total = int32_t(entries.size());
+    FolderLister::Groups groups;
+    groups.ReserveFiles(entries.size());
+    if (result.folder != "/")
+        groups.Add(job,
+                   std::make_unique<DirListItem>(platform::ScannedEntry(),
+                                                 style.colors,
+                                                 true,
+                                                 style.dateFormat));
+    for (const FtpListingRow &entry : entries)
+        groups.Add(job,
+                   std::make_unique<DirListItem>(entry.name,
+                                                 entry.size,
+                                                 entry.date,
+                                                 entry.permissions,
+                                                 style.colors));
+    groups.MoveInto(job);
+    job.done = job.total.load();
+}
+
+std::string LocalFolderOf(const FtpSession &session, const std::string &standing)
+{
+    if (!session.localDir.empty() && platform::IsFolder(session.localDir))
+        return session.localDir;
+    return standing.empty() ? "/" : standing;
+}
+
+bool ConfirmNotEmpty(const std::string &)
+{
+    return platform::Alerts::Go({"Sir?",
+                                 "The directory is not empty are you sure you want to delete it?",
+                                 {"Cancel", "Delete"},
+                                 B_STOP_ALERT})
+           == 1;
+}
+
+} // namespace
+
+FtpSource::FtpSource(std::shared_ptr<FtpConversation> conversation,
+                     const std::string &localFolder,
+                     FtpRequest step)
+    : fConversation(std::move(conversation))
+    , fLocalFolder(LocalFolderOf(fConversation->Session(), localFolder))
+    , fStep(std::move(step))
+    , fReached(std::make_shared<Reached>())
+{}
+
+int32_t FtpSource::Mode() const
+{
+    return kModeFtp;
+}
+
+const std::string &FtpSource::RemoteFolder() const
+{
+    return fReached->done ? fReached->folder : fStep.base;
+}
+
+std::string FtpSource::HeaderText() const
+{
+    if (!fConversation->Status().empty())
+        return fConversation->Status();
+    return "ftp: " + RemoteFolder();
+}
+
+std::string FtpSource::SessionFileOf(const std::string &savedPlace)
+{
+    if (savedPlace.empty() || savedPlace[0] == '/')
+        return {};
+    const std::string file = FtpSession::FileNameOf(savedPlace);
+    struct stat info;
+    return platform::StatPath(FtpSession::Folder() + "/" + file, &info) == B_OK ? file : "";
+}
+
+std::string FtpSource::SavedPlace() const
+{
+    return fConversation->Session().name;
+}
+
+FolderLister::Reader FtpSource::Reader(const RowStyle &) const
+{
+    // A server's folder is read only through the pane's conversation
+    // (StartReading): a reader of its own would log in again each time.
+    return [](FolderLister::Job &job) {
+        job.openStatus = B_NOT_ALLOWED;
+        job.readStatus = B_ENTRY_NOT_FOUND;
+    };
+}
+
+std::shared_ptr<FolderLister::Job> FtpSource::StartReading(const RowStyle &style,
+                                                           QObject *context,
+                                                           FolderLister::Done done) const
+{
+    auto job = std::make_shared<FolderLister::Job>();
+    // Once reached, the place lists again without repeating its step.
+    FtpRequest request = fReached->done ? FtpRequest::Of(FtpRequest::Step::Stay, fReached->folder)
+                                        : fStep;
+    QPointer<QObject> guard(context);
+    fConversation->Submit(
+        std::move(request),
+        [job, style](FtpResult &result) {
+            FolderLister::Run([&result,
+                               &style](FolderLister::Job &into) { MakeRows(result, style, into); },
+                              style,
+                              *job);
+            result.listing.clear();
+        },
+        [job, guard, done = std::move(done), reached = fReached](FtpResult &result) {
+            if (result.connectCode == 0) {
+                reached->done = true;
+                reached->folder = result.folder;
+            }
+            if (!job->cancel && guard)
+                done(job);
+        });
+    return job;
+}
+
+void FtpSource::Listed(const FolderLister::Job &job)
+{
+    if (!job.problem.empty())
+        platform::Alerts::Go({"Connect Failed", job.problem, {"OK"}, B_WARNING_ALERT});
+}
+
+std::string FtpSource::PathOf(const DirListItem &row) const
+{
+    return platform::JoinPath(RemoteFolder(), row.Name());
+}
+
+entry_ref FtpSource::RefOf(const DirListItem &row) const
+{
+    // Not a local entry: nothing on this machine may be taken for it.
+    return entry_ref{0, 0, row.Name(), PathOf(row)};
+}
+
+std::unique_ptr<PaneSource> FtpSource::Next(FtpRequest step) const
+{
+    step.base = RemoteFolder();
+    return std::make_unique<FtpSource>(fConversation, fLocalFolder, std::move(step));
+}
+
+std::unique_ptr<PaneSource> FtpSource::Parent(std::string *selectAfter) const
+{
+    const std::string &folder = RemoteFolder();
+    if (folder.empty() || folder == "/")
+        return nullptr;
+    if (selectAfter != nullptr)
+        platform::ParentPath(folder, selectAfter);
+    return Next(FtpRequest::Of(FtpRequest::Step::Up));
+}
+
+Opening FtpSource::Open(const DirListItem &row) const
+{
+    Opening opening;
+    if (row.IsFolder())
+        opening.place = Next(FtpRequest::Of(FtpRequest::Step::Enter, {}, row.Name()));
+    return opening;
+}
+
+void FtpSource::AddCopyInFields(platform::Message &request) const
+{
+    request.AddString("Session", fConversation->Session().name);
+    AddServerFields(request);
+}
+
+void FtpSource::AddServerFields(platform::Message &request) const
+{
+    const FtpSession &session = fConversation->Session();
+    request.AddString("Host", session.host);
+    request.AddString("User", session.user);
+    request.AddString("Password", session.pass);
+    request.AddString("FtpPath", RemoteFolder());
+    request.AddInt32("Port", int32_t(session.PortNumber()));
+}
+
+std::unique_ptr<PaneSource> FtpSource::WithNewFolder(const std::string &name) const
+{
+    return Next(FtpRequest::Of(FtpRequest::Step::MakeDir, {}, name));
+}
+
+std::unique_ptr<PaneSource> FtpSource::WithoutRows(const std::vector<const DirListItem *> &rows) const
+{
+    FtpRequest step = FtpRequest::Of(FtpRequest::Step::Remove);
+    for (const DirListItem *row : rows)
+        step.entries.emplace_back(row->Name(), row->IsFolder());
+    step.confirmNotEmpty = &ConfirmNotEmpty;
+    return Next(std::move(step));
+}
+
+CopyOut FtpSource::CopyRequest() const
+{
+    return {kMsgFtpDownload, "Copy"};
+}
+
+std::optional<platform::Alert> FtpSource::EditRefusal() const
+{
+    return platform::Alert{"Foo", "Sorry can't view a file on an FTP server.", {"OK"}};
+}
+
+platform::Message FtpSource::Request(uint32_t what,
+                                     const std::vector<const DirListItem *> &rows) const
+{
+    // Only a download takes rows off a server; moving or linking them
+    // means nothing here.
+    if (what != kMsgFtpDownload)
+        return platform::Message(0);
+    platform::Message request(what);
+    AddServerFields(request);
+    std::string refused;
+    bool any = false;
+    for (const DirListItem *row : rows) {
+        if (!IsPlainName(row->Name())) {
+            refused += "\n\t" + row->Name();
+            continue;
+        }
+        request.AddString(row->IsFolder() ? "FtpDir" : "FtpFile", row->Name());
+        any = true;
+    }
+    if (!refused.empty())
+        platform::Alerts::Go({"Download",
+                              "These names cannot be used for files on this computer, so they "
+                              "are not downloaded:"
+                                  + refused,
+                              {"OK"},
+                              B_WARNING_ALERT});
+    return any ? request : platform::Message(0);
+}
+
+} // namespace kestrin

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "ftp/FtpRequest.h"
+#include "panes/PaneSource.h"
+
+#include <memory>
+
+namespace kestrin {
+
+class FtpConversation;
+
+// A folder on an FTP server (mode 1102), read through the pane's
+// conversation, which every place of the same connection shares: each place
+// is the step that leads to it (log in, enter a folder, up, make, delete)
+// from the folder before, and lists again without repeating it once it is
+// reached. Rows are no local entries: F5 asks for a download, nothing is
+// viewed, edited or dragged out, and names holding "/" or made of dots are
+// shown but never fetched.
+class FtpSource : public PaneSource
+{
+public:
+    // `localFolder` is where the pane stood before: the local folder of the
+    // place when the session names none.
+    FtpSource(std::shared_ptr<FtpConversation> conversation,
+              const std::string &localFolder,
+              FtpRequest step = {});
+
+    int32_t Mode() const override;
+    // The session's local folder, else the one the pane stood in.
+    const std::string &Folder() const override { return fLocalFolder; }
+    std::string HeaderText() const override;
+    std::string SavedPlace() const override;
+
+    FolderLister::Reader Reader(const RowStyle &style) const override;
+    std::shared_ptr<FolderLister::Job> StartReading(const RowStyle &style,
+                                                    QObject *context,
+                                                    FolderLister::Done done) const override;
+    void Listed(const FolderLister::Job &job) override;
+
+    std::string PathOf(const DirListItem &row) const override;
+    entry_ref RefOf(const DirListItem &row) const override;
+
+    std::unique_ptr<PaneSource> Parent(std::string *selectAfter) const override;
+    Opening Open(const DirListItem &row) const override;
+
+    bool HoldsLocalEntries() const override { return false; }
+    bool IsRemote() const override { return true; }
+    std::string CopyDestination() const override { return RemoteFolder(); }
+    // "Session", "Host", "User", "Password", "FtpPath", "Port".
+    void AddCopyInFields(platform::Message &request) const override;
+    std::unique_ptr<PaneSource> WithNewFolder(const std::string &name) const override;
+    std::unique_ptr<PaneSource> WithoutRows(
+        const std::vector<const DirListItem *> &rows) const override;
+    CopyOut CopyRequest() const override;
+    std::optional<platform::Alert> EditRefusal() const override;
+    // The download (604) of these rows: the server's fields, an "FtpFile"
+    // or "FtpDir" for each. Rows whose names cannot be local names are
+    // refused with an alert; other requests of remote rows are empty.
+    platform::Message Request(uint32_t what,
+                              const std::vector<const DirListItem *> &rows) const override;
+
+    // The session file ("<name>.ftp") that a saved place names, when it is
+    // stored; empty for a folder's path.
+    static std::string SessionFileOf(const std::string &savedPlace);
+
+    // The remote folder, once the place has been listed.
+    const std::string &RemoteFolder() const;
+    const FtpConversation &Conversation() const { return *fConversation; }
+
+private:
+    // What a listing of the place found, shared with the listing in flight.
+    struct Reached
+    {
+        bool done = false;
+        std::string folder;
+    };
+
+    std::unique_ptr<PaneSource> Next(FtpRequest step) const;
+    // "Host", "User", "Password", "FtpPath" and "Port".
+    void AddServerFields(platform::Message &request) const;
+
+    std::shared_ptr<FtpConversation> fConversation;
+    std::string fLocalFolder;
+    FtpRequest fStep;
+    std::shared_ptr<Reached> fReached;
+};
+
+} // namespace kestrin

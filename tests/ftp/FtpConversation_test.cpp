@@ -1,0 +1,193 @@
+// A pane's conversation with its server: results and log lines reach the GUI
+// thread, a newer request cuts an older one short, PASV refused falls back to
+// active, and a server that breaks off costs nothing but the listing.
+
+#include "RealServers.h"
+#include "ScriptedServer.h"
+#include "SilentServer.h"
+#include "ftp/FtpConversation.h"
+
+#include <QStringList>
+#include <QTest>
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+
+using kestrin::FtpConversation;
+using kestrin::FtpRequest;
+using kestrin::FtpResult;
+using kestrin::FtpSession;
+
+namespace {
+
+constexpr unsigned kShortTimeout = 3000;
+
+FtpSession SessionOn(unsigned port,
+                     const std::string &user = "anonymous",
+                     const std::string &pass = "kestrin@")
+{
+    FtpSession session;
+    session.name = "test";
+    session.host = "127.0.0.1";
+    session.port = std::to_string(port);
+    session.user = user;
+    session.pass = pass;
+    session.remoteDir = "/pub";
+    return session;
+}
+
+// Submits a request and keeps what comes back on the GUI thread.
+struct Outcome
+{
+    std::optional<FtpResult> result;
+    QStringList log;
+
+    void Submit(FtpConversation &conversation, FtpRequest request = {})
+    {
+        QObject::connect(&conversation, &FtpConversation::LogLine, [this](const QString &line) {
+            log << line;
+        });
+        conversation.Submit(std::move(request), nullptr, [this](FtpResult &answer) {
+            result = answer;
+        });
+    }
+    bool Wait()
+    {
+        return QTest::qWaitFor([this] { return result.has_value(); }, 20000);
+    }
+};
+
+void LogIn(ScriptedServer::Session &s)
+{
+    s.Send("220 hi\r\n");
+    s.ReadLine(); // USER
+    s.Send("331 password\r\n");
+    s.ReadLine(); // PASS
+    s.Send("230 in\r\n");
+    s.ReadLine(); // CWD /pub
+    s.Send("250 ok\r\n");
+    s.ReadLine(); // PWD
+    s.Send("257 \"/pub\" is here\r\n");
+    s.ReadLine(); // TYPE A
+    s.Send("200 ok\r\n");
+}
+
+} // namespace
+
+TEST(FtpConversationScripted, PassiveRefusedListsInActiveMode)
+{
+    ScriptedServer server([](ScriptedServer::Session &s) {
+        LogIn(s);
+        s.ReadLine(); // PASV
+        s.Send("502 not here\r\n");
+        const std::string port = s.ReadLine();
+        unsigned h[6] = {};
+        if (sscanf(port.c_str(), "PORT %u,%u,%u,%u,%u,%u", &h[0], &h[1], &h[2], &h[3], &h[4], &h[5])
+            != 6)
+            return;
+        s.Send("200 PORT ok\r\n");
+        s.ReadLine(); // LIST
+        platform::TcpSocket data;
+        if (!s.ConnectData(h[4] * 256 + h[5], &data))
+            return;
+        s.Send("150 here\r\n");
+        data.SendAll("-rw-r--r-- 1 u g 3 Jan  1  2020 a.txt\r\n", 39);
+        data.Close();
+        s.Send("226 done\r\n");
+        s.WaitForClose();
+    });
+    Outcome outcome;
+    {
+        FtpConversation conversation(SessionOn(server.Port()), kShortTimeout);
+        outcome.Submit(conversation);
+        EXPECT_EQ(conversation.Status(), "ftp: Connecting...");
+        ASSERT_TRUE(outcome.Wait());
+        EXPECT_EQ(conversation.Status(), "");
+    }
+    EXPECT_EQ(outcome.result->connectCode, 0);
+    EXPECT_EQ(outcome.result->folder, "/pub");
+    EXPECT_EQ(outcome.result->listCode, 0);
+    EXPECT_EQ(outcome.result->listing, "-rw-r--r-- 1 u g 3 Jan  1  2020 a.txt\r");
+    EXPECT_TRUE(outcome.log.contains("PASS ******\r\n"));
+    EXPECT_TRUE(outcome.log.contains("502 not here"));
+    const auto lines = server.Finish();
+    EXPECT_EQ(lines.back(), "QUIT\r\n");
+}
+
+TEST(FtpConversationScripted, ServerClosingInTheListingLeavesNoListing)
+{
+    ScriptedServer server([](ScriptedServer::Session &s) {
+        LogIn(s);
+        platform::TcpSocket data;
+        if (!s.SendPassiveData(&data))
+            return;
+        data.SendAll("drwxr-xr-x 1 u g 0 Jan  1  2020 half", 35);
+        // Gone, data and control alike, before the listing ends.
+    });
+    FtpConversation conversation(SessionOn(server.Port()), kShortTimeout);
+    Outcome outcome;
+    outcome.Submit(conversation);
+    ASSERT_TRUE(outcome.Wait());
+    EXPECT_EQ(outcome.result->connectCode, 0);
+    EXPECT_NE(outcome.result->listCode, 0);
+    server.Finish();
+}
+
+TEST(FtpConversationSilent, NewerRequestAndClosingCutTheOlderShort)
+{
+    // Two connections: the first is cut by the newer request, the second by
+    // the conversation going. The client's time-out is a minute; the
+    // server holds each connection half that long.
+    SilentServer server(2);
+    int delivered = 0;
+    {
+        FtpConversation conversation(SessionOn(server.Port()), 60000);
+        const auto count = [&delivered](FtpResult &) { delivered++; };
+        conversation.Submit({}, nullptr, count);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return server.Accepted() == 1; }, 10000));
+        conversation.Submit(FtpRequest::Of(FtpRequest::Step::Stay, "/pub"), nullptr, count);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return server.Closed() == 1; }, 10000));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return server.Accepted() == 2; }, 10000));
+    }
+    EXPECT_TRUE(QTest::qWaitFor([&] { return server.Closed() == 2; }, 10000));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(delivered, 0);
+}
+
+TEST(FtpConversationReal, RefusedLoginAndNoServerSayWhy)
+{
+    PyftpdlibServer server;
+    if (!server.Unavailable().empty())
+        GTEST_SKIP() << server.Unavailable();
+    {
+        FtpConversation conversation(SessionOn(server.Port(), "kestrin", "wrong"));
+        Outcome outcome;
+        outcome.Submit(conversation);
+        ASSERT_TRUE(outcome.Wait());
+        EXPECT_EQ(outcome.result->connectCode, 530);
+        EXPECT_EQ(conversation.Status(), "ftp: Bad username or password.");
+    }
+    {
+        // A port nothing listens on: the listener is closed before use.
+        platform::TcpSocket closed;
+        platform::SocketAddress local;
+        closed.Open();
+        closed.BindEphemeral(0x7f000001);
+        closed.LocalAddress(&local);
+        FtpConversation conversation(SessionOn(local.port));
+        Outcome outcome;
+        outcome.Submit(conversation);
+        ASSERT_TRUE(outcome.Wait());
+        EXPECT_NE(outcome.result->connectCode, 0);
+        EXPECT_EQ(conversation.Status(),
+                  "ftp: Failed to connect.  Please check you internet connection");
+    }
+    {
+        FtpConversation conversation(SessionOn(server.Port(), "kestrin", "secret"));
+        Outcome outcome;
+        outcome.Submit(conversation);
+        ASSERT_TRUE(outcome.Wait());
+        EXPECT_EQ(outcome.result->connectCode, 0);
+        EXPECT_EQ(outcome.result->listCode, 0);
+    }
+}

@@ -1,0 +1,99 @@
+// The main window with a pane on a real vsftpd: 602 and 125, the titles of
+// transfers and the pane listing again after one, and the pane kept in the
+// profile as its session and connected again at start-up.
+
+#include "MainWindowTestSupport.h"
+#include "RealServers.h"
+
+#include "fileops/CopyWin.h"
+#include "ftp/FtpSession.h"
+#include "mainwindow/WindowMessages.h"
+#include "panes/KsHeader.h"
+
+#include <QSignalSpy>
+
+namespace {
+
+class FtpPanesTest : public KestrinFixture
+{
+protected:
+    void SetUp() override
+    {
+        if (!fServer.Unavailable().empty())
+            GTEST_SKIP() << fServer.Unavailable();
+        fs::create_directories(Local());
+        WriteFileBytes(Local() + "/up.txt", "up");
+        WriteFileBytes(Upload() + "/down.txt", "down");
+        Profile("NumPanes", "2");
+        Profile("Pane0", Local());
+        Profile("Pane1", Local());
+        kestrin::FtpSession session;
+        session.name = "site";
+        session.host = "127.0.0.1";
+        session.port = std::to_string(fServer.Port());
+        session.user = "anonymous";
+        session.remoteDir = Upload();
+        ASSERT_TRUE(session.Write());
+    }
+    std::string Local() const { return fHome.Root() + "/local"; }
+    std::string Upload() const { return fServer.Root() + "/upload"; }
+    std::string Header(size_t pane)
+    {
+        return fKestrin->Window()->Panes().at(pane)->Header()->Text();
+    }
+
+    // The title of the copy window shown now, or "".
+    static QString CopyTitle()
+    {
+        for (QWidget *window : QApplication::topLevelWidgets()) {
+            if (qobject_cast<kestrin::CopyWin *>(window) != nullptr)
+                return window->windowTitle();
+        }
+        return {};
+    }
+
+    VsftpdServer fServer;
+};
+
+} // namespace
+
+TEST_F(FtpPanesTest, ConnectTransferDisconnectAndComeBackAtStartUp)
+{
+    kestrin::KestrinWindow &window = Start();
+    window.FocusPane(window.Panes()[0]);
+    platform::Message open(kestrin::kMsgOpenFtpSession);
+    open.AddString("session", "site.ftp");
+    window.MessageReceived(open);
+    ASSERT_TRUE(WaitFor([&] { return Header(0) == "ftp: " + Upload(); }));
+    ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("down.txt") > 0; }));
+
+    // Out of the server into the other pane, and from it onto the server;
+    // the server's pane lists again once each transfer window is gone.
+    SelectIn(0, "down.txt");
+    QTest::keyClick(List(0), Qt::Key_F5);
+    EXPECT_EQ(CopyTitle(), "Download");
+    ASSERT_TRUE(WaitFor([] { return CopyTitle().isEmpty(); }));
+    window.FocusPane(window.Panes()[1]);
+    SelectIn(1, "up.txt");
+    QSignalSpy relisted(List(0), &kestrin::DirView::ListingFinished);
+    QTest::keyClick(List(1), Qt::Key_F5);
+    EXPECT_EQ(CopyTitle(), "Upload");
+    EXPECT_TRUE(relisted.wait(15000));
+
+    window.SaveSettings();
+    EXPECT_EQ(ProfileValue("Pane0"), "site");
+    EXPECT_EQ(ProfileValue("Pane1"), Local());
+
+    // The focused pane leaves the server for the folder it stood in.
+    window.FocusPane(window.Panes()[0]);
+    platform::Message disconnect(kestrin::kCmdDisconnectFtp);
+    window.MessageReceived(disconnect);
+    ASSERT_TRUE(WaitFor([&] { return Header(0) == Local() && !List(0)->IsListing(); }));
+    EXPECT_FALSE(List(0)->Source().IsRemote());
+
+    fKestrin.reset();
+    Start();
+    EXPECT_TRUE(List(0)->Source().IsRemote());
+    EXPECT_TRUE(WaitFor([&] { return Header(0) == "ftp: " + Upload(); }));
+    EXPECT_TRUE(fAlerts.Shown().empty());
+}

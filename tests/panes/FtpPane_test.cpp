@@ -1,0 +1,310 @@
+// A pane on an FTP server: connecting, browsing, making, deleting and
+// listing again on a real vsftpd; odd listings from a scripted server; and a
+// slow or silent server that must never hold up the window.
+
+#include "PaneTestSupport.h"
+#include "RealServers.h"
+#include "ScriptedServer.h"
+#include "SilentServer.h"
+
+#include "ftp/FtpSession.h"
+#include "panes/DirPane.h"
+#include "panes/FtpLogView.h"
+#include "panes/KsHeader.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+using kestrin::DirPane;
+using kestrin::DirView;
+
+namespace {
+
+class FtpPaneTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { fs::create_directories(Local()); }
+    std::string Local() const { return fHome.Root() + "/local"; }
+
+    // Stores the session "site" for a server on 127.0.0.1.
+    void Store(unsigned port, const std::string &remoteDir)
+    {
+        kestrin::FtpSession session;
+        session.name = "site";
+        session.host = "127.0.0.1";
+        session.port = std::to_string(port);
+        session.user = "anonymous";
+        session.pass = "kestrin@";
+        session.remoteDir = remoteDir;
+        ASSERT_TRUE(session.Write());
+    }
+
+    DirPane &Open()
+    {
+        fPane = std::make_unique<DirPane>(Local(), "");
+        fPane->resize(600, 400);
+        fPane->List()->SetWindowTarget(&fWindow);
+        QSignalSpy finished(fPane->List(), &DirView::ListingFinished);
+        fPane->show();
+        EXPECT_TRUE(finished.wait(10000));
+        return *fPane;
+    }
+
+    // Runs `action` and waits for the listing that follows it.
+    bool Listed(const std::function<void()> &action, int timeoutMs = 20000)
+    {
+        QSignalSpy finished(fPane->List(), &DirView::ListingFinished);
+        action();
+        return finished.wait(timeoutMs);
+    }
+
+    void Key(int key) { QTest::keyClick(fPane->List(), Qt::Key(key)); }
+    std::string Header() const { return fPane->Header()->Text(); }
+    std::string LogText() const { return fPane->Log()->toPlainText().toStdString(); }
+    int LogCount(const std::string &text) const
+    {
+        const std::string log = LogText();
+        int count = 0;
+        for (size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1))
+            count++;
+        return count;
+    }
+
+    TempHome fHome;
+    platform::AlertRecorder fAlerts;
+    RecordingHandler fWindow;
+    std::unique_ptr<DirPane> fPane;
+};
+
+class FtpPaneVsftpd : public FtpPaneTest
+{
+protected:
+    void SetUp() override
+    {
+        FtpPaneTest::SetUp();
+        if (!fServer.Unavailable().empty())
+            GTEST_SKIP() << fServer.Unavailable();
+        fs::create_directories(Upload() + "/sub");
+        MakeFile(Upload() + "/sub/inner.txt", 10);
+        MakeFile(Upload() + "/b.txt", 2048);
+        MakeFile(Upload() + "/a.txt", 1024);
+        Store(fServer.Port(), Upload());
+    }
+    std::string Upload() const { return fServer.Root() + "/upload"; }
+
+    VsftpdServer fServer;
+};
+
+} // namespace
+
+TEST_F(FtpPaneVsftpd, ConnectsBrowsesAndListsAgainOnOneConnection)
+{
+    DirPane &pane = Open();
+    DirView &list = *pane.List();
+    ASSERT_TRUE(Listed([&] {
+        pane.DoFtp("site.ftp");
+        EXPECT_EQ(Header(), "ftp: Connecting...");
+    }));
+    EXPECT_EQ(list.Mode(), kestrin::kModeFtp);
+    EXPECT_EQ(Header(), "ftp: " + Upload());
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"..", "sub", "a.txt", "b.txt"}));
+    EXPECT_TRUE(pane.Log()->isVisible());
+    EXPECT_EQ(LogCount("USER anonymous"), 1);
+    EXPECT_EQ(LogCount("\nLIST"), 1);
+    EXPECT_EQ(list.Source().SavedPlace(), "site");
+
+    list.Select(list.FindItem("sub"));
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload() + "/sub");
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"..", "inner.txt"}));
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Backspace); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload());
+    EXPECT_EQ(list.Row(list.CurrentSelection())->Name(), "sub");
+    EXPECT_EQ(LogCount("CDUP"), 1);
+
+    MakeFile(Upload() + "/c.txt");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_F2); }));
+    EXPECT_EQ(list.FindItem("c.txt"), 4);
+    EXPECT_EQ(list.Row(list.CurrentSelection())->Name(), "sub");
+    EXPECT_EQ(LogCount("USER anonymous"), 1);
+
+    list.Select(list.FindItem("a.txt"));
+    Key(Qt::Key_F4);
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].title, "Foo");
+    EXPECT_EQ(fAlerts.Shown()[0].text, "Sorry can't view a file on an FTP server.");
+
+    ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
+    EXPECT_EQ(list.Mode(), kestrin::kModeFolder);
+    EXPECT_EQ(Header(), Local());
+    EXPECT_FALSE(pane.Log()->isVisible());
+}
+
+TEST_F(FtpPaneVsftpd, MakesFoldersAndDeletesFilesAndFullFolders)
+{
+    DirPane &pane = Open();
+    DirView &list = *pane.List();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
+    ASSERT_TRUE(Listed([&] { list.Commands().NewFolder(); }));
+    EXPECT_TRUE(fs::is_directory(Upload() + "/New Folder"));
+    EXPECT_EQ(list.Row(list.CurrentSelection())->Name(), "New Folder");
+    ASSERT_TRUE(Listed([&] { list.Commands().NewFolder(); }));
+    EXPECT_TRUE(fs::is_directory(Upload() + "/New Folder 2"));
+
+    // "Sir?" first, then the server refuses the full folder and is asked
+    // about it; both answered "Delete".
+    list.Marked().Toggle(list.FindItem("sub"));
+    list.Marked().Toggle(list.FindItem("a.txt"));
+    list.Marked().Toggle(list.FindItem("New Folder"));
+    fAlerts.QueueAnswer(1);
+    fAlerts.QueueAnswer(1);
+    ASSERT_TRUE(Listed([&] { list.Commands().Trash(); }));
+    ASSERT_EQ(fAlerts.Count(), 2u);
+    EXPECT_EQ(fAlerts.Shown()[0].title, "Sir?");
+    EXPECT_EQ(fAlerts.Shown()[0].text.rfind("Do you really want permanently delete", 0), 0u);
+    EXPECT_EQ(fAlerts.Shown()[1].text,
+              "The directory is not empty are you sure you want to delete it?");
+    EXPECT_FALSE(fs::exists(Upload() + "/sub"));
+    EXPECT_FALSE(fs::exists(Upload() + "/a.txt"));
+    EXPECT_FALSE(fs::exists(Upload() + "/New Folder"));
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"..", "New Folder 2", "b.txt"}));
+}
+
+TEST_F(FtpPaneVsftpd, AHundredThousandEntries)
+{
+    const std::string big = Upload() + "/big";
+    fs::create_directories(big);
+    for (int i = 0; i < 100000; i++)
+        MakeFile(big + "/f" + std::to_string(i));
+    Store(fServer.Port(), big);
+    DirPane &pane = Open();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }, 60000));
+    EXPECT_EQ(pane.List()->CountItems(), 100001);
+}
+
+TEST_F(FtpPaneTest, OddLinesAndNamesAreShownButNeverFetched)
+{
+    ScriptedServer server([](ScriptedServer::Session &s) {
+        s.Send("220 hi\r\n");
+        s.ReadLine(); // USER
+        s.Send("230 in\r\n");
+        s.ReadLine(); // CWD /
+        s.Send("250 ok\r\n");
+        s.ReadLine(); // PWD
+        s.Send("257 \"/\"\r\n");
+        s.ReadLine(); // TYPE A
+        s.Send("200 ok\r\n");
+        platform::TcpSocket data;
+        if (!s.SendPassiveData(&data))
+            return;
+        const std::string listing = "total 3\r\n"
+                                    "-rw-r--r-- 1 u g 7 Jan  1  2020 good.txt\r\n"
+                                    "this is not a listing line\r\n"
+                                    "-rw-r--r-- 1 u g 5 Jan  1  2020 up/../../out\r\n"
+                                    "drwxr-xr-x 1 u g 0 Jan  1  2020 sub\r\n";
+        data.SendAll(listing.data(), listing.size());
+        data.Close();
+        s.Send("226 done\r\n");
+        s.WaitForClose();
+    });
+    Store(server.Port(), "/");
+    DirPane &pane = Open();
+    DirView &list = *pane.List();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
+    EXPECT_EQ(Header(), "ftp: /");
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"sub", "good.txt", "up/../../out"}));
+
+    Key(Qt::Key_Plus);
+    list.Marked().Toggle(0); // "sub", at "/" the first row
+    Key(Qt::Key_F5);
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_NE(fAlerts.Shown()[0].text.find("up/../../out"), std::string::npos);
+    const platform::Message *request = fWindow.Last(kestrin::kMsgFtpDownload);
+    ASSERT_NE(request, nullptr);
+    std::string text;
+    int32_t port = 0;
+    EXPECT_EQ(request->FindString("FtpPath", &text), B_OK);
+    EXPECT_EQ(text, "/");
+    EXPECT_EQ(request->FindString("Host", &text), B_OK);
+    EXPECT_EQ(text, "127.0.0.1");
+    EXPECT_EQ(request->FindInt32("Port", &port), B_OK);
+    EXPECT_EQ(port, int32_t(server.Port()));
+    EXPECT_EQ(request->FindString("FtpFile", 0, &text), B_OK);
+    EXPECT_EQ(text, "good.txt");
+    EXPECT_NE(request->FindString("FtpFile", 1, &text), B_OK);
+    EXPECT_EQ(request->FindString("FtpDir", &text), B_OK);
+    EXPECT_EQ(text, "sub");
+
+    // What an upload into the pane carries to the copy engine.
+    platform::Message upload(kestrin::kMsgCopyRequest);
+    list.Source().AddCopyInFields(upload);
+    EXPECT_EQ(upload.FindString("Session", &text), B_OK);
+    EXPECT_EQ(text, "site");
+    EXPECT_EQ(upload.FindString("FtpPath", &text), B_OK);
+    EXPECT_EQ(text, "/");
+    EXPECT_EQ(upload.FindString("User", &text), B_OK);
+    EXPECT_EQ(text, "anonymous");
+    EXPECT_EQ(upload.FindString("Password", &text), B_OK);
+    EXPECT_EQ(upload.FindInt32("Port", &port), B_OK);
+
+    // Nothing is above "/".
+    Key(Qt::Key_Backspace);
+    EXPECT_FALSE(list.IsListing());
+    EXPECT_EQ(Header(), "ftp: /");
+    fPane.reset();
+    server.Finish();
+}
+
+TEST_F(FtpPaneTest, SlowServerNeverHoldsTheWindowAndDisconnectReturnsAtOnce)
+{
+    // The greeting comes when the server has waited five seconds for a
+    // client that, rightly, says nothing first.
+    ScriptedServer slow([](ScriptedServer::Session &s) {
+        s.ReadLine();
+        s.Send("220 at last\r\n");
+        s.ReadLine(); // USER
+        s.Send("230 in\r\n");
+        s.ReadLine(); // CWD
+        s.Send("250 ok\r\n");
+        s.ReadLine(); // PWD
+        s.Send("257 \"/pub\"\r\n");
+        s.ReadLine(); // TYPE A
+        s.Send("200 ok\r\n");
+        s.ReadLine(); // PASV
+        s.Send("502 no\r\n");
+        s.ReadLine(); // PORT
+        s.Send("500 no either\r\n");
+        s.WaitForClose();
+    });
+    Store(slow.Port(), "/pub");
+    DirPane &pane = Open();
+    QElapsedTimer clock;
+    qint64 last = 0, longestGap = 0;
+    QTimer ticks;
+    ticks.setInterval(15);
+    QObject::connect(&ticks, &QTimer::timeout, [&] {
+        longestGap = std::max(longestGap, clock.elapsed() - last);
+        last = clock.elapsed();
+    });
+    clock.start();
+    ticks.start();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
+    ticks.stop();
+    EXPECT_EQ(Header(), "ftp: /pub");
+    EXPECT_TRUE(fAlerts.Shown().empty());
+    EXPECT_LT(longestGap, 100);
+    ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
+    slow.Finish();
+
+    // A server that never answers: Disconnect does not wait for it, and the
+    // connection is cut rather than left to its minute of time-out.
+    SilentServer silent(1);
+    Store(silent.Port(), "/pub");
+    pane.DoFtp("site.ftp");
+    ASSERT_TRUE(WaitFor([&] { return silent.Accepted() == 1; }));
+    ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
+    EXPECT_EQ(pane.List()->Mode(), kestrin::kModeFolder);
+    EXPECT_EQ(Header(), Local());
+    EXPECT_TRUE(WaitFor([&] { return silent.Closed() == 1; }));
+    EXPECT_TRUE(fAlerts.Shown().empty());
+}

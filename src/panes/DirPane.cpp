@@ -6,7 +6,6 @@
 #include "panes/ArchiveSource.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
-#include "panes/FtpLogView.h"
 #include "panes/FtpSource.h"
 #include "panes/KsFtr.h"
 #include "panes/KsHeader.h"
@@ -15,6 +14,7 @@
 #include "platform/NodeMonitor.h"
 #include "platform/PathNames.h"
 #include "widgets/RgbColor.h"
+#include "widgets/StatusLog.h"
 
 #include <QResizeEvent>
 #include <QVBoxLayout>
@@ -45,7 +45,8 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
     fList = new DirView(this, path, iconLabel, this);
     fList->setObjectName("ScrollContainer");
     fFooter = new KsFtr(this);
-    fLog = new FtpLogView(this);
+    fLog = new StatusLog(this);
+    fLog->setObjectName("FtpLog");
     fLog->hide();
     fHeader->setVisible(fShowHeader);
     fFooter->setVisible(fShowFooter);

@@ -9,7 +9,7 @@
 namespace kestrin {
 
 class DirView;
-class FtpLogView;
+class StatusLog;
 class KsFtr;
 class KsHeader;
 class KsTree;
@@ -56,7 +56,7 @@ public:
     // Back from a server to the local folder of its session, else to the
     // folder the pane stood in.
     void Disconnect();
-    FtpLogView *Log() const { return fLog; }
+    StatusLog *Log() const { return fLog; }
     // A pane on a server lists again once `transfer` (a copy window) is gone.
     void ListAgainAfter(QObject *transfer);
     void UseSortAndMode(int key, int mode);
@@ -79,7 +79,7 @@ private:
     KsHeader *fHeader;
     DirView *fList;
     KsFtr *fFooter;
-    FtpLogView *fLog;
+    StatusLog *fLog;
     KsTree *fTree = nullptr;
     QWidget *fTreeContainer = nullptr;
     bool fShowHeader = true;

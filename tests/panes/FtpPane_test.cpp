@@ -9,7 +9,7 @@
 
 #include "ftp/FtpSession.h"
 #include "panes/DirPane.h"
-#include "panes/FtpLogView.h"
+#include "widgets/StatusLog.h"
 #include "panes/KsHeader.h"
 
 #include <QElapsedTimer>

@@ -2,6 +2,7 @@
 
 #include "platform/Message.h"
 
+#include <QIcon>
 #include <QRect>
 #include <memory>
 #include <string>
@@ -12,8 +13,9 @@ namespace kestrin {
 class KestrinWindow;
 
 // Kestrin itself: opens the main window where the settings left it and
-// hands it the folders and documents Kestrin is started on. The Qt
-// application object is main's; this one keeps no state but the window.
+// hands it the folders and documents Kestrin is started on or handed later.
+// The Qt application object is main's; this one keeps no state but the
+// window. The window's icon is set once the window has been painted.
 //
 // GUI thread only.
 class KestrinApplication
@@ -22,6 +24,11 @@ public:
     // The main screen's frame inset by 10, 40, 20 and 50: the window's
     // frame before the settings move it.
     static QRect InitialFrame(const QRect &screen);
+
+    // The PNG files of Kestrin's icon, smallest first, from the installed
+    // tree's hicolor theme (or the source tree's); the window's icon.
+    static std::vector<std::string> IconFiles();
+    static QIcon Icon();
 
     KestrinApplication();
     ~KestrinApplication();

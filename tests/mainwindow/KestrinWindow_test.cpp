@@ -296,6 +296,9 @@ TEST_F(KestrinWindowTest, AddOnsRunOnTheSelection)
 
     const auto *menu = window.menuBar()->findChild<QMenu *>("Add-Ons");
     ASSERT_NE(menu, nullptr);
+    // The add-on folders are scanned once the window has been painted.
+    ASSERT_TRUE(WaitFor([&] { return window.AddOnsLoaded(); }));
+    EXPECT_FALSE(menu->actions().isEmpty());
     QAction *makeArchive = nullptr;
     for (QAction *action : menu->actions()) {
         if (action->text() == "MakeArchive" && makeArchive == nullptr)

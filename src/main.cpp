@@ -1,4 +1,5 @@
 #include "app/AppInfo.h"
+#include "mainwindow/FileManagerBus.h"
 #include "mainwindow/KestrinApplication.h"
 #include "mainwindow/StartupMarker.h"
 #include "widgets/MessageBoxSink.h"
@@ -23,10 +24,16 @@ int main(int argc, char **argv)
     std::vector<std::string> arguments;
     for (int i = 1; i < argc; i++)
         arguments.emplace_back(argv[i]);
+    // One Kestrin a session: a second start only hands its arguments over.
+    const QDBusConnection bus = kestrin::FileManagerBus::SessionBus();
+    if (kestrin::FileManagerBus::HandOverToRunning(bus, arguments))
+        return 0;
+
     kestrin::KestrinApplication kestrin;
     if (kestrin::StartupMarker::Wanted())
         new kestrin::StartupMarker(kestrin.Window(), start); // a child of the window
     kestrin.ArgvReceived(arguments);
+    const kestrin::FileManagerBus service(bus, &kestrin);
     QApplication::exec();
     return 0;
 }

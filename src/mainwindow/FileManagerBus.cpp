@@ -1,0 +1,147 @@
+#include "mainwindow/FileManagerBus.h"
+
+#include "mainwindow/KestrinApplication.h"
+#include "mainwindow/KestrinWindow.h"
+#include "mainwindow/WindowMessages.h"
+#include "platform/Entry.h"
+#include "platform/Message.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QUrl>
+#include <algorithm>
+
+namespace kestrin {
+
+namespace {
+
+// A running Kestrin answers at once: it only starts the listings.
+constexpr int kHandOverTimeoutMs = 5000;
+
+// An argument as the running Kestrin reads it: a file: URL of an absolute
+// path. Other URLs go as they are (and are passed over there).
+QString ArgumentUri(const std::string &argument)
+{
+    const QString text = QFile::decodeName(argument.c_str());
+    const QUrl url(text);
+    if (!QFileInfo::exists(text) && url.isValid() && url.scheme().size() > 1)
+        return url.toString(QUrl::FullyEncoded);
+    return QUrl::fromLocalFile(QDir::current().absoluteFilePath(text)).toString(QUrl::FullyEncoded);
+}
+
+// The local path of a URI: file: URLs, and plain absolute paths, which some
+// callers send; empty for anything else.
+std::string LocalPath(const QString &uri)
+{
+    if (uri.startsWith('/'))
+        return QFile::encodeName(QDir::cleanPath(uri)).toStdString();
+    const QUrl url(uri);
+    if (!url.isLocalFile())
+        return std::string();
+    return QFile::encodeName(QDir::cleanPath(url.toLocalFile())).toStdString();
+}
+
+} // namespace
+
+QDBusConnection FileManagerBus::SessionBus()
+{
+    // Without an address libdbus would try to start a bus of its own.
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")
+        && (runtime.isEmpty() || !QFileInfo::exists(runtime + "/bus")))
+        return QDBusConnection(QStringLiteral("kestrin-no-session-bus"));
+    return QDBusConnection::sessionBus();
+}
+
+bool FileManagerBus::HandOverToRunning(QDBusConnection bus, const std::vector<std::string> &arguments)
+{
+    if (!bus.isConnected())
+        return false;
+    const auto claimed = bus.interface()->registerService(kKestrinName,
+                                                          QDBusConnectionInterface::DontQueueService,
+                                                          QDBusConnectionInterface::DontAllowReplacement);
+    if (!claimed.isValid() || claimed.value() == QDBusConnectionInterface::ServiceRegistered)
+        return false;
+    // Refs are shown last to first: reversed, the last argument stays shown,
+    // as on a first start.
+    QStringList uris;
+    for (const std::string &argument : arguments)
+        uris.prepend(ArgumentUri(argument));
+    QString startupId = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    if (startupId.isEmpty())
+        startupId = qEnvironmentVariable("DESKTOP_STARTUP_ID");
+    QDBusMessage call = QDBusMessage::createMethodCall(kKestrinName,
+                                                       kObjectPath,
+                                                       "org.freedesktop.FileManager1",
+                                                       "ShowFolders");
+    call << uris << startupId;
+    const QDBusMessage reply = bus.call(call, QDBus::Block, kHandOverTimeoutMs);
+    return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+FileManagerBus::FileManagerBus(QDBusConnection bus, KestrinApplication *kestrin)
+    : fBus(std::move(bus))
+    , fKestrin(kestrin)
+{
+    if (!fBus.isConnected())
+        return;
+    fBus.registerObject(kObjectPath, this, QDBusConnection::ExportAllSlots);
+    // Another file manager may own the desktop's name; Kestrin does not take
+    // it away, nor wait in line for it.
+    fBus.interface()->registerService(kFileManagerName,
+                                      QDBusConnectionInterface::DontQueueService,
+                                      QDBusConnectionInterface::DontAllowReplacement);
+}
+
+FileManagerBus::~FileManagerBus()
+{
+    if (!fBus.isConnected())
+        return;
+    fBus.unregisterObject(kObjectPath);
+    fBus.interface()->unregisterService(kFileManagerName);
+    fBus.interface()->unregisterService(kKestrinName);
+}
+
+void FileManagerBus::ShowFolders(const QStringList &uris, const QString &startupId)
+{
+    Show(uris, nullptr, startupId);
+}
+
+void FileManagerBus::ShowItems(const QStringList &uris, const QString &startupId)
+{
+    Show(uris, kRefsShowItems, startupId);
+}
+
+void FileManagerBus::ShowItemProperties(const QStringList &uris, const QString &startupId)
+{
+    Show(uris, kRefsShowProperties, startupId);
+}
+
+void FileManagerBus::Show(const QStringList &uris, const char *how, const QString &startupId)
+{
+    platform::Message refs(B_REFS_RECEIVED);
+    for (const QString &uri : uris) {
+        const std::string path = LocalPath(uri);
+        entry_ref ref;
+        if (!path.empty() && platform::Entry(path).GetRef(&ref) == B_OK)
+            refs.AddRef("refs", ref);
+    }
+    if (how != nullptr)
+        refs.AddString(kRefsShow, how);
+    fKestrin->RefsReceived(refs);
+
+    // The token lets the desktop raise Kestrin for the application that asked.
+    if (!startupId.isEmpty()) {
+        qputenv("XDG_ACTIVATION_TOKEN", startupId.toUtf8());
+        qputenv("DESKTOP_STARTUP_ID", startupId.toUtf8());
+    }
+    KestrinWindow *window = fKestrin->Window();
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+} // namespace kestrin

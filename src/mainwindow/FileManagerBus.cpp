@@ -138,6 +138,10 @@ void FileManagerBus::Show(const QStringList &uris, const char *how, const QStrin
         qputenv("XDG_ACTIVATION_TOKEN", startupId.toUtf8());
         qputenv("DESKTOP_STARTUP_ID", startupId.toUtf8());
     }
+    // An information window comes up on top of its own; raising the main
+    // window would hide it.
+    if (how == kRefsShowProperties)
+        return;
     KestrinWindow *window = fKestrin->Window();
     window->show();
     window->raise();

@@ -56,13 +56,15 @@ QDBusConnection FileManagerBus::SessionBus()
     return QDBusConnection::sessionBus();
 }
 
-bool FileManagerBus::HandOverToRunning(QDBusConnection bus, const std::vector<std::string> &arguments)
+bool FileManagerBus::HandOverToRunning(QDBusConnection bus,
+                                       const std::vector<std::string> &arguments)
 {
     if (!bus.isConnected())
         return false;
-    const auto claimed = bus.interface()->registerService(kKestrinName,
-                                                          QDBusConnectionInterface::DontQueueService,
-                                                          QDBusConnectionInterface::DontAllowReplacement);
+    const auto claimed = bus.interface()
+                             ->registerService(kKestrinName,
+                                               QDBusConnectionInterface::DontQueueService,
+                                               QDBusConnectionInterface::DontAllowReplacement);
     if (!claimed.isValid() || claimed.value() == QDBusConnectionInterface::ServiceRegistered)
         return false;
     // Refs are shown last to first: reversed, the last argument stays shown,

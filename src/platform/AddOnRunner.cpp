@@ -216,7 +216,8 @@ std::string AddOnRunner::HostPath()
     if (!exe.empty())
         candidates.push_back(exe.substr(0, exe.rfind('/')) + "/" + kHostName);
     candidates.push_back(KESTRIN_BUILD_ADDON_HOST);
-    candidates.push_back(std::string(KESTRIN_INSTALL_PREFIX) + "/" + KESTRIN_HOST_DIR + "/" + kHostName);
+    candidates.push_back(std::string(KESTRIN_INSTALL_PREFIX) + "/" + KESTRIN_HOST_DIR + "/"
+                         + kHostName);
     for (const std::string &candidate : candidates)
         if (IsExecutableFile(candidate))
             return candidate;

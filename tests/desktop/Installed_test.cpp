@@ -4,12 +4,12 @@
 
 #include "TempHome.h"
 
-#include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
-#include <QTest>
 #include <QTemporaryDir>
+#include <QTest>
 #include <gtest/gtest.h>
 
 namespace {
@@ -24,8 +24,8 @@ struct Outcome
 
 // Runs a program to its end, the event loop running meanwhile.
 Outcome RunProgram(const QString &program,
-               const QStringList &arguments,
-               const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
+                   const QStringList &arguments,
+                   const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
 {
     QProcess process;
     process.setProcessEnvironment(environment);
@@ -62,7 +62,8 @@ TEST(Installed, TheInstalledTreeRunsOnItsOwnFiles)
     QTemporaryDir prefix;
     ASSERT_TRUE(prefix.isValid());
     const QString root = prefix.path();
-    const Outcome install = RunProgram(KESTRIN_CMAKE, {"--install", KESTRIN_BUILD_DIR, "--prefix", root});
+    const Outcome install = RunProgram(KESTRIN_CMAKE,
+                                       {"--install", KESTRIN_BUILD_DIR, "--prefix", root});
     ASSERT_EQ(install.exitCode, 0) << install.err.toStdString();
     for (const char *file : {"/bin/kestrin",
                              "/share/applications/kestrin.desktop",
@@ -83,7 +84,9 @@ TEST(Installed, TheInstalledTreeRunsOnItsOwnFiles)
     EXPECT_EQ(kestrin.exitCode, 0);
     EXPECT_FALSE(kestrin.err.contains("bus", Qt::CaseInsensitive)) << kestrin.err.toStdString();
     EXPECT_EQ(Marked(kestrin.out, "first-paint").size(), 1);
-    const auto one = [&](const QString &key) { return Marked(kestrin.out, key).join('|').toStdString(); };
+    const auto one = [&](const QString &key) {
+        return Marked(kestrin.out, key).join('|').toStdString();
+    };
     EXPECT_EQ(one("help"), (root + "/share/kestrin/help").toStdString());
     EXPECT_EQ(one("add-on-host"), (root + "/lib/kestrin/kestrin-addon-host").toStdString());
     EXPECT_EQ(one("add-on"), (root + "/lib/kestrin/add-ons/Tracker/MakeArchive").toStdString());
@@ -98,14 +101,17 @@ TEST(Installed, TheDesktopsValidatorsAcceptTheEntryAndTheMetainfo)
     const QString validate = QStandardPaths::findExecutable("desktop-file-validate");
     const QString appstream = QStandardPaths::findExecutable("appstreamcli");
     if (validate.isEmpty() || appstream.isEmpty())
-        GTEST_SKIP() << "desktop-file-utils or appstream is not installed (scripts/setup installs them)";
+        GTEST_SKIP()
+            << "desktop-file-utils or appstream is not installed (scripts/setup installs them)";
     const QString data = KESTRIN_SOURCE_DIR "/data";
     const Outcome entry = RunProgram(validate, {data + "/kestrin.desktop"});
     EXPECT_EQ(entry.exitCode, 0) << entry.out.toStdString() << entry.err.toStdString();
     // Warnings fail too; --no-net keeps the check on this machine.
     const Outcome metainfo = RunProgram(appstream,
-                                    {"validate", "--no-net", "--explain",
-                                     data + "/org.kestrin.Kestrin.metainfo.xml"});
+                                        {"validate",
+                                         "--no-net",
+                                         "--explain",
+                                         data + "/org.kestrin.Kestrin.metainfo.xml"});
     EXPECT_EQ(metainfo.exitCode, 0) << metainfo.out.toStdString() << metainfo.err.toStdString();
 }
 

@@ -48,7 +48,10 @@ protected:
         fDaemon.waitForFinished();
     }
 
-    QDBusConnection Bus(const QString &name) { return QDBusConnection::connectToBus(fAddress, name); }
+    QDBusConnection Bus(const QString &name)
+    {
+        return QDBusConnection::connectToBus(fAddress, name);
+    }
 
     // Serves the window as main does: the name claimed first, then the object.
     void Serve()

@@ -3,7 +3,8 @@
 # time from main to the first paint of the main window and to both panes
 # filled, as Kestrin measures it (KESTRIN_STARTUP_MARKER), and the whole
 # process from exec to its end at that marker, offscreen and on a virtual X
-# display. Beside it, `xterm -e true` on the same display: a program that
+# display, with no session bus and with one (a private dbus-daemon, as a
+# desktop has: Kestrin then claims its name before its window opens). Beside it, `xterm -e true` on the same display: a program that
 # maps a window and ends. Warm runs (REPEAT, default 10), then cold ones
 # (COLD, default 3) with the page cache dropped first, when this is root and
 # may; otherwise that is said and cold runs are skipped.
@@ -46,13 +47,17 @@ for _ in $(seq 100); do [ -e "/tmp/.X11-unix/X$display" ] && break; sleep 0.1; d
 can_drop=no
 if [ "$(id -u)" -eq 0 ] && (sync && echo 3 >/proc/sys/vm/drop_caches) 2>/dev/null; then can_drop=yes; fi
 
-# run_kestrin PLATFORM: one start; prints "paint filled wall" in ms.
+read -r bus bus_pid <<<"$(dbus-daemon --session --fork --print-address=1 --print-pid=1 | tr '\n' ' ')"
+trap 'kill "$xvfb" "$bus_pid" 2>/dev/null; wait 2>/dev/null' EXIT
+
+# run_kestrin PLATFORM [BUS]: one start; prints "paint filled wall" in ms.
 run_kestrin() {
     settings
     local start end out
     start=$(seconds)
-    out="$(env -u DBUS_SESSION_BUS_ADDRESS HOME="$home" XDG_CONFIG_HOME= XDG_RUNTIME_DIR="$work" \
-        QT_QPA_PLATFORM="$1" DISPLAY=":$display" KESTRIN_STARTUP_MARKER=1 "$kestrin" 2>/dev/null)"
+    out="$(env -u DBUS_SESSION_BUS_ADDRESS ${2:+DBUS_SESSION_BUS_ADDRESS="$2"} HOME="$home" \
+        XDG_CONFIG_HOME= XDG_RUNTIME_DIR="$work" QT_QPA_PLATFORM="$1" DISPLAY=":$display" \
+        KESTRIN_STARTUP_MARKER=1 "$kestrin" 2>/dev/null)"
     end=$(seconds)
     awk -v a="$start" -v b="$end" \
         -v p="$(awk '$2 == "first-paint" { print $3 }' <<<"$out")" \
@@ -66,7 +71,7 @@ run_xterm() {
 # measure LABEL COUNT DROP: COUNT rounds of each program, alternating.
 measure() {
     local label="$1" count="$2" drop="$3" i
-    local paint=() filled=() offscreen=() xcb=() xcbpaint=() xterm=()
+    local paint=() filled=() offscreen=() xcb=() xcbpaint=() xterm=() buspaint=() buswall=()
     for ((i = 0; i < count; i++)); do
         [ "$drop" = yes ] && sync && echo 3 >/proc/sys/vm/drop_caches
         read -r p f w <<<"$(run_kestrin offscreen)"
@@ -74,6 +79,9 @@ measure() {
         [ "$drop" = yes ] && sync && echo 3 >/proc/sys/vm/drop_caches
         read -r p f w <<<"$(run_kestrin xcb)"
         xcbpaint+=("$p") xcb+=("$w")
+        [ "$drop" = yes ] && sync && echo 3 >/proc/sys/vm/drop_caches
+        read -r p f w <<<"$(run_kestrin offscreen "$bus")"
+        buspaint+=("$p") buswall+=("$w")
         [ "$drop" = yes ] && sync && echo 3 >/proc/sys/vm/drop_caches
         xterm+=("$(run_xterm)")
     done
@@ -83,6 +91,8 @@ measure() {
     row "kestrin offscreen: main to first paint" "${paint[@]}"
     row "kestrin offscreen: main to both panes filled" "${filled[@]}"
     row "kestrin offscreen: whole process" "${offscreen[@]}"
+    row "kestrin offscreen, session bus: first paint" "${buspaint[@]}"
+    row "kestrin offscreen, session bus: whole process" "${buswall[@]}"
     row "kestrin on Xvfb: main to first paint" "${xcbpaint[@]}"
     row "kestrin on Xvfb: whole process" "${xcb[@]}"
     row "xterm -e true on Xvfb: whole process" "${xterm[@]}"

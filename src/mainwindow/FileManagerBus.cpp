@@ -12,7 +12,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QUrl>
-#include <algorithm>
 
 namespace kestrin {
 
@@ -21,27 +20,14 @@ namespace {
 // A running Kestrin answers at once: it only starts the listings.
 constexpr int kHandOverTimeoutMs = 5000;
 
-// An argument as the running Kestrin reads it: a file: URL of an absolute
-// path. Other URLs go as they are (and are passed over there).
-QString ArgumentUri(const std::string &argument)
-{
-    const QString text = QFile::decodeName(argument.c_str());
-    const QUrl url(text);
-    if (!QFileInfo::exists(text) && url.isValid() && url.scheme().size() > 1)
-        return url.toString(QUrl::FullyEncoded);
-    return QUrl::fromLocalFile(QDir::current().absoluteFilePath(text)).toString(QUrl::FullyEncoded);
-}
-
 // The local path of a URI: file: URLs, and plain absolute paths, which some
 // callers send; empty for anything else.
 std::string LocalPath(const QString &uri)
 {
-    if (uri.startsWith('/'))
-        return QFile::encodeName(QDir::cleanPath(uri)).toStdString();
-    const QUrl url(uri);
-    if (!url.isLocalFile())
+    const std::string path = KestrinApplication::ArgumentPath(QFile::encodeName(uri).toStdString());
+    if (path.empty() || path[0] != '/')
         return std::string();
-    return QFile::encodeName(QDir::cleanPath(url.toLocalFile())).toStdString();
+    return QFile::encodeName(QDir::cleanPath(QFile::decodeName(path.c_str()))).toStdString();
 }
 
 } // namespace
@@ -69,9 +55,16 @@ bool FileManagerBus::HandOverToRunning(QDBusConnection bus,
         return false;
     // Refs are shown last to first: reversed, the last argument stays shown,
     // as on a first start.
+    // Relative paths are this start's, taken from its current folder.
     QStringList uris;
-    for (const std::string &argument : arguments)
-        uris.prepend(ArgumentUri(argument));
+    for (const std::string &argument : arguments) {
+        const std::string path = KestrinApplication::ArgumentPath(argument);
+        if (!path.empty()) {
+            const QString absolute = QDir::current().absoluteFilePath(
+                QFile::decodeName(path.c_str()));
+            uris.prepend(QUrl::fromLocalFile(absolute).toString(QUrl::FullyEncoded));
+        }
+    }
     QString startupId = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
     if (startupId.isEmpty())
         startupId = qEnvironmentVariable("DESKTOP_STARTUP_ID");

@@ -5,9 +5,11 @@
 #include "platform/Paths.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QIcon>
 #include <QScreen>
+#include <QUrl>
 
 namespace kestrin {
 
@@ -66,10 +68,26 @@ QIcon KestrinApplication::Icon()
 
 KestrinApplication::~KestrinApplication() = default;
 
+std::string KestrinApplication::ArgumentPath(const std::string &argument)
+{
+    const QString text = QFile::decodeName(argument.c_str());
+    // A file whose name merely looks like a URL is that file.
+    if (QFileInfo::exists(text))
+        return argument;
+    const QUrl url(text, QUrl::StrictMode);
+    if (url.isLocalFile())
+        return QFile::encodeName(url.toLocalFile()).toStdString();
+    if (url.isValid() && !url.scheme().isEmpty())
+        return std::string();
+    return argument;
+}
+
 void KestrinApplication::ArgvReceived(const std::vector<std::string> &arguments)
 {
-    for (const std::string &argument : arguments)
-        fWindow->SetPath(argument);
+    for (const std::string &argument : arguments) {
+        if (const std::string path = ArgumentPath(argument); !path.empty())
+            fWindow->SetPath(path);
+    }
 }
 
 void KestrinApplication::RefsReceived(const platform::Message &message)

@@ -35,8 +35,13 @@ public:
 
     KestrinWindow *Window() const { return fWindow.get(); }
 
-    // Folders (or documents) named on the command line, argv[1] on; the
-    // last one is left shown.
+    // An argument as a path: a file: URL (what the desktop hands over for
+    // %U) becomes its local path; another URL, which names nothing on this
+    // machine's disks, an empty string; anything else is a path as given.
+    static std::string ArgumentPath(const std::string &argument);
+
+    // Folders (or documents) named on the command line, argv[1] on, as
+    // paths or file: URLs; the last one is left shown.
     void ArgvReceived(const std::vector<std::string> &arguments);
     // Entries handed over as "refs"; the first one is left shown.
     void RefsReceived(const platform::Message &message);

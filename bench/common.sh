@@ -1,15 +1,16 @@
 # Shared by the benchmark scripts (sourced after they set `root`): building a
 # driver, wall times and their median.
 
-# bench_driver TARGET: the release benchmark build of TARGET, made after the
-# machine has what Kestrin needs; prints the executable's path.
+# bench_driver TARGET: the release benchmark build of TARGET (a driver of
+# bench/, or one of Kestrin's own programs), made after the machine has what
+# Kestrin needs; prints the executable's path.
 bench_driver() {
     local build="$root/build/bench"
     "$root/scripts/setup" bench >&2
     cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRIN_TESTS=OFF \
         -DKESTRIN_BENCH=ON >/dev/null
     cmake --build "$build" -j "$(nproc)" --target "$1" >/dev/null
-    echo "$build/bench/$1"
+    if [ -x "$build/bench/$1" ]; then echo "$build/bench/$1"; else echo "$build/src/$1"; fi
 }
 
 seconds() { date +%s.%N; }

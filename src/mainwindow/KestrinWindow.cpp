@@ -11,6 +11,7 @@
 #include "fileops/Trash.h"
 #include "ftp/ConWin.h"
 #include "mainwindow/AddOns.h"
+#include "mainwindow/FirstPaint.h"
 #include "mainwindow/MainMenus.h"
 #include "mainwindow/Terminal.h"
 #include "mainwindow/WindowMessages.h"
@@ -76,8 +77,14 @@ KestrinWindow::KestrinWindow(const QRect &frame, const QString &title)
     fPaneRow->installEventFilter(this);
     setCentralWidget(fPaneRow);
     CreateMenus();
-    Terminal::SetupTerminal();
     platform::MountWatcher::Watch(this);
+    // Scanning the add-on folders waits until the window is on the screen.
+    fFirstPaint = new FirstPaint(fPaneRow);
+    connect(fFirstPaint, &FirstPaint::Painted, this, [this] {
+        LoadAddOns(MainMenus::AddOnsMenu(menuBar()));
+        fAddOnsLoaded = true;
+        emit FirstPainted();
+    });
 }
 
 KestrinWindow::~KestrinWindow()
@@ -91,7 +98,6 @@ void KestrinWindow::CreateMenus()
         platform::Message command(code);
         MessageReceived(command);
     });
-    LoadAddOns(MainMenus::AddOnsMenu(menuBar()));
 }
 
 void KestrinWindow::LoadAddOns(QMenu *menu)
@@ -245,7 +251,7 @@ void KestrinWindow::FocusFirst()
         FocusPane(fPanes.front());
 }
 
-void KestrinWindow::SetPath(const std::string &path)
+void KestrinWindow::SetPath(const std::string &path, bool asItem)
 {
     if (GetFocusedPane() == nullptr)
         AddFilePane(Home(), 0, 1, 0);
@@ -262,10 +268,10 @@ void KestrinWindow::SetPath(const std::string &path)
     }
     DirView *list = pane->List();
     list->Clear();
-    if (S_ISDIR(info.st_mode)) {
+    if (S_ISDIR(info.st_mode) && !asItem) {
         list->Populate(path);
     } else {
-        // A document: its folder, with the document selected.
+        // A document (or an item asked for as one): its folder, with it selected.
         std::string name;
         const std::string folder = platform::ParentPath(path, &name);
         list->Show(std::make_unique<FolderSource>(folder),
@@ -465,11 +471,15 @@ void KestrinWindow::OpenInfoWindows(DirView *list)
     // Each file's type is worked out afresh first, so the kind shown is
     // what the content says.
     list->Commands().Identify();
-    for (const std::string &path : list->Commands().PathsToActOn()) {
-        auto *info = new GetInfo(path, geometry(), this);
-        info->setAttribute(Qt::WA_DeleteOnClose);
-        info->show();
-    }
+    for (const std::string &path : list->Commands().PathsToActOn())
+        OpenInfoWindow(path);
+}
+
+void KestrinWindow::OpenInfoWindow(const std::string &path)
+{
+    auto *info = new GetInfo(path, geometry(), this);
+    info->setAttribute(Qt::WA_DeleteOnClose);
+    info->show();
 }
 
 void KestrinWindow::Help(int which)
@@ -805,8 +815,14 @@ void KestrinWindow::MessageReceived(platform::Message &message)
 
 void KestrinWindow::RefsReceived(const platform::Message &message)
 {
-    for (const std::string &path : platform::Entry::PathsOfRefs(message))
-        SetPath(path);
+    std::string show;
+    message.FindString(kRefsShow, &show);
+    for (const std::string &path : platform::Entry::PathsOfRefs(message)) {
+        if (show == kRefsShowProperties)
+            OpenInfoWindow(path);
+        else
+            SetPath(path, show == kRefsShowItems);
+    }
 }
 
 } // namespace kestrin

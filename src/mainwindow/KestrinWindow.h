@@ -13,6 +13,7 @@ namespace kestrin {
 class CopyWin;
 class DirPane;
 class DirView;
+class FirstPaint;
 
 // The one main window: the menu bar and a row of one to ten panes. It routes
 // the menu commands and the panes' requests to the pane that has the focus
@@ -37,8 +38,9 @@ public:
     // its list given the keyboard focus.
     void FocusPane(DirPane *pane, Qt::FocusReason reason = Qt::OtherFocusReason);
     // Shows a folder in the focused pane (adding a pane when none has the
-    // focus). A file shows its folder with the file selected.
-    void SetPath(const std::string &path);
+    // focus). A file shows its folder with the file selected; so does a
+    // folder `asItem`.
+    void SetPath(const std::string &path, bool asItem = false);
     void Default();
     void Clear();
     void RemovePane();
@@ -52,20 +54,27 @@ public:
     void DoGetSpace();
     // An information window for each marked (or the selected) entry.
     void OpenInfoWindows(DirView *list);
+    void OpenInfoWindow(const std::string &path);
     void Help(int which);
     void EmptyTrash();
     void DoAboutBox();
     // A copy, move, link, pack, unpack or delete request of a pane, by key
     // or by a drop.
     void DoDrag(platform::Message &message);
-    // Entries handed over as "refs" (started on, or dropped on a viewer);
-    // the first one is left shown.
+    // Entries handed over as "refs" (started on, handed over by another
+    // start or another application, dropped on a viewer); the first one is
+    // left shown. The message's kRefsShow says how (see WindowMessages.h).
     void RefsReceived(const platform::Message &message);
 
     const std::vector<DirPane *> &Panes() const { return fPanes; }
     bool SettingsApplied() const { return fSettingsApplied; }
+    // The window has been painted once, and the Add-Ons menu filled since.
+    bool AddOnsLoaded() const { return fAddOnsLoaded; }
 
     void MessageReceived(platform::Message &message) override;
+
+signals:
+    void FirstPainted();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -92,6 +101,8 @@ private:
     std::vector<DirPane *> fPanes;
     QWidget *fPaneRow = nullptr;
     bool fSettingsApplied = false;
+    FirstPaint *fFirstPaint = nullptr; // child of fPaneRow
+    bool fAddOnsLoaded = false;
 };
 
 } // namespace kestrin

@@ -176,6 +176,10 @@ void Terminal::Open(const std::string &folder)
     std::vector<std::string> argv;
     if (!configure_argv(&argv))
         return;
+    // Set up on use rather than at start: reading ~/.profile can wait until
+    // someone wants a terminal, and the check that the block is there is
+    // cheap enough to make each time.
+    SetupTerminal();
     LaunchTerminal(argv, folder);
 }
 

@@ -34,7 +34,7 @@ public:
     // `folder`. 1 when started; -1, after an alert, when not.
     static int LaunchTerminal(const std::vector<std::string> &argv, const std::string &folder);
 
-    // configure_argv, then LaunchTerminal.
+    // configure_argv, SetupTerminal, then LaunchTerminal.
     static void Open(const std::string &folder);
 };
 

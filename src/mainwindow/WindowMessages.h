@@ -50,4 +50,13 @@ inline constexpr uint32_t kCmdFocusPane = 1000; // 1000 + the pane's index
 
 inline constexpr int kMaxPanes = 10;
 
+// A string field of a B_REFS_RECEIVED message that says how its refs are
+// shown. Absent, each ref is shown as the command line shows it (a folder
+// listed, a file selected in its folder); "items" selects every ref in its
+// folder, folders too; "properties" opens an information window on each.
+// The desktop's file-manager interface asks for all three.
+inline constexpr const char *kRefsShow = "kestrin:show";
+inline constexpr const char *kRefsShowItems = "items";
+inline constexpr const char *kRefsShowProperties = "properties";
+
 } // namespace kestrin

@@ -208,12 +208,16 @@ std::string AddOnRunner::HostPath()
     if (!HostOverride().empty())
         return IsExecutableFile(HostOverride()) ? HostOverride() : std::string();
 
+    // Installed, the host is a private program of Kestrin's, out of PATH.
     std::vector<std::string> candidates;
+    if (const std::string prefix = InstallPrefix(); !prefix.empty())
+        candidates.push_back(prefix + "/" + KESTRIN_HOST_DIR + "/" + kHostName);
     const std::string exe = ExecutablePath();
     if (!exe.empty())
         candidates.push_back(exe.substr(0, exe.rfind('/')) + "/" + kHostName);
     candidates.push_back(KESTRIN_BUILD_ADDON_HOST);
-    candidates.push_back(std::string(KESTRIN_INSTALL_BINDIR) + "/" + kHostName);
+    candidates.push_back(std::string(KESTRIN_INSTALL_PREFIX) + "/" + KESTRIN_HOST_DIR + "/"
+                         + kHostName);
     for (const std::string &candidate : candidates)
         if (IsExecutableFile(candidate))
             return candidate;

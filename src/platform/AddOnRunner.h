@@ -49,8 +49,9 @@ public:
                         const std::vector<entry_ref> &entries,
                         Completion done);
 
-    // The host: beside the running executable, else the one the build tree
-    // makes, else the installed one; empty when none is an executable file.
+    // The host: the installed tree's (<prefix>/lib/kestrin), else one beside
+    // the running executable, else the one the build tree makes, else the one
+    // of the configured prefix; empty when none is an executable file.
     static std::string HostPath();
 
     // Makes HostPath() answer `path` alone (empty: search as usual) and returns

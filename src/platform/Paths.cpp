@@ -50,26 +50,30 @@ status_t MakeFolders(const std::string &path)
     return IsFolder(path) ? B_OK : B_NOT_A_DIRECTORY;
 }
 
-std::string HelpDirectory()
+// Installed, a folder of the prefix; run from the build tree, the tree's own
+// (`built`); else the prefix the build was configured for.
+std::string PrefixFolder(const std::string &relative, const std::string &built)
 {
-    const std::string exe = ExecutablePath();
-    if (!exe.empty()) {
-        const std::string bin = exe.substr(0, exe.rfind('/'));
-        const std::string installed = bin.substr(0, bin.rfind('/')) + "/share/kestrin/help";
-        if (IsFolder(installed))
-            return installed;
-    }
-    return KESTRIN_BUILD_HELP_DIR;
-}
-
-// Run from the build tree, Kestrin finds the add-ons that tree built.
-std::string SystemAddOnsDirectory()
-{
-    const std::string installed = std::string(KESTRIN_INSTALL_PREFIX) + "/lib/kestrin/add-ons";
-    return IsFolder(installed) ? installed : std::string(KESTRIN_BUILD_ADDONS_DIR);
+    const std::string prefix = InstallPrefix();
+    if (!prefix.empty())
+        return prefix + "/" + relative;
+    if (IsFolder(built))
+        return built;
+    return std::string(KESTRIN_INSTALL_PREFIX) + "/" + relative;
 }
 
 } // namespace
+
+std::string InstallPrefix()
+{
+    const std::string exe = ExecutablePath();
+    const size_t slash = exe.rfind('/');
+    if (slash == std::string::npos || slash == 0)
+        return std::string();
+    const std::string bin = exe.substr(0, slash);
+    const std::string prefix = bin.substr(0, bin.rfind('/'));
+    return IsFolder(prefix + "/share/kestrin") ? prefix : std::string();
+}
 
 status_t FindDirectory(DirectoryWhich which, std::string *path, bool create)
 {
@@ -91,10 +95,13 @@ status_t FindDirectory(DirectoryWhich which, std::string *path, bool create)
         result += "/kestrin/add-ons";
         break;
     case DirectoryWhich::SystemAddOns:
-        result = SystemAddOnsDirectory();
+        result = PrefixFolder("lib/kestrin/add-ons", KESTRIN_BUILD_ADDONS_DIR);
         break;
     case DirectoryWhich::Help:
-        result = HelpDirectory();
+        result = PrefixFolder("share/kestrin/help", KESTRIN_BUILD_HELP_DIR);
+        break;
+    case DirectoryWhich::Icons:
+        result = PrefixFolder("share/icons/hicolor", KESTRIN_BUILD_ICONS_DIR);
         break;
     }
     if (!known)

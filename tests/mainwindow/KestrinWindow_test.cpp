@@ -7,6 +7,7 @@
 
 #include <QMenu>
 #include <QMenuBar>
+#include <QUrl>
 #include <sys/mount.h>
 
 using kestrin::DirPane;
@@ -243,6 +244,17 @@ TEST_F(KestrinWindowTest, FoldersHandedToKestrinAreShown)
     fKestrin->ArgvReceived({Home() + "/nothing-here"});
     EXPECT_EQ(fAlerts.Count(), 1u);
     EXPECT_EQ(list->CurrentPath(), Home() + "/b");
+
+    // The desktop hands over URLs (Exec=kestrin %U): a file: URL is its
+    // path, escapes undone; any other URL is passed over without a word.
+    fs::create_directories(Home() + "/with space");
+    fKestrin->ArgvReceived({QUrl::fromLocalFile(QString::fromStdString(Home() + "/with space"))
+                                .toString(QUrl::FullyEncoded)
+                                .toStdString(),
+                            "sftp://example.invalid/folder"});
+    EXPECT_TRUE(WaitFor([&] { return Idle(window); }));
+    EXPECT_EQ(list->CurrentPath(), Home() + "/with space");
+    EXPECT_EQ(fAlerts.Count(), 1u);
 }
 
 TEST_F(KestrinWindowTest, FoldersGivenAtStartGoToTheFocusedPaneBeforeTheWindowIsActive)
@@ -309,6 +321,9 @@ TEST_F(KestrinWindowTest, AddOnsRunOnTheSelection)
 
     const auto *menu = window.menuBar()->findChild<QMenu *>("Add-Ons");
     ASSERT_NE(menu, nullptr);
+    // The add-on folders are scanned once the window has been painted.
+    ASSERT_TRUE(WaitFor([&] { return window.AddOnsLoaded(); }));
+    EXPECT_FALSE(menu->actions().isEmpty());
     QAction *makeArchive = nullptr;
     for (QAction *action : menu->actions()) {
         if (action->text() == "MakeArchive" && makeArchive == nullptr)

@@ -141,6 +141,8 @@ TEST(Terminal, NoTerminalAlertsAndLaunchesNothing)
     ASSERT_EQ(alerts.Count(), 1u);
     EXPECT_EQ(alerts.Shown()[0], kNotFound);
     EXPECT_TRUE(launches.Launches().empty());
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(home.Home() + "/.profile")))
+        << "no terminal, no reason to touch the shell's start-up file";
 }
 
 TEST(Terminal, OpenStartsALoginShellInTheFolderWithFolderPath)
@@ -155,6 +157,8 @@ TEST(Terminal, OpenStartsALoginShellInTheFolderWithFolderPath)
     const std::string folder = home.Root() + "/a folder";
 
     Terminal::Open(folder);
+    EXPECT_EQ(ReadFileBytes(home.Home() + "/.profile"), kBlock)
+        << "the shell's start-up file reads FOLDER_PATH by the first terminal";
     ASSERT_EQ(launches.Launches().size(), 1u);
     const platform::Launch expected{terminal,
                                     {"-e", "/bin/bash", "-l"},

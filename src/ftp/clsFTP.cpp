@@ -249,6 +249,7 @@ int clsFTP::Command(const std::string &text)
 int clsFTP::Connect(const char *user, const char *password, const char *account)
 {
     fTransferType = 0;
+    fPassiveRefused = false;
     fPending.clear();
     const std::string &target = fUseProxy ? fProxyHost : fHost;
     const unsigned targetPort = fUseProxy ? fProxyPort : fPort;
@@ -497,8 +498,11 @@ int clsFTP::FTPSendPASV(TcpSocket &control, PassiveAddress *address)
 {
     FTPWriteString(control, "PASV\r\n");
     fLastCode = FTPReadString(control, fReply, sizeof fReply);
-    if (fLastCode != 227)
+    if (fLastCode != 227) {
+        if (fLastCode >= 500 && fLastCode < 600)
+            fPassiveRefused = true;
         return fLastCode;
+    }
     // A 227 the client cannot read leaves no data connection to make.
     return ParsePassiveReply(fReply, address) ? 0 : 6;
 }
@@ -516,6 +520,8 @@ int clsFTP::OpenTransfer(const std::string &command,
                          FtpDataChannel *channel,
                          const char *what)
 {
+    fCancelled = false;
+    fLocalStatus = B_OK;
     const int code = ConnectData(command, binary, passive, channel);
     // A data socket that could not be made is reported on its own.
     if (code != 0 && code != 5)
@@ -624,7 +630,7 @@ int clsFTP::Upload(const char *localPath, const char *remoteName, bool binary, b
     // stopped that way.
     const auto progress = [&](int64_t done) { return ReportProgress(done, expected); };
     char block[kBlockSize];
-    for (;;) {
+    while (!fCancelled) {
         const ssize_t read = file.Read(block, sizeof block);
         // After a failed send the rest of the file could only fail too.
         if (read <= 0 || !channel.SendBlock(block, size_t(read), &sent, progress))
@@ -713,22 +719,10 @@ int clsFTP::Download(const char *remoteName,
     if (!TimeoutIfNotReady(channel.data, true))
         return Fail(2, "downloading file", &channel);
     int64_t total = 0;
-    int failure = 0;
-    char block[kBlockSize];
-    for (;;) {
-        const ssize_t received = channel.data.Receive(block, sizeof block);
-        if (received <= 0)
-            break;
-        if (file.Write(block, size_t(received)) != received) {
-            failure = 7;
-            break;
-        }
-        total += received;
-        if (ReportProgress(total, expected) == 0)
-            break;
-    }
+    const auto progress = [&](int64_t done) { return ReportProgress(done, expected); };
+    fLocalStatus = channel.ReceiveToFile(file, &total, progress, fCancelled);
     file.Unset();
-    return EndDownload(&channel, total, "downloading file", failure);
+    return EndDownload(&channel, total, "downloading file", fLocalStatus != B_OK ? 7 : 0);
 }
 
 int clsFTP::DownloadBuffer(

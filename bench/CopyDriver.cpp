@@ -23,6 +23,11 @@ public:
     void BatchStarted(int32_t, const std::string &, const std::string &) override {}
     void FileStarted(const std::string &, const std::string &, double) override {}
     void ChunkCopied(int64_t, const std::string &, int64_t) override {}
+    void TransferProgress(int32_t,
+                          const std::string &,
+                          const std::string &,
+                          const std::string &) override
+    {}
     void SetProgressVisible(bool) override {}
     bool StopRequested() override { return false; }
     int32_t AskOverwrite(const kestrin::OverwriteQuestion &) override

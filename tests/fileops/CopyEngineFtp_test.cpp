@@ -140,12 +140,14 @@ TEST_F(CopyEngineFtp, StopLeavesNoPartialFileOnEitherSide)
     control.stopAfterChunks = 1;
     Run(Download(server.Port(), upload, {"big", "after"}), dest);
     EXPECT_TRUE(fs::is_empty(dest)) << "neither the partial file nor the next one";
+    EXPECT_EQ(control.transfers.size(), 1u) << "the transfer ends at the next block";
 
     WriteFileBytes(src + "/big", bytes);
     fs::create_directory(upload + "/back");
     control.transfers.clear();
     Run(Upload(server.Port(), upload + "/back", {src + "/big"}), dest);
     EXPECT_TRUE(fs::is_empty(upload + "/back"));
+    EXPECT_EQ(control.transfers.size(), 1u);
     EXPECT_TRUE(control.errors.empty());
 }
 
@@ -224,7 +226,7 @@ TEST(CopyEngineFtpLogin, PasswordsAreCheckedAndFilesGoBothWays)
 
 // PASV refused: the listing and the file come over active connections. The
 // listing names a file outside the target; the connection drops in the
-// middle of the next file.
+// middle of the next file, which ends the request.
 TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
 {
     ScriptedServer server([](ScriptedServer::Session &s) {
@@ -258,7 +260,8 @@ TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
             return;
         s.Send("150 listing\r\n");
         const std::string listing = "-rw-r--r-- 1 u g 5 Jan  1  2000 ../../evil\r\n"
-                                    "-rw-r--r-- 1 u g 100000 Jan  1  2000 cut\r\n";
+                                    "-rw-r--r-- 1 u g 100000 Jan  1  2000 cut\r\n"
+                                    "-rw-r--r-- 1 u g 3 Jan  1  2000 later\r\n";
         data.SendAll(listing.data(), listing.size());
         data.Close();
         s.Send("226 done\r\n");

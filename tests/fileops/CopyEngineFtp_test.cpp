@@ -195,6 +195,7 @@ TEST(CopyEngineFtpLogin, PasswordsAreCheckedAndFilesGoBothWays)
     if (!server.Unavailable().empty())
         GTEST_SKIP() << server.Unavailable();
     TempHome home;
+    platform::AlertRecorder alerts;
     FakeCopyControl control;
     const std::string folder = home.Root() + "/local";
     fs::create_directory(folder);
@@ -275,6 +276,7 @@ TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
         // Both connections close as the script ends.
     });
     TempHome home;
+    platform::AlertRecorder alerts;
     FakeCopyControl control;
     const std::string dest = home.Root() + "/dest";
     fs::create_directory(dest);

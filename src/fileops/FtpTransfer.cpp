@@ -64,6 +64,13 @@ std::string PartialPath(const std::string &folder)
     }
 }
 
+// A line end in a name would end the command that carries it, and the rest
+// of the name would reach the server as a command of its own.
+bool IsSafeRemoteName(const std::string &name)
+{
+    return name.find_first_of("\r\n") == std::string::npos;
+}
+
 bool IsRealFolder(const platform::ScannedEntry &entry)
 {
     return entry.statStatus == B_OK && S_ISDIR(entry.info.st_mode);
@@ -156,7 +163,9 @@ void FtpTransfer::UploadItem(const std::string &localPath)
 {
     const std::string name = platform::LeafName(localPath);
     const platform::ScannedEntry entry = platform::ScanEntry(localPath, name);
-    if (IsRealFolder(entry))
+    if (!IsSafeRemoteName(name))
+        Refuse("upload", name, "nothing on the server can have that name");
+    else if (IsRealFolder(entry))
         UploadDir(localPath, name);
     else if (IsUploadableFile(entry))
         UploadFile(localPath, name);
@@ -194,17 +203,14 @@ void FtpTransfer::UploadDir(const std::string &localPath, const std::string &nam
     const std::string parent = fRemoteFolder;
     if (!EnterRemoteFolder(name, "upload"))
         return;
-    for (const platform::ScannedEntry &entry : entries) {
-        if (Ended())
-            break;
-        if (IsUploadableFile(entry))
-            UploadFile(platform::JoinPath(localPath, entry.name), entry.name);
-    }
-    for (const platform::ScannedEntry &entry : entries) {
-        if (Ended())
-            break;
-        if (IsRealFolder(entry))
-            UploadDir(platform::JoinPath(localPath, entry.name), entry.name);
+    // The files first, then the sub-folders, as a local copy goes.
+    for (const bool folders : {false, true}) {
+        for (const platform::ScannedEntry &entry : entries) {
+            if (Ended())
+                break;
+            if (IsRealFolder(entry) == folders)
+                UploadItem(platform::JoinPath(localPath, entry.name));
+        }
     }
     LeaveRemoteFolder(parent);
 }

@@ -151,7 +151,7 @@ TEST_F(CopyEngineFtp, StopLeavesNoPartialFileOnEitherSide)
     EXPECT_TRUE(control.errors.empty());
 }
 
-TEST_F(CopyEngineFtp, NamesThatLeaveTheTargetAreRefusedAndTheRestArrives)
+TEST_F(CopyEngineFtp, UnsafeNamesAreRefusedAndTheRestArrives)
 {
     WriteFileBytes(server.Root() + "/secret", "secret");
     fs::create_directories(upload + "/tree");
@@ -170,6 +170,12 @@ TEST_F(CopyEngineFtp, NamesThatLeaveTheTargetAreRefusedAndTheRestArrives)
     EXPECT_EQ(refused[0],
               "Kestrin did not download \"../secret\": a local file cannot have that name.");
     EXPECT_EQ(refused[2], "Kestrin did not download \"...\": a local folder cannot have that name.");
+
+    // A line end in a local name would smuggle a command of its own to the server.
+    WriteFileBytes(src + "/x\r\nDELE good", "x");
+    Run(Upload(server.Port(), upload, {src + "/x\r\nDELE good"}), dest);
+    EXPECT_TRUE(Exists(upload + "/good"));
+    EXPECT_EQ(control.errors.size(), 5u);
 }
 
 TEST_F(CopyEngineFtp, AFullDiskLeavesNoPartialFile)

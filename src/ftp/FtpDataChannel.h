@@ -38,6 +38,7 @@ public:
                            int64_t *total,
                            const Progress &progress,
                            const bool &cancelled);
+    // The block of a file's transfer, either way.
     static constexpr size_t kFileReadSize = 1024 * 1024;
 
     // Sends one block, going on after short sends; a 0 from progress

@@ -101,8 +101,10 @@ FtpTransfer::~FtpTransfer() = default;
 
 bool FtpTransfer::IsSafeLocalName(const std::string &name)
 {
+    // A line end cannot come from a listing, but a request could carry one
+    // into the RETR or CWD that fetches the name.
     return !name.empty() && name.find('/') == std::string::npos
-           && name.find_first_not_of('.') != std::string::npos;
+           && name.find_first_not_of('.') != std::string::npos && IsSafeRemoteName(name);
 }
 
 void FtpTransfer::Run()

@@ -42,7 +42,8 @@ public:
     // user has stopped the request, which ends a download at once.
     static int CopyFtpCallback(int code, int count, const char *text, void *data);
 
-    // Whether a name from a server may name a local file or folder.
+    // Whether a name from a server may name a local file or folder (and
+    // travel in a command).
     static bool IsSafeLocalName(const std::string &name);
 
 private:

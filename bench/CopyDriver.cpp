@@ -1,10 +1,13 @@
 // kestrin-copy-driver [--pack] SOURCE... DESTINATION
 // kestrin-copy-driver --unpack ARCHIVE DESTINATION MEMBER...
+// kestrin-copy-driver --download PORT FTPPATH DESTINATION NAME...
 // Copies with Kestrin's copy engine and no window: what the progress window
 // would show is dropped, and an existing target is replaced. --pack packs the
 // sources into a zip in DESTINATION as Ctrl+F5 does; --unpack unpacks the
 // members at the top of ARCHIVE (a folder's name ends in "/") as F5 in an
-// archive's pane does.
+// archive's pane does. --download fetches the NAMEs (a folder's name ends in
+// "/") of the folder FTPPATH from the FTP server on 127.0.0.1:PORT, as an
+// anonymous user, with the request F5 sends from an FTP pane.
 
 #include "fileops/CopyControl.h"
 #include "fileops/CopyEngine.h"
@@ -23,6 +26,11 @@ public:
     void BatchStarted(int32_t, const std::string &, const std::string &) override {}
     void FileStarted(const std::string &, const std::string &, double) override {}
     void ChunkCopied(int64_t, const std::string &, int64_t) override {}
+    void TransferProgress(int32_t,
+                          const std::string &,
+                          const std::string &,
+                          const std::string &) override
+    {}
     void SetProgressVisible(bool) override {}
     bool StopRequested() override { return false; }
     int32_t AskOverwrite(const kestrin::OverwriteQuestion &) override
@@ -44,7 +52,8 @@ int Usage()
 {
     fprintf(stderr,
             "usage: kestrin-copy-driver [--pack] SOURCE... DESTINATION\n"
-            "       kestrin-copy-driver --unpack ARCHIVE DESTINATION MEMBER...\n");
+            "       kestrin-copy-driver --unpack ARCHIVE DESTINATION MEMBER...\n"
+            "       kestrin-copy-driver --download PORT FTPPATH DESTINATION NAME...\n");
     return 2;
 }
 
@@ -60,6 +69,25 @@ platform::Message UnpackRequest(const char *archive, const std::vector<std::stri
         request.AddString(folder ? "ZipDir" : "ZipFile", member);
     }
     request.AddString("TypeOfCopy", "UnPack");
+    return request;
+}
+
+platform::Message DownloadRequest(const std::string &port,
+                                  const std::string &ftpPath,
+                                  const std::vector<std::string> &names)
+{
+    platform::Message request(kestrin::kMsgFtpDownload);
+    request.AddString("Host", "127.0.0.1");
+    request.AddString("User", "anonymous");
+    request.AddString("Password", "kestrin@localhost");
+    request.AddString("FtpPath", ftpPath);
+    request.AddInt32("Port", int32_t(std::stol(port)));
+    for (std::string name : names) {
+        const bool folder = name.back() == '/';
+        if (folder)
+            name.pop_back();
+        request.AddString(folder ? "FtpDir" : "FtpFile", name);
+    }
     return request;
 }
 
@@ -84,12 +112,17 @@ int main(int argc, char **argv)
     const std::string mode = !args.empty() && args[0].rfind("--", 0) == 0 ? args[0] : "";
     if (!mode.empty())
         args.erase(args.begin());
-    if (args.size() < 2 || (mode != "" && mode != "--pack" && mode != "--unpack"))
+    if (args.size() < 2
+        || (mode != "" && mode != "--pack" && mode != "--unpack" && mode != "--download")
+        || (mode == "--download" && args.size() < 4))
         return Usage();
 
     platform::Message request;
     std::string destination;
-    if (mode == "--unpack") {
+    if (mode == "--download") {
+        destination = args[2];
+        request = DownloadRequest(args[0], args[1], {args.begin() + 3, args.end()});
+    } else if (mode == "--unpack") {
         destination = args[1];
         request = UnpackRequest(args[0].c_str(), {args.begin() + 2, args.end()});
     } else {

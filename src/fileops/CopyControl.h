@@ -40,6 +40,15 @@ public:
     // A chunk of `bytes` is copied: both bars advance by it; the file bar's text
     // becomes `leafName` and its trailing text `fileTotal`, the bytes of this file so far.
     virtual void ChunkCopied(int64_t bytes, const std::string &leafName, int64_t fileTotal) = 0;
+    // An FTP transfer's progress, which counts each file as 100: both bars
+    // advance by `percentDelta`; the file bar's text becomes `leafName` and
+    // its trailing text `fileTrailing`; the overall bar's trailing text
+    // becomes `mainTrailing`.
+    virtual void TransferProgress(int32_t percentDelta,
+                                  const std::string &leafName,
+                                  const std::string &fileTrailing,
+                                  const std::string &mainTrailing)
+        = 0;
     // The progress window hides around overwrite questions.
     virtual void SetProgressVisible(bool visible) = 0;
     // True once the user pressed Stop. While the user has paused the copy,

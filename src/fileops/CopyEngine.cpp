@@ -4,6 +4,7 @@
 #include "fileops/ArchivePacker.h"
 #include "fileops/CopyControl.h"
 #include "fileops/FileOpsMessages.h"
+#include "fileops/FtpTransfer.h"
 #include "fileops/KestrinEntry.h"
 #include "fileops/OverwritePolicy.h"
 #include "fileops/Trash.h"
@@ -215,10 +216,7 @@ void CopyEngine::TrashByCopy(KestrinEntry &item, Trash &trash)
 
 void CopyEngine::PerformFtp()
 {
-    // The FTP transfers belong here: connect with "Host", "Port", "User" and
-    // "Password", change to "FtpPath", then send the "refs" (upload) or fetch
-    // every "FtpFile" and "FtpDir" into the destination (604). Until the FTP
-    // client exists the request ends without touching anything.
+    FtpTransfer(fRequest, fDestination, fControl).Run();
 }
 
 } // namespace kestrin

@@ -16,8 +16,8 @@ class Trash;
 // 606 (the destination is then the folder the pane shows, which decides
 // between the Trash and deleting for good), or unpack members of an archive
 // into it (618, see ArchiveExtractor), or pack the "refs" of a 615 into a
-// zip there (ArchivePacker). FTP uploads ('DATA' with "Session") and
-// downloads (604) are wired in with the FTP client.
+// zip there (ArchivePacker), or upload the "refs" of a 'DATA' with "Session"
+// to an FTP server or download the items of a 604 from one (FtpTransfer).
 //
 // Run() does the whole request synchronously on the calling thread: a test
 // calls it directly, the progress window calls it on a worker thread. Progress,
@@ -34,8 +34,7 @@ private:
     void PerformLocal();
     // 606: the "refs" go to the Trash, or for good when the pane shows the Trash.
     void PerformDelete();
-    // 'DATA' with "Session" (upload) and 604 (download). Does nothing until
-    // the FTP client is wired in here.
+    // 'DATA' with "Session" (upload) and 604 (download), see FtpTransfer.
     void PerformFtp();
     // Measures the "refs" and announces the batch on the overall bar:
     // "<verb> N files or directories". False when there are no "refs".

@@ -325,6 +325,20 @@ void CopyWin::ChunkCopied(int64_t bytes, const std::string &leafName, int64_t fi
     fProgress.dirty = true;
 }
 
+void CopyWin::TransferProgress(int32_t percentDelta,
+                               const std::string &leafName,
+                               const std::string &fileTrailing,
+                               const std::string &mainTrailing)
+{
+    std::lock_guard lock(fProgressLock);
+    fProgress.fileValue += percentDelta;
+    fProgress.mainValue += percentDelta;
+    fProgress.fileText = leafName;
+    fProgress.fileTrailing = fileTrailing;
+    fProgress.mainTrailing = mainTrailing;
+    fProgress.dirty = true;
+}
+
 void CopyWin::SetProgressVisible(bool visible)
 {
     {
@@ -426,8 +440,9 @@ void CopyWin::ApplyProgress()
     if (progress.batchKnown) {
         fMainBar->SetMaxValue(float(progress.mainMax));
         fMainBar->SetText(QString::fromStdString(progress.mainText));
-        fMainBar->SetTrailingText(QString::fromStdString(progress.mainTrailing));
     }
+    if (progress.mainTrailing)
+        fMainBar->SetTrailingText(QString::fromStdString(*progress.mainTrailing));
     fMainBar->Update(float(progress.mainValue - fMainBar->CurrentValue()));
     if (progress.fileKnown)
         fFileBar->SetMaxValue(float(progress.fileMax));

@@ -71,6 +71,10 @@ public:
                       const std::string &trailingText) override;
     void FileStarted(const std::string &source, const std::string &target, double size) override;
     void ChunkCopied(int64_t bytes, const std::string &leafName, int64_t fileTotal) override;
+    void TransferProgress(int32_t percentDelta,
+                          const std::string &leafName,
+                          const std::string &fileTrailing,
+                          const std::string &mainTrailing) override;
     void SetProgressVisible(bool visible) override;
     bool StopRequested() override;
     int32_t AskOverwrite(const OverwriteQuestion &question) override;
@@ -95,7 +99,7 @@ private:
         double mainMax = 0;
         double mainValue = 0;
         std::string mainText;
-        std::string mainTrailing;
+        std::optional<std::string> mainTrailing;
         bool fileKnown = false;
         double fileMax = 0;
         double fileValue = 0;

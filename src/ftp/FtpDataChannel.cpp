@@ -1,10 +1,12 @@
 #include "ftp/FtpDataChannel.h"
 
 #include "ftp/clsFTP.h"
+#include "platform/File.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace kestrin {
 
@@ -34,6 +36,27 @@ void FtpDataChannel::ReceiveAll(char **buffer, int64_t *total, const Progress &p
         if (progress && progress(*total) == 0)
             break;
     }
+}
+
+status_t FtpDataChannel::ReceiveToFile(platform::File &file,
+                                       int64_t *total,
+                                       const Progress &progress,
+                                       const bool &cancelled)
+{
+    *total = 0;
+    const std::unique_ptr<char[]> buffer(new char[kFileReadSize]);
+    while (!cancelled) {
+        const ssize_t received = data.Receive(buffer.get(), kFileReadSize);
+        if (received <= 0)
+            break;
+        const ssize_t written = file.Write(buffer.get(), size_t(received));
+        if (written != received)
+            return written < 0 ? status_t(written) : B_DEVICE_FULL;
+        *total += received;
+        if (progress && progress(*total) == 0)
+            break;
+    }
+    return B_OK;
 }
 
 bool FtpDataChannel::SendBlock(const char *block,

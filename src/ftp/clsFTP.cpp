@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <vector>
 
 namespace kestrin {
@@ -249,6 +250,7 @@ int clsFTP::Command(const std::string &text)
 int clsFTP::Connect(const char *user, const char *password, const char *account)
 {
     fTransferType = 0;
+    fPassiveRefused = false;
     fPending.clear();
     const std::string &target = fUseProxy ? fProxyHost : fHost;
     const unsigned targetPort = fUseProxy ? fProxyPort : fPort;
@@ -497,8 +499,11 @@ int clsFTP::FTPSendPASV(TcpSocket &control, PassiveAddress *address)
 {
     FTPWriteString(control, "PASV\r\n");
     fLastCode = FTPReadString(control, fReply, sizeof fReply);
-    if (fLastCode != 227)
+    if (fLastCode != 227) {
+        if (fLastCode >= 500 && fLastCode < 600)
+            fPassiveRefused = true;
         return fLastCode;
+    }
     // A 227 the client cannot read leaves no data connection to make.
     return ParsePassiveReply(fReply, address) ? 0 : 6;
 }
@@ -516,6 +521,8 @@ int clsFTP::OpenTransfer(const std::string &command,
                          FtpDataChannel *channel,
                          const char *what)
 {
+    fCancelled = false;
+    fLocalStatus = B_OK;
     const int code = ConnectData(command, binary, passive, channel);
     // A data socket that could not be made is reported on its own.
     if (code != 0 && code != 5)
@@ -623,11 +630,13 @@ int clsFTP::Upload(const char *localPath, const char *remoteName, bool binary, b
     // A 0 from the callback skips the rest of a block only; uploads are not
     // stopped that way.
     const auto progress = [&](int64_t done) { return ReportProgress(done, expected); };
-    char block[kBlockSize];
-    for (;;) {
-        const ssize_t read = file.Read(block, sizeof block);
+    // Large blocks as for downloads: a blocking send takes a whole block at
+    // once, so each is one read, one send and one progress call.
+    const std::unique_ptr<char[]> block(new char[FtpDataChannel::kFileReadSize]);
+    while (!fCancelled) {
+        const ssize_t read = file.Read(block.get(), FtpDataChannel::kFileReadSize);
         // After a failed send the rest of the file could only fail too.
-        if (read <= 0 || !channel.SendBlock(block, size_t(read), &sent, progress))
+        if (read <= 0 || !channel.SendBlock(block.get(), size_t(read), &sent, progress))
             break;
     }
     return EndUpload(&channel);
@@ -713,22 +722,10 @@ int clsFTP::Download(const char *remoteName,
     if (!TimeoutIfNotReady(channel.data, true))
         return Fail(2, "downloading file", &channel);
     int64_t total = 0;
-    int failure = 0;
-    char block[kBlockSize];
-    for (;;) {
-        const ssize_t received = channel.data.Receive(block, sizeof block);
-        if (received <= 0)
-            break;
-        if (file.Write(block, size_t(received)) != received) {
-            failure = 7;
-            break;
-        }
-        total += received;
-        if (ReportProgress(total, expected) == 0)
-            break;
-    }
+    const auto progress = [&](int64_t done) { return ReportProgress(done, expected); };
+    fLocalStatus = channel.ReceiveToFile(file, &total, progress, fCancelled);
     file.Unset();
-    return EndDownload(&channel, total, "downloading file", failure);
+    return EndDownload(&channel, total, "downloading file", fLocalStatus != B_OK ? 7 : 0);
 }
 
 int clsFTP::DownloadBuffer(

@@ -105,6 +105,17 @@ public:
     int List(const char *path, char **listing, bool passive, bool unused = false);
     static void DisposeBuffer(char **buffer);
 
+    // Ends the transfer in progress after its current block, in either
+    // direction; for a progress callback that must stop an upload, which a 0
+    // answer does not. Each transfer starts uncancelled.
+    void CancelTransfer() { fCancelled = true; }
+    // The server answered PASV with a refusal (a 5xx reply) on this
+    // connection: its transfers can only be active.
+    bool PassiveRefused() const { return fPassiveRefused; }
+    // Why the local file of the last download could not be written (the
+    // disk filled: B_DEVICE_FULL), B_OK when it could.
+    status_t LocalStatus() const { return fLocalStatus; }
+
     // The text of the last reply read, its lines joined, or "TIMEOUT".
     const char *ReplyText() const { return fReply; }
     int LastCode() const { return fLastCode; }
@@ -181,6 +192,9 @@ private:
     void *fCallbackData = nullptr;
     long fTimeoutSeconds = 0;
     long fTimeoutMicroseconds = 0;
+    bool fCancelled = false;
+    bool fPassiveRefused = false;
+    status_t fLocalStatus = B_OK;
     // Lines that arrived in one read behind the reply they followed.
     std::deque<std::string> fPending;
 };

@@ -35,6 +35,11 @@ public:
         std::string leafName;
         int64_t fileTotal;
     };
+    struct Transfer
+    {
+        int32_t percentDelta;
+        std::string leafName, fileTrailing, mainTrailing;
+    };
     struct ArchiveStep
     {
         int32_t overall, fileProgress;
@@ -57,8 +62,16 @@ public:
         if (onChunk)
             onChunk(chunks.size());
     }
+    void TransferProgress(int32_t percentDelta,
+                          const std::string &leafName,
+                          const std::string &fileTrailing,
+                          const std::string &mainTrailing) override
+    {
+        transfers.push_back({percentDelta, leafName, fileTrailing, mainTrailing});
+    }
     void SetProgressVisible(bool visible) override { visibility.push_back(visible); }
-    bool StopRequested() override { return chunks.size() >= stopAfterChunks; }
+    // An FTP transfer's progress calls count as chunks.
+    bool StopRequested() override { return chunks.size() + transfers.size() >= stopAfterChunks; }
     int32_t AskOverwrite(const kestrin::OverwriteQuestion &question) override
     {
         questions.push_back(question);
@@ -91,6 +104,7 @@ public:
     std::vector<Batch> batches;
     std::vector<std::string> startedTargets;
     std::vector<Chunk> chunks;
+    std::vector<Transfer> transfers;
     std::vector<bool> visibility;
     std::vector<kestrin::OverwriteQuestion> questions;
     std::vector<platform::Alert> errors;

@@ -177,6 +177,27 @@ TEST(CopyWin, TheTimerShowsWhatTheWorkerReported)
     EXPECT_TRUE(FinishesByItself(gate, window));
 }
 
+TEST(CopyWin, FtpProgressMovesBothBarsByThePercentageDifference)
+{
+    Gate gate;
+    auto job = [&](CopyControl &control) {
+        control.BatchStarted(200, "2 Files or Directories", "");
+        control.FileStarted("/remote/a", "/to/a", 100);
+        control.TransferProgress(12, "a", "1200 Bytes @ 1.2 kB/s", "1200");
+        control.TransferProgress(25, "a", "3700 Bytes @ 3.6 kB/s", "3700");
+        gate.Wait();
+    };
+    QPointer<CopyWin> window = OpenWindow(job, kestrin::kMsgFtpDownload);
+    StatusBar *file = window->FileBar();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->MainBar()->TrailingText() == "3700"; }));
+    EXPECT_FLOAT_EQ(file->CurrentValue(), 37);
+    EXPECT_FLOAT_EQ(window->MainBar()->CurrentValue(), 37);
+    EXPECT_EQ(file->Text(), "a");
+    EXPECT_EQ(file->TrailingText(), "3700 Bytes @ 3.6 kB/s");
+    EXPECT_EQ(window->MainBar()->Text(), "2 Files or Directories");
+    EXPECT_TRUE(FinishesByItself(gate, window));
+}
+
 TEST(CopyWin, ArchiveCallbacksOnTheWorkerMoveTheBars)
 {
     Gate first, second;

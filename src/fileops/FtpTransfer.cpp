@@ -1,0 +1,429 @@
+#include "fileops/FtpTransfer.h"
+
+#include "app/AppUtils.h"
+#include "fileops/CopyControl.h"
+#include "fileops/FileOpsMessages.h"
+#include "fileops/KestrinEntry.h"
+#include "ftp/FtpListing.h"
+#include "ftp/clsFTP.h"
+#include "platform/Directory.h"
+#include "platform/Entry.h"
+#include "platform/FolderScan.h"
+#include "platform/PathNames.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+#include <vector>
+
+namespace kestrin {
+
+namespace {
+
+constexpr int kLoginRefused = 530;
+// The client's code for a reply that never came: the server went away or
+// fell silent.
+constexpr int kNoReply = 2;
+constexpr int kLocalFileFailed = 7;
+
+platform::Alert TransferAlert(bool download, const std::string &text)
+{
+    return {download ? "Download" : "Upload", text, {"OK"}, B_WARNING_ALERT};
+}
+
+platform::Alert ConnectAlert(int code)
+{
+    const char *text = code == kLoginRefused
+                           ? "The username or password supplied is incorrect.\nCheck your "
+                             "settings and try to reconnect."
+                           : "Failed to connect to ftp server.\nPlease check your internet "
+                             "connection";
+    return {"Connect Failed", text, {"OK"}, B_WARNING_ALERT};
+}
+
+// A plain CWD answers 250, which the client does not count as success.
+bool ChangedDir(int code)
+{
+    return code == 0 || code == 250;
+}
+
+std::string RemoteJoin(const std::string &folder, const std::string &name)
+{
+    if (folder.empty())
+        return name;
+    return folder.back() == '/' ? folder + name : folder + "/" + name;
+}
+
+// A name no other entry of the folder has, for a download until it is whole.
+std::string PartialPath(const std::string &folder)
+{
+    for (unsigned n = 0;; n++) {
+        std::string path = platform::JoinPath(folder, ".kestrin-part-" + std::to_string(n));
+        if (!platform::Entry(path).Exists())
+            return path;
+    }
+}
+
+// A line end in a name would end the command that carries it, and the rest
+// of the name would reach the server as a command of its own.
+bool IsSafeRemoteName(const std::string &name)
+{
+    return name.find_first_of("\r\n") == std::string::npos;
+}
+
+bool IsRealFolder(const platform::ScannedEntry &entry)
+{
+    return entry.statStatus == B_OK && S_ISDIR(entry.info.st_mode);
+}
+
+// A regular file, or a link to one: what an upload can read to its end.
+bool IsUploadableFile(const platform::ScannedEntry &entry)
+{
+    if (entry.statStatus != B_OK)
+        return false;
+    if (S_ISLNK(entry.info.st_mode))
+        return entry.targetKnown && S_ISREG(entry.targetMode);
+    return S_ISREG(entry.info.st_mode);
+}
+
+} // namespace
+
+FtpTransfer::FtpTransfer(const platform::Message &request,
+                         std::string destination,
+                         CopyControl &control)
+    : fRequest(request)
+    , fDestination(std::move(destination))
+    , fControl(control)
+    , fDownload(request.what == kMsgFtpDownload)
+{}
+
+FtpTransfer::~FtpTransfer() = default;
+
+bool FtpTransfer::IsSafeLocalName(const std::string &name)
+{
+    // A line end cannot come from a listing, but a request could carry one
+    // into the RETR or CWD that fetches the name.
+    return !name.empty() && name.find('/') == std::string::npos
+           && name.find_first_not_of('.') != std::string::npos && IsSafeRemoteName(name);
+}
+
+void FtpTransfer::Run()
+{
+    if (!Connect())
+        return;
+    if (fDownload)
+        DownloadAll();
+    else
+        UploadAll();
+    fFtp->Disconnect();
+}
+
+bool FtpTransfer::Connect()
+{
+    std::string host, user, password;
+    int32_t port = 0;
+    fRequest.FindString("Host", &host);
+    fRequest.FindString("User", &user);
+    fRequest.FindString("Password", &password);
+    fRequest.FindString("FtpPath", &fRemoteFolder);
+    fRequest.FindInt32("Port", &port);
+
+    fFtp = std::make_unique<clsFTP>(kTimeoutMs, &FtpTransfer::CopyFtpCallback, this);
+    fFtp->SetHost(host.c_str(), unsigned(port), nullptr, 0);
+    const int code = fFtp->Connect(user.c_str(), password.c_str(), nullptr);
+    if (code != 0) {
+        CopyControl::ReportError(&fControl, ConnectAlert(code));
+        return false;
+    }
+    // Items sent into or fetched from another folder than the pane shows
+    // would land where the user never looked.
+    if (!ChangedDir(fFtp->ChangeDir(fRemoteFolder.c_str()))) {
+        CopyControl::ReportError(&fControl,
+                                 TransferAlert(fDownload,
+                                               "Kestrin cannot open \"" + fRemoteFolder
+                                                   + "\" on the server: " + fFtp->ReplyText()));
+        fFtp->Disconnect();
+        return false;
+    }
+    return true;
+}
+
+void FtpTransfer::UploadAll()
+{
+    type_code type = 0;
+    int32_t count = 0;
+    if (fRequest.GetInfo("refs", &type, &count) != B_OK)
+        count = 0;
+    for (int32_t i = 0; i < count && !Ended(); i++) {
+        entry_ref ref;
+        if (fRequest.FindRef("refs", i, &ref) == B_OK)
+            UploadItem(ref.path);
+    }
+}
+
+void FtpTransfer::UploadItem(const std::string &localPath)
+{
+    const std::string name = platform::LeafName(localPath);
+    const platform::ScannedEntry entry = platform::ScanEntry(localPath, name);
+    if (!IsSafeRemoteName(name))
+        Refuse("upload", name, "nothing on the server can have that name");
+    else if (IsRealFolder(entry))
+        UploadDir(localPath, name);
+    else if (IsUploadableFile(entry))
+        UploadFile(localPath, name);
+    else
+        Refuse("upload", name, "it is neither a file nor a folder");
+}
+
+void FtpTransfer::UploadFile(const std::string &localPath, const std::string &name)
+{
+    StartFile(localPath, RemoteJoin(fRemoteFolder, name), name);
+    const int code = Transfer(
+        [&](bool passive) { return fFtp->Upload(localPath.c_str(), name.c_str(), true, passive); });
+    if (fStopped) {
+        // Half a file on the server is no copy of it.
+        fFtp->DeleteFile(name.c_str());
+        return;
+    }
+    if (code != 0)
+        TransferFailed("upload", name, code);
+    else
+        fDoneBytes += fFileBytes;
+}
+
+void FtpTransfer::UploadDir(const std::string &localPath, const std::string &name)
+{
+    platform::FolderScan scan(localPath);
+    std::vector<platform::ScannedEntry> entries;
+    if (scan.InitCheck() != B_OK || scan.ReadNames() < 0
+        || scan.StatEntries(&entries) != B_ENTRY_NOT_FOUND) {
+        Refuse("upload", name, "the folder cannot be read");
+        return;
+    }
+    // A folder that is there already takes the new entries in.
+    fFtp->MakeDir(name.c_str());
+    const std::string parent = fRemoteFolder;
+    if (!EnterRemoteFolder(name, "upload"))
+        return;
+    // The files first, then the sub-folders, as a local copy goes.
+    for (const bool folders : {false, true}) {
+        for (const platform::ScannedEntry &entry : entries) {
+            if (Ended())
+                break;
+            if (IsRealFolder(entry) == folders)
+                UploadItem(platform::JoinPath(localPath, entry.name));
+        }
+    }
+    LeaveRemoteFolder(parent);
+}
+
+void FtpTransfer::DownloadAll()
+{
+    type_code type = 0;
+    int32_t files = 0, folders = 0;
+    if (fRequest.GetInfo("FtpFile", &type, &files) != B_OK)
+        files = 0;
+    if (fRequest.GetInfo("FtpDir", &type, &folders) != B_OK)
+        folders = 0;
+    fControl.BatchStarted(100 * (files + folders),
+                          std::to_string(files + folders) + " Files or Directories",
+                          "");
+    std::string name;
+    for (int32_t i = 0; i < files && !Ended(); i++) {
+        if (fRequest.FindString("FtpFile", i, &name) == B_OK)
+            DownloadFile(fDestination, name);
+    }
+    for (int32_t i = 0; i < folders && !Ended(); i++) {
+        if (fRequest.FindString("FtpDir", i, &name) == B_OK)
+            DownloadDir(fDestination, name);
+    }
+}
+
+void FtpTransfer::DownloadFile(const std::string &localFolder, const std::string &name)
+{
+    if (!IsSafeLocalName(name)) {
+        Refuse("download", name, "a local file cannot have that name");
+        return;
+    }
+    const std::string target = platform::JoinPath(localFolder, name);
+    const std::string partial = PartialPath(localFolder);
+    StartFile(RemoteJoin(fRemoteFolder, name), target, name);
+    const int code = Transfer([&](bool passive) {
+        return fFtp->Download(name.c_str(),
+                              localFolder.c_str(),
+                              platform::LeafName(partial).c_str(),
+                              true,
+                              passive);
+    });
+    platform::Entry received(partial);
+    if (code == 0 && !fStopped) {
+        // Renaming replaces whatever had the name, a link included, and never
+        // writes through it.
+        const status_t status = received.MoveTo(localFolder, name.c_str(), true);
+        if (status == B_OK) {
+            fDoneBytes += fFileBytes;
+            return;
+        }
+        KestrinEntry::ShowError(status, &fControl);
+    }
+    received.Remove();
+    if (code != 0 && !fStopped)
+        TransferFailed("download", name, code);
+}
+
+void FtpTransfer::DownloadDir(const std::string &localFolder, const std::string &name)
+{
+    if (!IsSafeLocalName(name)) {
+        Refuse("download", name, "a local folder cannot have that name");
+        return;
+    }
+    const std::string local = platform::JoinPath(localFolder, name);
+    const std::string parent = fRemoteFolder;
+    if (!EnterRemoteFolder(name, "download"))
+        return;
+    std::string listing;
+    if (ListRemoteFolder(&listing) && MakeLocalFolder(local, name)) {
+        for (const FtpListingRow &row : GetEntries(listing)) {
+            if (Ended())
+                break;
+            // A link on the server may lead anywhere there; it is left out.
+            if (row.permissions.starts_with("d"))
+                DownloadDir(local, row.name);
+            else if (row.permissions.starts_with("-"))
+                DownloadFile(local, row.name);
+        }
+    }
+    LeaveRemoteFolder(parent);
+}
+
+bool FtpTransfer::EnterRemoteFolder(const std::string &name, const std::string &verb)
+{
+    if (!ChangedDir(fFtp->ChangeDir(name.c_str()))) {
+        Refuse(verb, name, std::string("the server answered: ") + fFtp->ReplyText());
+        return false;
+    }
+    fRemoteFolder = RemoteJoin(fRemoteFolder, name);
+    return true;
+}
+
+void FtpTransfer::LeaveRemoteFolder(const std::string &parent)
+{
+    fRemoteFolder = parent;
+    // A lost connection has nothing to change back in.
+    if (!fAborted)
+        fFtp->ChangeDir("..");
+}
+
+bool FtpTransfer::MakeLocalFolder(const std::string &path, const std::string &name)
+{
+    const status_t status = platform::Directory(platform::ParentPath(path)).CreateDirectory(name);
+    // Only a real folder takes the files in: a link there could lead them
+    // anywhere.
+    if (status == B_OK || (status == B_FILE_EXISTS && IsRealFolder(platform::ScanEntry(path, name))))
+        return true;
+    if (status == B_FILE_EXISTS)
+        Refuse("download", name, "something that is not a folder has its name here");
+    else
+        KestrinEntry::ShowError(status, &fControl);
+    return false;
+}
+
+bool FtpTransfer::ListRemoteFolder(std::string *listing)
+{
+    char *text = nullptr;
+    const int code = Transfer([&](bool passive) { return fFtp->List(nullptr, &text, passive); });
+    if (text != nullptr)
+        *listing = text;
+    clsFTP::DisposeBuffer(&text);
+    if (code != 0)
+        TransferFailed("download", platform::LeafName(fRemoteFolder), code);
+    return code == 0;
+}
+
+template<typename Op>
+int FtpTransfer::Transfer(Op op)
+{
+    int code = op(fPassive);
+    if (code != 0 && fPassive && fFtp->PassiveRefused() && !fStopped) {
+        fPassive = false;
+        code = op(false);
+    }
+    return code;
+}
+
+void FtpTransfer::StartFile(const std::string &source,
+                            const std::string &target,
+                            const std::string &name)
+{
+    fFileName = name;
+    fPercent = 0;
+    fFileBytes = 0;
+    fFileStart = std::time(nullptr);
+    // The file bar counts a file's percentage.
+    fControl.FileStarted(source, target, 100);
+}
+
+int FtpTransfer::CopyFtpCallback(int code, int count, const char *, void *data)
+{
+    auto *transfer = static_cast<FtpTransfer *>(data);
+    if (transfer == nullptr || code == -1)
+        return 1;
+    return transfer->Progress(code, count);
+}
+
+int FtpTransfer::Progress(int percent, int count)
+{
+    fFileBytes = count;
+    const int advance = percent - fPercent;
+    fPercent = percent;
+    // Whole seconds, one more so that the first second never divides by zero.
+    const double seconds = double(std::time(nullptr) - fFileStart + 1);
+    char rate[32];
+    snprintf(rate, sizeof rate, "%.1f", double(count) / (seconds * 1024.0));
+    fControl.TransferProgress(advance,
+                              fFileName,
+                              std::to_string(count) + " Bytes @ " + rate + " kB/s",
+                              std::to_string(int64_t(count) + fDoneBytes));
+    if (!fControl.StopRequested())
+        return 1;
+    fStopped = true;
+    // An upload does not stop for the answer alone.
+    fFtp->CancelTransfer();
+    return 0;
+}
+
+void FtpTransfer::TransferFailed(const std::string &verb, const std::string &name, int code)
+{
+    if (code == kLocalFileFailed && fFtp->LocalStatus() == B_DEVICE_FULL) {
+        CopyControl::ReportError(&fControl,
+                                 MsgBoxAlert(
+                                     "Cannot Copy file.\nInsufficient space on destination."));
+        fAborted = true;
+    } else if (code == kLocalFileFailed) {
+        Refuse(verb,
+               name,
+               fDownload ? "the local file cannot be written" : "the local file cannot be read");
+    } else if (code == kNoReply) {
+        Refuse(verb, name, "the connection to the server was lost");
+        fAborted = true;
+    } else {
+        Refuse(verb, name, std::string("the server answered: ") + fFtp->ReplyText());
+    }
+}
+
+void FtpTransfer::Refuse(const std::string &verb, const std::string &name, const std::string &why)
+{
+    CopyControl::ReportError(&fControl,
+                             TransferAlert(fDownload,
+                                           "Kestrin did not " + verb + " \"" + name + "\": " + why
+                                               + "."));
+}
+
+bool FtpTransfer::Ended()
+{
+    if (!fStopped && !fAborted && fControl.StopRequested())
+        fStopped = true;
+    return fStopped || fAborted;
+}
+
+} // namespace kestrin

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "platform/Message.h"
+
+#include <cstdint>
+#include <ctime>
+#include <memory>
+#include <string>
+
+namespace kestrin {
+
+class CopyControl;
+class clsFTP;
+
+// One FTP request of the panes over a connection of its own: an upload
+// ('DATA' with "Session": the "refs" into the remote folder "FtpPath") or a
+// download (604: every "FtpFile" and "FtpDir" of "FtpPath" into the
+// destination folder), folders with everything in them. Progress, pause,
+// stop and every failure go through `control`, as for local copies.
+//
+// A download is written under a hidden name of its own and renamed into place
+// once whole, so a stopped or failed one leaves nothing behind and a file it
+// replaces stays until the new one is complete. A name from the server that
+// holds "/" or is made of dots is never used as a local name: that item is
+// refused with an alert and the rest goes on.
+class FtpTransfer
+{
+public:
+    // The client waits this long for any answer of the server.
+    static constexpr unsigned kTimeoutMs = 60000;
+
+    FtpTransfer(const platform::Message &request, std::string destination, CopyControl &control);
+    ~FtpTransfer();
+
+    FtpTransfer(const FtpTransfer &) = delete;
+    FtpTransfer &operator=(const FtpTransfer &) = delete;
+
+    void Run();
+
+    // The client's callback; `data` is the transfer. Log lines are not
+    // shown here. A progress call moves the bars and answers 0 once the
+    // user has stopped the request, which ends a download at once.
+    static int CopyFtpCallback(int code, int count, const char *text, void *data);
+
+    // Whether a name from a server may name a local file or folder (and
+    // travel in a command).
+    static bool IsSafeLocalName(const std::string &name);
+
+private:
+    bool Connect();
+    void UploadAll();
+    void DownloadAll();
+    void UploadItem(const std::string &localPath);
+    void UploadFile(const std::string &localPath, const std::string &name);
+    // Makes the remote folder, changes into it, sends its files and then its
+    // sub-folders, and changes back.
+    void UploadDir(const std::string &localPath, const std::string &name);
+    void DownloadFile(const std::string &localFolder, const std::string &name);
+    // The mirror: lists the remote folder, makes the local one, fetches its
+    // files and sub-folders, and changes back.
+    void DownloadDir(const std::string &localFolder, const std::string &name);
+    bool EnterRemoteFolder(const std::string &name, const std::string &verb);
+    void LeaveRemoteFolder(const std::string &parent);
+    bool MakeLocalFolder(const std::string &path, const std::string &name);
+    bool ListRemoteFolder(std::string *listing);
+
+    // Passive first; active for the rest of the request once the server
+    // refuses PASV. `op` is given the mode and answers the client's result.
+    template<typename Op>
+    int Transfer(Op op);
+    int Progress(int percent, int count);
+    void StartFile(const std::string &source, const std::string &target, const std::string &name);
+    // A failed transfer of `name`: the alert, and the end of the request
+    // when the connection is lost or the disk is full.
+    void TransferFailed(const std::string &verb, const std::string &name, int code);
+    void Refuse(const std::string &verb, const std::string &name, const std::string &why);
+    // True once the user stopped or the request cannot go on; waits while paused.
+    bool Ended();
+
+    const platform::Message &fRequest;
+    const std::string fDestination;
+    CopyControl &fControl;
+    std::unique_ptr<clsFTP> fFtp;
+    bool fDownload = false;
+    bool fPassive = true;
+    bool fStopped = false;
+    bool fAborted = false;
+    // Where the conversation stands on the server, for the progress lines.
+    std::string fRemoteFolder;
+    // The file in transfer: its name, the percentage last shown, when it
+    // began, and the bytes of the files finished before it.
+    std::string fFileName;
+    int fPercent = 0;
+    std::time_t fFileStart = 0;
+    int64_t fFileBytes = 0;
+    int64_t fDoneBytes = 0;
+};
+
+} // namespace kestrin

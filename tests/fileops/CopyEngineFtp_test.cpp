@@ -1,0 +1,298 @@
+// Uploads and downloads through the copy engine against real servers on
+// 127.0.0.1 (vsftpd, pyftpdlib), and a scripted server for what real ones
+// never do: names that would leave the target folder, a refused PASV, a
+// connection that drops in the middle of a file.
+
+#include "CopyTestSupport.h"
+#include "RealServers.h"
+#include "ScriptedServer.h"
+
+#include <random>
+#include <regex>
+#include <sys/mount.h>
+
+using namespace kestrin;
+
+namespace {
+
+std::string RandomBytes(size_t size, unsigned seed)
+{
+    std::mt19937 generator(seed);
+    std::string bytes(size, '\0');
+    for (char &byte : bytes)
+        byte = char(generator());
+    return bytes;
+}
+
+// Every entry below `root` by its relative path, with a file's bytes ("/" for
+// a folder).
+std::map<std::string, std::string> Tree(const std::string &root)
+{
+    std::map<std::string, std::string> tree;
+    for (const auto &entry : fs::recursive_directory_iterator(root)) {
+        const std::string relative = fs::relative(entry.path(), root).string();
+        tree[relative] = entry.is_directory() ? "/" : ReadFileBytes(entry.path().string()).value();
+    }
+    return tree;
+}
+
+platform::Message FtpRequest(uint32_t what, unsigned port, const std::string &ftpPath)
+{
+    platform::Message request(what);
+    request.AddString("Host", "127.0.0.1");
+    request.AddString("User", "anonymous");
+    request.AddString("Password", "kestrin@");
+    request.AddString("FtpPath", ftpPath);
+    request.AddInt32("Port", int32_t(port));
+    return request;
+}
+
+platform::Message Download(unsigned port,
+                           const std::string &ftpPath,
+                           const std::vector<std::string> &files,
+                           const std::vector<std::string> &folders = {})
+{
+    platform::Message request = FtpRequest(kMsgFtpDownload, port, ftpPath);
+    for (const std::string &file : files)
+        request.AddString("FtpFile", file);
+    for (const std::string &folder : folders)
+        request.AddString("FtpDir", folder);
+    return request;
+}
+
+platform::Message Upload(unsigned port,
+                         const std::string &ftpPath,
+                         const std::vector<std::string> &paths)
+{
+    platform::Message request = FtpRequest(kMsgCopyRequest, port, ftpPath);
+    for (const std::string &path : paths)
+        request.AddRef("refs", RefFor(path));
+    request.AddString("Session", "test.ftp");
+    return request;
+}
+
+std::vector<std::string> AlertTexts(const FakeCopyControl &control)
+{
+    std::vector<std::string> texts;
+    for (const platform::Alert &alert : control.errors)
+        texts.push_back(alert.text);
+    return texts;
+}
+
+class CopyEngineFtp : public CopyTest
+{
+protected:
+    void SetUp() override
+    {
+        if (!server.Unavailable().empty())
+            GTEST_SKIP() << server.Unavailable();
+    }
+
+    VsftpdServer server;
+    const std::string upload = server.Root() + "/upload";
+};
+
+} // namespace
+
+TEST_F(CopyEngineFtp, DownloadsAndUploadsTreesByteForByte)
+{
+    fs::create_directories(upload + "/tree/sub/deeper");
+    fs::create_directories(upload + "/tree/empty");
+    WriteFileBytes(upload + "/top.txt", "top");
+    WriteFileBytes(upload + "/tree/big.bin", RandomBytes(3 * 1024 * 1024 + 17, 1));
+    WriteFileBytes(upload + "/tree/none", "");
+    WriteFileBytes(upload + "/tree/sub/deeper/c", RandomBytes(5000, 2));
+
+    Run(Download(server.Port(), upload, {"top.txt"}, {"tree"}), dest);
+    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_EQ(Tree(dest + "/tree"), Tree(upload + "/tree"));
+    EXPECT_EQ(ReadFileBytes(dest + "/top.txt"), "top");
+    EXPECT_EQ(Tree(dest).size(), Tree(upload + "/tree").size() + 2) << "nothing else, no leftovers";
+
+    ASSERT_EQ(control.batches.size(), 1u);
+    EXPECT_EQ(control.batches[0].text, "2 Files or Directories");
+    // Each file's progress adds up to its 100 per cent, by differences.
+    int32_t bigPercent = 0;
+    for (const auto &transfer : control.transfers) {
+        if (transfer.leafName == "big.bin")
+            bigPercent += transfer.percentDelta;
+        EXPECT_TRUE(std::regex_match(transfer.fileTrailing, std::regex(R"(\d+ Bytes @ \d+\.\d kB/s)")))
+            << transfer.fileTrailing;
+    }
+    EXPECT_EQ(bigPercent, 100);
+    // The running total counts every byte of the request.
+    ASSERT_FALSE(control.transfers.empty());
+    EXPECT_EQ(control.transfers.back().mainTrailing,
+              std::to_string(3 + 3 * 1024 * 1024 + 17 + 5000));
+
+    fs::create_directory(upload + "/back");
+    Run(Upload(server.Port(), upload + "/back", {dest + "/tree", dest + "/top.txt"}), dest);
+    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_EQ(Tree(upload + "/back/tree"), Tree(dest + "/tree"));
+    EXPECT_EQ(ReadFileBytes(upload + "/back/top.txt"), "top");
+}
+
+TEST_F(CopyEngineFtp, StopLeavesNoPartialFileOnEitherSide)
+{
+    const std::string bytes = RandomBytes(8 * 1024 * 1024, 3);
+    WriteFileBytes(upload + "/big", bytes);
+    WriteFileBytes(upload + "/after", "after");
+    control.stopAfterChunks = 1;
+    Run(Download(server.Port(), upload, {"big", "after"}), dest);
+    EXPECT_TRUE(fs::is_empty(dest)) << "neither the partial file nor the next one";
+    EXPECT_EQ(control.transfers.size(), 1u) << "the transfer ends at the next block";
+
+    WriteFileBytes(src + "/big", bytes);
+    fs::create_directory(upload + "/back");
+    control.transfers.clear();
+    Run(Upload(server.Port(), upload + "/back", {src + "/big"}), dest);
+    EXPECT_TRUE(fs::is_empty(upload + "/back"));
+    EXPECT_EQ(control.transfers.size(), 1u);
+    EXPECT_TRUE(control.errors.empty());
+}
+
+TEST_F(CopyEngineFtp, UnsafeNamesAreRefusedAndTheRestArrives)
+{
+    WriteFileBytes(server.Root() + "/secret", "secret");
+    fs::create_directories(upload + "/tree");
+    WriteFileBytes(upload + "/tree/fine", "fine");
+    WriteFileBytes(upload + "/good", "good");
+
+    Run(Download(server.Port(), upload, {"../secret", "..", "good"}, {"...", "../upload", "tree"}),
+        dest);
+    EXPECT_EQ(Tree(dest),
+              (std::map<std::string, std::string>{{"good", "good"},
+                                                  {"tree", "/"},
+                                                  {"tree/fine", "fine"}}));
+    EXPECT_FALSE(Exists(home.Root() + "/secret"));
+    const std::vector<std::string> refused = AlertTexts(control);
+    ASSERT_EQ(refused.size(), 4u);
+    EXPECT_EQ(refused[0],
+              "Kestrin did not download \"../secret\": a local file cannot have that name.");
+    EXPECT_EQ(refused[2], "Kestrin did not download \"...\": a local folder cannot have that name.");
+
+    // A line end in a local name would smuggle a command of its own to the server.
+    WriteFileBytes(src + "/x\r\nDELE good", "x");
+    Run(Upload(server.Port(), upload, {src + "/x\r\nDELE good"}), dest);
+    EXPECT_TRUE(Exists(upload + "/good"));
+    EXPECT_EQ(control.errors.size(), 5u);
+}
+
+TEST_F(CopyEngineFtp, AFullDiskLeavesNoPartialFile)
+{
+    const std::string small = dest + "/small";
+    fs::create_directory(small);
+    if (mount("tmpfs", small.c_str(), "tmpfs", 0, "size=1m") != 0)
+        GTEST_SKIP() << "cannot mount a small tmpfs here";
+    const std::shared_ptr<void> unmount(nullptr,
+                                        [&](void *) { umount2(small.c_str(), MNT_DETACH); });
+    WriteFileBytes(upload + "/big", RandomBytes(2 * 1024 * 1024, 4));
+    WriteFileBytes(upload + "/next", "next");
+
+    Run(Download(server.Port(), upload, {"big", "next"}), small);
+    EXPECT_TRUE(fs::is_empty(small));
+    EXPECT_EQ(AlertTexts(control),
+              std::vector<std::string>{"Cannot Copy file.\nInsufficient space on destination."});
+}
+
+TEST(CopyEngineFtpLogin, PasswordsAreCheckedAndFilesGoBothWays)
+{
+    PyftpdlibServer server;
+    if (!server.Unavailable().empty())
+        GTEST_SKIP() << server.Unavailable();
+    TempHome home;
+    platform::AlertRecorder alerts;
+    FakeCopyControl control;
+    const std::string folder = home.Root() + "/local";
+    fs::create_directory(folder);
+    const std::string bytes = RandomBytes(300 * 1024, 5);
+    WriteFileBytes(folder + "/f", bytes);
+
+    platform::Message upload = Upload(server.Port(), "/", {folder + "/f"});
+    upload.ReplaceString("User", 0, "kestrin");
+    upload.ReplaceString("Password", 0, "wrong");
+    CopyEngine(upload, "/", control).Run();
+    ASSERT_EQ(control.errors.size(), 1u);
+    EXPECT_EQ(control.errors[0],
+              (platform::Alert{"Connect Failed",
+                               "The username or password supplied is incorrect.\nCheck your "
+                               "settings and try to reconnect.",
+                               {"OK"},
+                               B_WARNING_ALERT}));
+
+    upload.ReplaceString("Password", 0, "secret");
+    CopyEngine(upload, "/", control).Run();
+    fs::remove(folder + "/f");
+    platform::Message download = Download(server.Port(), "/", {"f"});
+    download.ReplaceString("User", 0, "kestrin");
+    download.ReplaceString("Password", 0, "secret");
+    CopyEngine(download, folder, control).Run();
+    EXPECT_EQ(control.errors.size(), 1u);
+    EXPECT_TRUE(ReadFileBytes(folder + "/f") == bytes);
+}
+
+// PASV refused: the listing and the file come over active connections. The
+// listing names a file outside the target; the connection drops in the
+// middle of the next file, which ends the request.
+TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
+{
+    ScriptedServer server([](ScriptedServer::Session &s) {
+        const auto answer = [&s](const char *reply) {
+            s.ReadLine();
+            s.Send(reply);
+        };
+        const auto activePort = [&s] {
+            unsigned h[6] = {};
+            const bool port = sscanf(s.ReadLine().c_str(),
+                                     "PORT %u,%u,%u,%u,%u,%u",
+                                     &h[0],
+                                     &h[1],
+                                     &h[2],
+                                     &h[3],
+                                     &h[4],
+                                     &h[5])
+                              == 6;
+            s.Send("200 PORT ok\r\n");
+            return port ? h[4] * 256 + h[5] : 0u;
+        };
+        s.Send("220 hi\r\n");
+        for (const char *reply :
+             {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "250 ok\r\n", "200 ok\r\n"})
+            answer(reply); // USER, PASS, CWD /x, CWD d, TYPE A
+        answer("502 no passive here\r\n");
+        unsigned port = activePort();
+        s.ReadLine(); // LIST
+        platform::TcpSocket data;
+        if (!s.ConnectData(port, &data))
+            return;
+        s.Send("150 listing\r\n");
+        const std::string listing = "-rw-r--r-- 1 u g 5 Jan  1  2000 ../../evil\r\n"
+                                    "-rw-r--r-- 1 u g 100000 Jan  1  2000 cut\r\n"
+                                    "-rw-r--r-- 1 u g 3 Jan  1  2000 later\r\n";
+        data.SendAll(listing.data(), listing.size());
+        data.Close();
+        s.Send("226 done\r\n");
+        port = activePort();
+        answer("200 ok\r\n"); // TYPE I
+        s.ReadLine();         // RETR cut
+        if (!s.ConnectData(port, &data))
+            return;
+        s.Send("150 Opening (100000 bytes)\r\n");
+        data.SendAll(std::string(1000, 'x').data(), 1000);
+        // Both connections close as the script ends.
+    });
+    TempHome home;
+    platform::AlertRecorder alerts;
+    FakeCopyControl control;
+    const std::string dest = home.Root() + "/dest";
+    fs::create_directory(dest);
+
+    CopyEngine(Download(server.Port(), "/x", {}, {"d"}), dest, control).Run();
+    server.Finish();
+    EXPECT_EQ(AlertTexts(control),
+              (std::vector<std::string>{
+                  "Kestrin did not download \"../../evil\": a local file cannot have that name.",
+                  "Kestrin did not download \"cut\": the connection to the server was lost."}));
+    EXPECT_EQ(Tree(dest), (std::map<std::string, std::string>{{"d", "/"}}));
+    EXPECT_FALSE(Exists(home.Root() + "/evil"));
+}

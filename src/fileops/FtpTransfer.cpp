@@ -12,6 +12,7 @@
 #include "platform/PathNames.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <utility>
 #include <vector>
@@ -84,6 +85,15 @@ bool IsUploadableFile(const platform::ScannedEntry &entry)
     if (S_ISLNK(entry.info.st_mode))
         return entry.targetKnown && S_ISREG(entry.targetMode);
     return S_ISREG(entry.info.st_mode);
+}
+
+// A listing's size text as a number; -1 when it is none, so the server is
+// asked instead.
+int64_t ListedSize(const std::string &text)
+{
+    int64_t value = -1;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size() ? value : -1;
 }
 
 } // namespace
@@ -239,7 +249,7 @@ void FtpTransfer::DownloadAll()
     }
 }
 
-void FtpTransfer::DownloadFile(const std::string &localFolder, const std::string &name)
+void FtpTransfer::DownloadFile(const std::string &localFolder, const std::string &name, int64_t size)
 {
     if (!IsSafeLocalName(name)) {
         Refuse("download", name, "a local file cannot have that name");
@@ -248,6 +258,10 @@ void FtpTransfer::DownloadFile(const std::string &localFolder, const std::string
     const std::string target = platform::JoinPath(localFolder, name);
     const std::string partial = PartialPath(localFolder);
     StartFile(RemoteJoin(fRemoteFolder, name), target, name);
+    // Servers that announce no size in their reply to RETR would otherwise
+    // leave the bars standing still for the whole file.
+    if (size >= 0 || fFtp->FileSize(name.c_str(), &size) == 0)
+        fFtp->ExpectSize(size);
     const int code = Transfer([&](bool passive) {
         return fFtp->Download(name.c_str(),
                               localFolder.c_str(),
@@ -290,7 +304,7 @@ void FtpTransfer::DownloadDir(const std::string &localFolder, const std::string 
             if (row.permissions.starts_with("d"))
                 DownloadDir(local, row.name);
             else if (row.permissions.starts_with("-"))
-                DownloadFile(local, row.name);
+                DownloadFile(local, row.name, ListedSize(row.size));
         }
     }
     LeaveRemoteFolder(parent);

@@ -55,7 +55,8 @@ private:
     // Makes the remote folder, changes into it, sends its files and then its
     // sub-folders, and changes back.
     void UploadDir(const std::string &localPath, const std::string &name);
-    void DownloadFile(const std::string &localFolder, const std::string &name);
+    // `size` is what a listing said of the file; -1 asks the server.
+    void DownloadFile(const std::string &localFolder, const std::string &name, int64_t size = -1);
     // The mirror: lists the remote folder, makes the local one, fetches its
     // files and sub-folders, and changes back.
     void DownloadDir(const std::string &localFolder, const std::string &name);

@@ -363,6 +363,38 @@ int clsFTP::DeleteFile(const char *name)
     return code == 250 ? 0 : code;
 }
 
+int clsFTP::SetType(bool binary)
+{
+    const int wanted = binary ? 2 : 1;
+    if (fTransferType == wanted)
+        return 0;
+    const int code = Command(binary ? "TYPE I\r\n" : "TYPE A\r\n");
+    if (code != 200)
+        return code;
+    fTransferType = wanted;
+    return 0;
+}
+
+int clsFTP::FileSize(const char *name, int64_t *size)
+{
+    // Servers tell a size in binary mode only: in text mode it would depend
+    // on the line ends.
+    if (const int code = SetType(true); code != 0)
+        return code;
+    const int code = Command(std::string("SIZE ") + name + "\r\n");
+    if (code != 213)
+        return code;
+    // "213 <bytes>"; whatever follows the digits is no part of the number.
+    const char *text = fReply + 3;
+    while (*text == ' ')
+        text++;
+    int64_t value = 0;
+    for (; *text >= '0' && *text <= '9' && value < INT64_MAX / 10 - 10; text++)
+        value = value * 10 + (*text - '0');
+    *size = value;
+    return 0;
+}
+
 int clsFTP::RenameFile(const char *from, const char *to)
 {
     int code = Command(std::string("RNFR ") + from + "\r\n");
@@ -542,13 +574,8 @@ int clsFTP::ConnectData(const std::string &command,
         if (FTPSendPort(fControl, announced) != 0)
             return 1;
     }
-    const int wanted = binary ? 2 : 1;
-    if (fTransferType != wanted) {
-        const int code = Command(binary ? "TYPE I\r\n" : "TYPE A\r\n");
-        if (code != 200)
-            return code;
-        fTransferType = wanted;
-    }
+    if (const int code = SetType(binary); code != 0)
+        return code;
     if (passive) {
         PassiveAddress offered;
         const int code = FTPSendPASV(fControl, &offered);
@@ -671,6 +698,9 @@ int clsFTP::StartDownload(
                                   channel,
                                   "downloading file");
     *expected = code == 0 && fCallback != nullptr ? ExpectedSize(fReply) : 0;
+    if (*expected == 0 && code == 0 && fCallback != nullptr)
+        *expected = fExpectedHint;
+    fExpectedHint = 0;
     return code;
 }
 

@@ -70,6 +70,11 @@ public:
     int RemoveDir(const char *path);
     int DeleteFile(const char *name);
     int RenameFile(const char *from, const char *to);
+    // 0 with *size set to what SIZE answers (213), else the reply's code.
+    int FileSize(const char *name, int64_t *size);
+    // The byte count the next download's progress is measured against when
+    // its reply names none (some servers never do). Used once.
+    void ExpectSize(int64_t bytes) { fExpectedHint = bytes; }
     bool IsConnected() const;
 
     int Upload(const char *localPath,
@@ -151,6 +156,8 @@ private:
     // Sends a command and reads the reply into fReply/fLastCode.
     int Command(const std::string &text);
     int ReadReply();
+    // TYPE I or TYPE A, sent only when the type changes: 0, or the reply's code.
+    int SetType(bool binary);
     int ReceiveReply(platform::TcpSocket &socket, char *buffer, size_t size);
     int Fail(int code, const char *what, FtpDataChannel *channel);
 
@@ -197,6 +204,7 @@ private:
     status_t fLocalStatus = B_OK;
     // Lines that arrived in one read behind the reply they followed.
     std::deque<std::string> fPending;
+    int64_t fExpectedHint = 0;
 };
 
 } // namespace kestrin

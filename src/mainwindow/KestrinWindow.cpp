@@ -12,8 +12,8 @@
 #include "ftp/ConWin.h"
 #include "mainwindow/AddOns.h"
 #include "mainwindow/FirstPaint.h"
+#include "mainwindow/FocusedPaneCommands.h"
 #include "mainwindow/MainMenus.h"
-#include "mainwindow/Terminal.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/DirListItem.h"
 #include "panes/DirPane.h"
@@ -602,14 +602,12 @@ void KestrinWindow::MessageReceived(platform::Message &message)
             FocusPane(fPanes[index], Qt::ShortcutFocusReason);
         return;
     }
+    if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this))
+        return;
     DirPane *pane = GetFocusedPane();
     DirView *list = pane != nullptr ? pane->List() : nullptr;
     std::string text;
     switch (what) {
-    case kCmdOpen:
-        if (list != nullptr)
-            list->Commands().Invoke();
-        break;
     case kCmdOccupiedSpace:
         DoGetSpace();
         break;
@@ -625,19 +623,11 @@ void KestrinWindow::MessageReceived(platform::Message &message)
     case kCmdEmptyTrash:
         EmptyTrash();
         break;
-    case kCmdUpALevel:
-        if (list != nullptr)
-            list->NavigateUp();
-        break;
     case kCmdOpenInLeftPane:
         OpenInNeighbour(-1);
         break;
     case kCmdOpenInRightPane:
         OpenInNeighbour(1);
-        break;
-    case kCmdDownALevel:
-        if (list != nullptr)
-            list->NavigateDown();
         break;
     case kCmdAddPane:
         AddFilePane(Home(), 0, 1, 0);
@@ -666,29 +656,6 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         options->setAttribute(Qt::WA_DeleteOnClose);
         break;
     }
-    case kCmdTreeView:
-        if (pane != nullptr)
-            pane->DoTree();
-        break;
-    case kCmdRemoveTreeView:
-        if (pane != nullptr)
-            pane->UnDoTree();
-        break;
-    case kCmdOpenTracker:
-        if (list != nullptr)
-            platform::Launcher::OpenWithPreferredApplication(list->CurrentPath(),
-                                                             platform::FailureNotice::StandardError);
-        break;
-    case kCmdOpenTerminal:
-    case kCmdOpenTerminalHere:
-        if (list != nullptr) {
-            // The selected folder when there is one, else the pane's own.
-            std::string folder;
-            if (!list->GetItemPath(&folder) || !platform::IsFolder(folder))
-                folder = list->CurrentPath();
-            Terminal::Open(folder);
-        }
-        break;
     case kCmdOverwrite: {
         QRect frame(0, 0, 400, 200);
         frame.moveCenter(geometry().center());
@@ -697,22 +664,11 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         question->show();
         break;
     }
-    case kCmdMyProjects:
-        if (pane != nullptr) {
-            const std::string projects = Home() + "/MyProjects";
-            pane->GoToDir(projects);
-            MsgBox(projects.c_str());
-        }
-        break;
     case kCmdHelp:
         Help(0);
         break;
     case kCmdKeyboardHelp:
         Help(1);
-        break;
-    case kCmdIdentify:
-        if (list != nullptr)
-            list->Commands().Identify();
         break;
     case kCmdGetInfo:
         if (list != nullptr)
@@ -724,28 +680,6 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         permissions->setAttribute(Qt::WA_DeleteOnClose);
         break;
     }
-    case kMsgSetPermissions: {
-        int32_t mode = 0;
-        if (list != nullptr && message.FindInt32("Permissions", &mode) == B_OK)
-            list->Commands().SetPermissions(mode_t(mode));
-        break;
-    }
-    case kCmdTrash:
-        if (list != nullptr)
-            list->Commands().Trash();
-        break;
-    case kCmdMkDirText:
-        if (list != nullptr && message.FindString("text", &text) == B_OK) {
-            activateWindow();
-            list->Commands().MkDir(text);
-        }
-        break;
-    case kCmdRenameText:
-        if (list != nullptr && message.FindString("text", &text) == B_OK) {
-            activateWindow();
-            list->Commands().Rename(text);
-        }
-        break;
     case kMsgColumnWidth:
         if (fSettingsApplied) {
             std::string index, width;
@@ -754,12 +688,6 @@ void KestrinWindow::MessageReceived(platform::Message &message)
             for (DirPane *each : fPanes)
                 each->List()->SetColumnWidth(kestrin::atoi(index.c_str()),
                                              float(kestrin::atoi(width.c_str())));
-        }
-        break;
-    case kMsgQueryResults:
-        if (list != nullptr) {
-            list->Clear();
-            list->Populate(message);
         }
         break;
     case kMsgFtpDownload:
@@ -771,18 +699,6 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     case kMsgPreferencesChanged:
         GetPreferences();
-        break;
-    case kMsgOpenFtpSession:
-        if (pane != nullptr && message.FindString("session", &text) == B_OK)
-            pane->DoFtp(text);
-        break;
-    case kCmdDisconnectFtp:
-        if (pane != nullptr)
-            pane->Disconnect();
-        break;
-    case kMsgOpenArchive:
-        if (pane != nullptr && message.FindString("session", &text) == B_OK)
-            pane->DoZip(text);
         break;
     case kMsgOpenViewer:
         if (message.FindString("path", &text) == B_OK)

@@ -1,0 +1,143 @@
+#include "mainwindow/FocusedPaneCommands.h"
+
+#include "app/AppUtils.h"
+#include "fileops/FileOpsMessages.h"
+#include "ftp/FtpMessages.h"
+#include "mainwindow/Terminal.h"
+#include "mainwindow/WindowMessages.h"
+#include "panes/DirPane.h"
+#include "panes/DirView.h"
+#include "panes/PaneCommands.h"
+#include "panes/PaneMessages.h"
+#include "platform/Launcher.h"
+#include "platform/PathNames.h"
+#include "query/QueryMessages.h"
+
+#include <QWidget>
+#include <algorithm>
+#include <array>
+#include <sys/types.h>
+
+namespace kestrin {
+
+namespace {
+
+constexpr std::array kCodes{
+    kCmdOpen,
+    kCmdUpALevel,
+    kCmdDownALevel,
+    kCmdTreeView,
+    kCmdRemoveTreeView,
+    kCmdOpenTracker,
+    kCmdOpenTerminal,
+    kCmdOpenTerminalHere,
+    kCmdMyProjects,
+    kCmdIdentify,
+    kMsgSetPermissions,
+    kCmdTrash,
+    kCmdMkDirText,
+    kCmdRenameText,
+    kMsgQueryResults,
+    kMsgOpenFtpSession,
+    kCmdDisconnectFtp,
+    kMsgOpenArchive,
+};
+
+} // namespace
+
+bool FocusedPaneCommands::Handle(platform::Message &message, DirPane *pane, QWidget *window)
+{
+    if (std::find(kCodes.begin(), kCodes.end(), message.what) == kCodes.end())
+        return false;
+    if (pane != nullptr && !ForPane(message, *pane))
+        ForList(message, *pane->List(), window);
+    return true;
+}
+
+bool FocusedPaneCommands::ForPane(platform::Message &message, DirPane &pane)
+{
+    std::string text;
+    switch (message.what) {
+    case kCmdTreeView:
+        pane.DoTree();
+        return true;
+    case kCmdRemoveTreeView:
+        pane.UnDoTree();
+        return true;
+    case kCmdMyProjects: {
+        const std::string projects = DirView::DefaultPath() + "/MyProjects";
+        pane.GoToDir(projects);
+        MsgBox(projects.c_str());
+        return true;
+    }
+    case kMsgOpenFtpSession:
+        if (message.FindString("session", &text) == B_OK)
+            pane.DoFtp(text);
+        return true;
+    case kCmdDisconnectFtp:
+        pane.Disconnect();
+        return true;
+    case kMsgOpenArchive:
+        if (message.FindString("session", &text) == B_OK)
+            pane.DoZip(text);
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool FocusedPaneCommands::ForList(platform::Message &message, DirView &list, QWidget *window)
+{
+    std::string text;
+    int32_t mode = 0;
+    switch (message.what) {
+    case kCmdOpen:
+        list.Commands().Invoke();
+        return true;
+    case kCmdUpALevel:
+        list.NavigateUp();
+        return true;
+    case kCmdDownALevel:
+        list.NavigateDown();
+        return true;
+    case kCmdOpenTracker:
+        platform::Launcher::OpenWithPreferredApplication(list.CurrentPath(),
+                                                         platform::FailureNotice::StandardError);
+        return true;
+    case kCmdOpenTerminal:
+    case kCmdOpenTerminalHere:
+        // The selected folder when there is one, else the pane's own.
+        if (!list.GetItemPath(&text) || !platform::IsFolder(text))
+            text = list.CurrentPath();
+        Terminal::Open(text);
+        return true;
+    case kCmdIdentify:
+        list.Commands().Identify();
+        return true;
+    case kMsgSetPermissions:
+        if (message.FindInt32("Permissions", &mode) == B_OK)
+            list.Commands().SetPermissions(mode_t(mode));
+        return true;
+    case kCmdTrash:
+        list.Commands().Trash();
+        return true;
+    case kCmdMkDirText:
+    case kCmdRenameText:
+        if (message.FindString("text", &text) == B_OK) {
+            window->activateWindow();
+            if (message.what == kCmdMkDirText)
+                list.Commands().MkDir(text);
+            else
+                list.Commands().Rename(text);
+        }
+        return true;
+    case kMsgQueryResults:
+        list.Clear();
+        list.Populate(message);
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace kestrin

@@ -32,12 +32,7 @@ protected:
 
     DirPane &Open()
     {
-        fPane = std::make_unique<DirPane>(Folder(), "");
-        fPane->resize(600, 400);
-        fPane->List()->SetWindowTarget(&fWindow);
-        QSignalSpy finished(fPane->List(), &DirView::ListingFinished);
-        fPane->show();
-        EXPECT_TRUE(finished.wait(10000));
+        fPane = ShownPane(Folder(), &fWindow);
         return *fPane;
     }
     // Runs `action` and waits until the list has shown every listing it led to.

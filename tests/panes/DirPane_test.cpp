@@ -22,11 +22,7 @@ protected:
 
     DirPane &Open(const std::string &path)
     {
-        fPane = std::make_unique<DirPane>(path, "");
-        fPane->resize(600, 400);
-        QSignalSpy finished(fPane->List(), &kestrin::DirView::ListingFinished);
-        fPane->show();
-        EXPECT_TRUE(finished.wait(10000));
+        fPane = ShownPane(path);
         return *fPane;
     }
 

@@ -41,12 +41,7 @@ protected:
 
     DirPane &Open()
     {
-        fPane = std::make_unique<DirPane>(Local(), "");
-        fPane->resize(600, 400);
-        fPane->List()->SetWindowTarget(&fWindow);
-        QSignalSpy finished(fPane->List(), &DirView::ListingFinished);
-        fPane->show();
-        EXPECT_TRUE(finished.wait(10000));
+        fPane = ShownPane(Local(), &fWindow);
         return *fPane;
     }
 

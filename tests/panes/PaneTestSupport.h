@@ -4,6 +4,7 @@
 // home folder with a folder to list, and a list shown in a window.
 
 #include "panes/DirListItem.h"
+#include "panes/DirPane.h"
 #include "panes/DirView.h"
 #include "panes/PaneMessages.h"
 #include "platform/AlertRecorder.h"
@@ -74,6 +75,21 @@ inline bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 1000
 }
 
 // The names of the rows, top to bottom.
+// A pane on `folder`, shown and listed; its messages go to `target` when one
+// is given.
+inline std::unique_ptr<kestrin::DirPane> ShownPane(const std::string &folder,
+                                                   platform::Handler *target = nullptr)
+{
+    auto pane = std::make_unique<kestrin::DirPane>(folder, "");
+    pane->resize(600, 400);
+    if (target != nullptr)
+        pane->List()->SetWindowTarget(target);
+    QSignalSpy finished(pane->List(), &kestrin::DirView::ListingFinished);
+    pane->show();
+    EXPECT_TRUE(finished.wait(10000));
+    return pane;
+}
+
 inline std::vector<std::string> RowNames(const kestrin::DirView &view)
 {
     std::vector<std::string> names;

@@ -70,7 +70,7 @@ void FtpWin::BuildButtons()
         auto *button = new QPushButton(label, container);
         button->setObjectName(code == kMsgFtpConnect ? "bOK" : "bCancel");
         button->setAutoDefault(false);
-        connect(button, &QPushButton::clicked, this, [this, code] {
+        connect(button, &QPushButton::clicked, this, [this, code = code] {
             platform::Message message(code);
             MessageReceived(message);
         });

@@ -3,6 +3,7 @@
 #include "platform/Alert.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace kestrin {
@@ -54,6 +55,11 @@ public:
     // True once the user pressed Stop. While the user has paused the copy,
     // this waits (on a condition, not a spin) until resumed or stopped.
     virtual bool StopRequested() = 0;
+    // Work that can wait on something outside the machine (a server) hands
+    // in how to cut that wait short, and null when it is over. A window calls
+    // it when a stop is not taken up soon; under the control's own lock, so
+    // it never runs after it was taken back.
+    virtual void SetStopAction(std::function<void()> action) { (void) action; }
     // Shows the question and waits for the answer: one of kOverwrite .. kCancelBatch.
     virtual int32_t AskOverwrite(const OverwriteQuestion &question) = 0;
     // An alert about the work (a file that cannot be copied, a link that

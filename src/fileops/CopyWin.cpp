@@ -26,6 +26,8 @@ namespace {
 constexpr int kShortening = 32;
 constexpr int kWidening = 30;
 constexpr int kTimerInterval = 100;
+// How long a stop may wait for the next block before the work is cut short.
+constexpr int kStopGraceMs = 2000;
 constexpr int kMargin = 10;
 constexpr int kLineHeight = 17;
 constexpr int kValueLeft = 58;
@@ -284,6 +286,13 @@ void CopyWin::Stop()
     fPauseButton->setChecked(false);
     fPauseButton->setEnabled(false);
     fStopButton->setEnabled(false);
+    // A stop is taken at the next block; a server that has gone silent never
+    // sends one, so its connection is cut instead.
+    QTimer::singleShot(kStopGraceMs, this, [this] {
+        std::lock_guard lock(fControlLock);
+        if (fStopAction)
+            fStopAction();
+    });
     // An open question would keep the worker waiting: Cancel ends the batch.
     if (fOverWin && fOverWin->IsShown()) {
         platform::Message cancel{uint32_t(kCancelBatch)};
@@ -348,6 +357,12 @@ void CopyWin::SetProgressVisible(bool visible)
     // Not left to the timer: the window must be gone before a question that
     // the worker posts next, and queued calls arrive in order.
     QMetaObject::invokeMethod(this, &CopyWin::ApplyVisibility, Qt::QueuedConnection);
+}
+
+void CopyWin::SetStopAction(std::function<void()> action)
+{
+    std::lock_guard lock(fControlLock);
+    fStopAction = std::move(action);
 }
 
 bool CopyWin::StopRequested()

@@ -77,6 +77,7 @@ public:
                           const std::string &mainTrailing) override;
     void SetProgressVisible(bool visible) override;
     bool StopRequested() override;
+    void SetStopAction(std::function<void()> action) override;
     int32_t AskOverwrite(const OverwriteQuestion &question) override;
     int32_t FileError(const platform::Alert &alert) override;
     void ArchiveProgress(int32_t overall,
@@ -160,6 +161,7 @@ private:
     bool fPaused = false;
     int32_t fAnswer = 0;
     std::atomic<bool> fStop{false};
+    std::function<void()> fStopAction; // guarded by fControlLock
 };
 
 } // namespace kestrin

@@ -119,13 +119,16 @@ bool FtpTransfer::IsSafeLocalName(const std::string &name)
 
 void FtpTransfer::Run()
 {
-    if (!Connect())
-        return;
-    if (fDownload)
-        DownloadAll();
-    else
-        UploadAll();
-    fFtp->Disconnect();
+    platform::SocketInterrupt::Scope scope(&fInterrupt);
+    fControl.SetStopAction([this] { fInterrupt.Trigger(); });
+    if (Connect()) {
+        if (fDownload)
+            DownloadAll();
+        else
+            UploadAll();
+        fFtp->Disconnect();
+    }
+    fControl.SetStopAction(nullptr);
 }
 
 bool FtpTransfer::Connect()
@@ -142,7 +145,8 @@ bool FtpTransfer::Connect()
     fFtp->SetHost(host.c_str(), unsigned(port), nullptr, 0);
     const int code = fFtp->Connect(user.c_str(), password.c_str(), nullptr);
     if (code != 0) {
-        CopyControl::ReportError(&fControl, ConnectAlert(code));
+        if (!Interrupted())
+            CopyControl::ReportError(&fControl, ConnectAlert(code));
         return false;
     }
     // Items sent into or fetched from another folder than the pane shows
@@ -358,6 +362,8 @@ template<typename Op>
 int FtpTransfer::Transfer(Op op)
 {
     int code = op(fPassive);
+    if (code != 0 && Interrupted())
+        return code;
     if (code != 0 && fPassive && fFtp->PassiveRefused() && !fStopped) {
         fPassive = false;
         code = op(false);
@@ -408,6 +414,8 @@ int FtpTransfer::Progress(int percent, int count)
 
 void FtpTransfer::TransferFailed(const std::string &verb, const std::string &name, int code)
 {
+    if (Interrupted())
+        return;
     if (code == kLocalFileFailed && fFtp->LocalStatus() == B_DEVICE_FULL) {
         CopyControl::ReportError(&fControl,
                                  MsgBoxAlert(
@@ -427,10 +435,19 @@ void FtpTransfer::TransferFailed(const std::string &verb, const std::string &nam
 
 void FtpTransfer::Refuse(const std::string &verb, const std::string &name, const std::string &why)
 {
+    if (Interrupted())
+        return;
     CopyControl::ReportError(&fControl,
                              TransferAlert(fDownload,
                                            "Kestrin did not " + verb + " \"" + name + "\": " + why
                                                + "."));
+}
+
+bool FtpTransfer::Interrupted()
+{
+    if (fInterrupt.Triggered())
+        fStopped = true;
+    return fInterrupt.Triggered();
 }
 
 bool FtpTransfer::Ended()

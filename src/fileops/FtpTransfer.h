@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Message.h"
+#include "platform/SocketInterrupt.h"
 
 #include <cstdint>
 #include <ctime>
@@ -77,10 +78,16 @@ private:
     void Refuse(const std::string &verb, const std::string &name, const std::string &why);
     // True once the user stopped or the request cannot go on; waits while paused.
     bool Ended();
+    // True, and the request stopped, when the window cut the connection
+    // because the server kept a stop waiting.
+    bool Interrupted();
 
     const platform::Message &fRequest;
     const std::string fDestination;
     CopyControl &fControl;
+    // Every socket the client opens on this worker; triggered from the GUI
+    // thread.
+    platform::SocketInterrupt fInterrupt;
     std::unique_ptr<clsFTP> fFtp;
     bool fDownload = false;
     bool fPassive = true;

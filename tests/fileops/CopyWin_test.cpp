@@ -1,6 +1,7 @@
 #include "fileops/CopyWin.h"
 
 #include "CopyTestSupport.h"
+#include "ScriptedServer.h"
 
 #include "fileops/ArchiveCallbacks.h"
 #include "fileops/FileOpsMessages.h"
@@ -396,4 +397,46 @@ TEST(CopyWin, APackRequestPacksIntoTheDestinationAndCloses)
     EXPECT_EQ(std::vector<fs::path>(fs::directory_iterator(root + "/dst"), {}),
               std::vector<fs::path>{root + "/dst/file.zip"});
     EXPECT_EQ(ReadFileBytes(root + "/file"), "content");
+}
+
+// A server that goes silent in the middle of a file would hold a stop until
+// the time-out: the window cuts the connection, and the stop ends quietly,
+// leaving nothing behind.
+TEST(CopyWin, AStopIsNotHeldUpByASilentServer)
+{
+    ScriptedServer server([](ScriptedServer::Session &s) {
+        s.Send("220 hi\r\n");
+        for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "200 ok\r\n"}) {
+            s.ReadLine(); // USER, PASS, CWD /x, TYPE I
+            s.Send(reply);
+        }
+        s.ReadLine(); // SIZE f
+        s.Send("213 100000\r\n");
+        platform::TcpSocket data;
+        if (!s.SendPassiveData(&data))
+            return;
+        data.SendAll(std::string(1000, 'x').data(), 1000);
+        s.ReadLine(); // nothing more comes until the client hangs up
+    });
+    TempHome home;
+    platform::AlertRecorder alerts;
+    const std::string dest = home.Root() + "/dest";
+    fs::create_directory(dest);
+    platform::Message request(kestrin::kMsgFtpDownload);
+    request.AddString("Host", "127.0.0.1");
+    request.AddInt32("Port", int32_t(server.Port()));
+    request.AddString("User", "u");
+    request.AddString("Password", "p");
+    request.AddString("FtpPath", "/x");
+    request.AddString("FtpFile", "f");
+
+    QPointer<CopyWin> window = new CopyWin(kFrame, "Download", dest, request, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] {
+        return !fs::is_empty(dest) && fs::file_size(fs::directory_iterator(dest)->path()) == 1000;
+    }));
+    QTest::mouseClick(window->findChild<QToolButton *>("StopButton"), Qt::LeftButton);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }, 30000));
+    server.Finish();
+    EXPECT_TRUE(alerts.Shown().empty()) << alerts.Shown()[0].text;
+    EXPECT_TRUE(fs::is_empty(dest));
 }

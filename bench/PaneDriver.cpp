@@ -124,8 +124,9 @@ int main(int argc, char **argv)
     const bool archive = argc == 3 && mode == "--archive";
     const int burst = argc == 4 && mode == "--burst" ? atoi(argv[2]) : 0;
     if (argc != 2 && !archive && burst <= 0) {
-        fprintf(stderr, "usage: kestrin-pane-driver [--archive] PATH\n"
-                        "       kestrin-pane-driver --burst COUNT PATH\n");
+        fprintf(stderr,
+                "usage: kestrin-pane-driver [--archive] PATH\n"
+                "       kestrin-pane-driver --burst COUNT PATH\n");
         return 2;
     }
     const std::string path = argv[argc - 1];

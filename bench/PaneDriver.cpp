@@ -56,15 +56,22 @@ public:
         const auto start = Clock::now();
         const bool handled = QApplication::notify(receiver, event);
         fDepth--;
-        fLongest = std::max(fLongest, Milliseconds(start));
+        const double took = Milliseconds(start);
+        if (took > fLongest) {
+            fLongest = took;
+            fLongestType = int(event->type());
+        }
         return handled;
     }
 
     double TakeLongest() { return std::exchange(fLongest, 0.0); }
+    // The QEvent type of the longest event since TakeLongest.
+    int LongestType() const { return fLongestType; }
 
 private:
     int fDepth = 0;
     double fLongest = 0;
+    int fLongestType = 0;
 };
 
 // The time the list takes to handle one key press.
@@ -111,6 +118,7 @@ double Burst(TimedApplication &app,
     poll.start(5);
     loop.exec();
     const double applied = Milliseconds(lastCreated);
+    fprintf(stderr, "longest event: type %d\n", app.LongestType());
     *busy = app.TakeLongest();
     creator.join();
     return applied;

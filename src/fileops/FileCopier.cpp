@@ -72,9 +72,9 @@ status_t FileCopier::CopyFile(KestrinEntry &source, const entry_ref &target, boo
     struct stat info;
     if (status_t status = in.GetStat(&info); status != B_OK)
         return status;
+    // Attributes that cannot be listed fail the copy once its data is in.
     Xattrs xattrs;
-    if (status_t status = in.ReadXattrs(&xattrs); status != B_OK)
-        return status;
+    const status_t listed = in.ReadXattrs(&xattrs);
     if (preflight) {
         if (status_t status = CheckSpace(targetPath, info.st_size, xattrs); status != B_OK)
             return status;
@@ -97,7 +97,7 @@ status_t FileCopier::CopyFile(KestrinEntry &source, const entry_ref &target, boo
         return status;
     }
 
-    status = CopyAttributes(out, xattrs, replaced);
+    status = listed != B_OK ? listed : CopyAttributes(out, xattrs, replaced);
     // Last, since a read-only mode would keep an ordinary user from writing
     // the attributes. Set-id bits do not travel, as with `cp`.
     out.SetPermissions(info.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO));

@@ -346,12 +346,10 @@ status_t File::ReadXattrs(std::vector<Xattr> *xattrs) const
         const status_t status = ReadSized(&xattr.value, [this, &xattr](char *buffer, size_t size) {
             return fgetxattr(fFD, xattr.name.c_str(), buffer, size);
         });
-        // One removed since the list was read is simply not there.
-        if (status == B_ENTRY_NOT_FOUND)
-            continue;
-        if (status != B_OK)
-            return status;
-        xattrs->push_back(std::move(xattr));
+        // One removed since the list was read is not there; one that may
+        // not be read (a security label, trusted.*) is not copied either.
+        if (status == B_OK)
+            xattrs->push_back(std::move(xattr));
     }
     return B_OK;
 }

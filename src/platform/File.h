@@ -77,9 +77,9 @@ public:
         std::string name;
         std::string value;
     };
-    // Every extended attribute of the open file, read through its descriptor
-    // (no path look-ups, so a copy reads them cheaply). A file system without
-    // them has none: B_OK and an empty list.
+    // Every extended attribute of the open file that can be read, through
+    // its descriptor (no path look-ups, so a copy reads them cheaply). A file
+    // system without them has none: B_OK and an empty list.
     status_t ReadXattrs(std::vector<Xattr> *xattrs) const;
     // The names alone.
     status_t GetXattrNames(std::vector<std::string> *names) const;

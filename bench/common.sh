@@ -3,8 +3,14 @@
 
 # bench_driver TARGET: the release benchmark build of TARGET (a driver of
 # bench/, or one of Kestrin's own programs), made after the machine has what
-# Kestrin needs; prints the executable's path.
+# Kestrin needs; prints the executable's path. With KESTRIN_BENCH_DRIVERS
+# set, the program of that folder instead, so that two builds can be measured
+# with the same script.
 bench_driver() {
+    if [ -n "${KESTRIN_BENCH_DRIVERS:-}" ]; then
+        echo "$KESTRIN_BENCH_DRIVERS/$1"
+        return
+    fi
     local build="$root/build/bench"
     "$root/scripts/setup" bench >&2
     cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DKESTRIN_TESTS=OFF \

@@ -2,16 +2,12 @@
 
 #include "platform/EntryRef.h"
 #include "platform/Errors.h"
-#include "platform/Node.h"
+#include "platform/File.h"
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <sys/types.h>
-
-namespace platform {
-class File;
-} // namespace platform
+#include <vector>
 
 namespace kestrin {
 
@@ -20,8 +16,8 @@ class KestrinEntry;
 class OverwritePolicy;
 
 // Copies one file: its data, then its attributes (typed attributes and every
-// other extended attribute), and its permission bits. Reports each chunk to
-// the progress window and stops when the user asks it to. A target whose
+// other extended attribute, byte for byte), and its permission bits. Reports
+// each chunk to the progress window and stops when the user asks it to. A target whose
 // data is not complete never stays behind: a stopped or failed data copy
 // removes it. (A failed attribute leaves the complete data in place.)
 //
@@ -32,9 +28,15 @@ class FileCopier
 public:
     // What CopyFile answers when the user stopped the copy.
     static constexpr status_t kStopped = -1;
-    // The copy buffer: as much of this as memory allows, in steps of kBufferStep.
-    static constexpr size_t kMaxBufferSize = 512 * 1024;
-    static constexpr size_t kBufferStep = 8 * 1024;
+    // The buffer of a copy that the kernel cannot make itself.
+    static constexpr size_t kBufferSize = 512 * 1024;
+    // What the kernel copies between two progress reports: starting at
+    // kBufferSize, doubled while a chunk takes less than kQuickChunk and
+    // halved when one takes more than kSlowChunk, within these bounds. Few
+    // calls where the copy is fast, a prompt stop where it is slow.
+    static constexpr size_t kMaxKernelChunk = 64 * 1024 * 1024;
+    static constexpr int kQuickChunkMs = 15;
+    static constexpr int kSlowChunkMs = 40;
     // Blocks a copy leaves free on the target volume at the least.
     static constexpr off_t kSpareBlocks = 128;
 
@@ -50,42 +52,29 @@ public:
     // (then Skipped() is true); kStopped; else the status of what failed.
     // With `preflight`, a file that would leave fewer than kSpareBlocks free
     // on the target volume is refused with an error alert and B_DEVICE_FULL.
+    // Where the file system can share extents, the copy shares them.
     status_t CopyFile(KestrinEntry &source, const entry_ref &target, bool preflight = true);
 
     bool Skipped() const { return fSkipped; }
 
-    // The blocks of `blockSize` that a copy of the file takes: its data, one
-    // more, and room for its attributes.
-    static status_t PreflightFileSize(const std::string &sourcePath, off_t blockSize, off_t *blocks);
-
 private:
-    struct Buffer
-    {
-        std::unique_ptr<char[]> data;
-        size_t size = 0;
-    };
+    using Xattrs = std::vector<platform::File::Xattr>;
 
-    static bool AllocateBuffer(Buffer *buffer);
-    status_t CheckSpace(const std::string &sourcePath, const std::string &targetPath);
+    status_t CheckSpace(const std::string &targetPath, off_t size, const Xattrs &xattrs);
     status_t OpenTarget(KestrinEntry &source,
                         const std::string &sourcePath,
                         const std::string &targetPath,
                         platform::File *target,
                         bool *replaced);
-    status_t CopyData(platform::File &source,
-                      platform::File &target,
-                      off_t expectedSize,
-                      const std::string &leafName,
-                      Buffer &buffer);
-    status_t CopyAttributes(const std::string &sourcePath,
-                            const std::string &targetPath,
-                            Buffer &buffer,
-                            bool replaced);
-    static status_t CopyAttribute(const platform::Node &source,
-                                  platform::Node &target,
-                                  const std::string &name,
-                                  const attr_info &info,
-                                  Buffer &buffer);
+    status_t CopyData(platform::File &source, platform::File &target, const std::string &leafName);
+    // What CopyData cannot have the kernel copy: from where it left off.
+    status_t CopyByReading(platform::File &source,
+                           platform::File &target,
+                           const std::string &leafName,
+                           int64_t total);
+    // Reports a chunk; false when the user asked to stop.
+    bool Reported(int64_t bytes, const std::string &leafName, int64_t total);
+    static status_t CopyAttributes(platform::File &target, const Xattrs &xattrs, bool replaced);
 
     CopyControl *fControl;
     OverwritePolicy *fOverwrite;

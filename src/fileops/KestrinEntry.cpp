@@ -109,23 +109,38 @@ bool KestrinEntry::CopyInto(const std::string &destFolder,
                             const std::string &targetName,
                             CopyWalk &walk)
 {
+    Destination into;
+    if (!Resolve(destFolder, &into)) {
+        walk.complete = false;
+        return false;
+    }
+    return CopyInto(into, targetName, walk);
+}
+
+bool KestrinEntry::Resolve(const std::string &folder, Destination *into)
+{
+    // The folder as the kernel names it, so that a detour through a link
+    // cannot hide that the copy would land on the item itself. Once per
+    // folder: the files below share it.
+    platform::Entry entry;
+    node_ref node;
+    if (platform::Directory(folder).GetEntry(&entry) != B_OK || entry.GetPath(&into->path) != B_OK
+        || platform::Entry(into->path, true).GetNodeRef(&node) != B_OK)
+        return false;
+    into->device = node.device;
+    into->node = node.node;
+    return true;
+}
+
+bool KestrinEntry::CopyInto(const Destination &into, const std::string &targetName, CopyWalk &walk)
+{
     std::string ownPath, leaf;
     if (GetPath(&ownPath) != B_OK || GetName(&leaf) != B_OK) {
         walk.complete = false;
         return false;
     }
     const std::string name = targetName.empty() ? leaf : targetName;
-
-    // The folder as the kernel names it, so that a detour through a link
-    // cannot hide that the copy would land on the item itself.
-    std::string destPath;
-    platform::Entry destEntry;
-    if (platform::Directory(destFolder).GetEntry(&destEntry) != B_OK
-        || destEntry.GetPath(&destPath) != B_OK) {
-        walk.complete = false;
-        return false;
-    }
-    const std::string targetPath = platform::JoinPath(destPath, name);
+    const std::string targetPath = platform::JoinPath(into.path, name);
     struct stat info;
     if (targetPath == ownPath || GetStat(&info) != B_OK) {
         walk.complete = false;
@@ -133,11 +148,7 @@ bool KestrinEntry::CopyInto(const std::string &destFolder,
     }
 
     if (S_ISREG(info.st_mode)) {
-        entry_ref target;
-        if (platform::Entry(targetPath).GetRef(&target) != B_OK) {
-            walk.complete = false;
-            return false;
-        }
+        const entry_ref target{into.device, into.node, name, targetPath};
         FileCopier copier(walk.control, walk.overwrite);
         const status_t status = copier.CopyFile(*this, target, true);
         if (status != B_OK || copier.Skipped())
@@ -147,13 +158,13 @@ bool KestrinEntry::CopyInto(const std::string &destFolder,
 
     if (S_ISDIR(info.st_mode)) {
         // Not checked: a folder of that name already there is merged into.
-        platform::Directory(destPath).CreateDirectory(name);
+        platform::Directory(into.path).CreateDirectory(name);
         return CopyFolder(ownPath, leaf, targetPath, walk);
     }
 
     if (S_ISLNK(info.st_mode)) {
         // A link that cannot be copied is missing from the copy; the rest goes on.
-        CopyLink(ownPath, destPath, name, walk);
+        CopyLink(ownPath, into.path, name, walk);
         return true;
     }
 
@@ -195,13 +206,12 @@ bool KestrinEntry::CopyFolder(const std::string &ownPath,
 {
     // Whatever is in the way of the new folder (a file of that name, a folder
     // that cannot be entered) fails the copy as a whole.
-    node_ref target;
-    if (platform::Directory(targetPath).InitCheck() != B_OK
-        || platform::Entry(targetPath, true).GetNodeRef(&target) != B_OK) {
+    Destination into;
+    if (!Resolve(targetPath, &into)) {
         walk.complete = false;
         return false;
     }
-    walk.targets.insert({target.device, target.node});
+    walk.targets.insert({into.device, into.node});
 
     std::vector<std::string> children;
     if (!ChildPaths(ownPath, &children))
@@ -238,7 +248,7 @@ bool KestrinEntry::CopyFolder(const std::string &ownPath,
                 walk.complete = false;
                 return true;
             }
-            KestrinEntry(FolderRead{}, childPath).CopyInto(targetPath, {}, walk);
+            KestrinEntry(FolderRead{}, childPath).CopyInto(into, {}, walk);
         }
     }
     return true;

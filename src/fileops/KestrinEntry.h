@@ -83,7 +83,17 @@ private:
     // walk itself.
     KestrinEntry(FolderRead, const std::string &childPath);
 
+    // A folder copied into, named as the kernel names it.
+    struct Destination
+    {
+        std::string path;
+        dev_t device = 0;
+        ino_t node = 0;
+    };
+
+    static bool Resolve(const std::string &folder, Destination *into);
     bool CopyInto(const std::string &destFolder, const std::string &targetName, CopyWalk &walk);
+    bool CopyInto(const Destination &into, const std::string &targetName, CopyWalk &walk);
     bool CopyFolder(const std::string &ownPath,
                     const std::string &leaf,
                     const std::string &targetPath,

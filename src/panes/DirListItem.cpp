@@ -12,6 +12,8 @@
 #include <QIcon>
 #include <QPainter>
 #include <cstring>
+#include <mutex>
+#include <set>
 #include <strings.h>
 
 namespace kestrin {
@@ -30,6 +32,20 @@ platform::ScannedEntry Scan(const platform::Entry &entry, RowName naming)
     return platform::ScanEntry(path, naming == RowName::Path ? path : leaf);
 }
 
+// The date format a row is made with, shared by every row made with the same
+// one: rows are made on workers by the million, and formats are few.
+const std::string *SharedFormat(const std::string &format)
+{
+    thread_local const std::string *last = nullptr;
+    if (last != nullptr && *last == format)
+        return last;
+    static std::mutex mutex;
+    static std::set<std::string> formats;
+    const std::lock_guard<std::mutex> lock(mutex);
+    last = &*formats.insert(format).first;
+    return last;
+}
+
 } // namespace
 
 DirListItem::DirListItem(const platform::ScannedEntry &entry,
@@ -41,8 +57,9 @@ DirListItem::DirListItem(const platform::ScannedEntry &entry,
 {
     if (isParent) {
         fName = "..";
-        fSizeText = "--";
-        fPermissionText = "--";
+        GivenTexts &given = Given();
+        given.size = given.permission = "--";
+        given.hasSize = given.hasDate = given.hasPermission = true;
         return;
     }
     Fill(entry, dateFormat);
@@ -65,9 +82,7 @@ DirListItem::DirListItem(const std::string &name,
                          const std::string &permissionText,
                          const RowColors &colors)
     : fName(name)
-    , fSizeText(sizeText)
-    , fDateText(dateText)
-    , fPermissionText(permissionText)
+    , fGiven(new GivenTexts{sizeText, dateText, permissionText, true, true, true})
     , fColors(colors)
 {
     fIsFolder = !permissionText.empty() && permissionText[0] == 'd';
@@ -85,29 +100,81 @@ void DirListItem::Fill(const platform::ScannedEntry &entry, const std::string &d
 {
     fName = entry.name;
     if (entry.statStatus != B_OK) {
-        fPermissionText = "n/a";
+        GivenTexts &given = Given();
+        given.permission = "n/a";
+        given.hasPermission = true;
         return;
     }
     const struct stat &info = entry.info;
+    fHasStat = true;
+    fDateFormat = SharedFormat(dateFormat);
     fNode = node_ref{info.st_dev, info.st_ino};
     fModificationTime = info.st_mtime;
-    fDateText = EntryTexts::DateText(info.st_mtime, dateFormat);
-    fPermissionText = EntryTexts::PermissionText(info.st_mode);
+    fPermissions = uint16_t(info.st_mode & 0777);
     fMode = info.st_mode;
     if (S_ISREG(info.st_mode)) {
         fIsFolder = false;
         fSize = info.st_size;
-        fSizeText = SizeTextFor(fSize);
-    } else if (S_ISDIR(info.st_mode)) {
-        fSizeText = "[Directory]";
     } else if (S_ISLNK(info.st_mode)) {
         fIsLink = true;
-        fSizeText = "[Link]";
         if (entry.targetKnown) {
             fMode = entry.targetMode;
             fIsFolder = !S_ISREG(entry.targetMode);
         }
     }
+}
+
+DirListItem::GivenTexts &DirListItem::Given()
+{
+    if (!fGiven)
+        fGiven = std::make_unique<GivenTexts>();
+    return *fGiven;
+}
+
+void DirListItem::SetSizeText(const std::string &text)
+{
+    GivenTexts &given = Given();
+    given.size = text;
+    given.hasSize = true;
+}
+
+std::string DirListItem::SizeText() const
+{
+    if (fGiven && fGiven->hasSize)
+        return fGiven->size;
+    if (!fHasStat)
+        return {};
+    if (fIsLink)
+        return "[Link]";
+    if (S_ISDIR(fMode))
+        return "[Directory]";
+    return S_ISREG(fMode) ? SizeTextFor(fSize) : std::string();
+}
+
+std::string DirListItem::DateText() const
+{
+    if (fGiven && fGiven->hasDate)
+        return fGiven->date;
+    return fHasStat ? EntryTexts::DateText(fModificationTime, *fDateFormat) : std::string();
+}
+
+std::string DirListItem::PermissionText() const
+{
+    if (fGiven && fGiven->hasPermission)
+        return fGiven->permission;
+    return fHasStat ? EntryTexts::PermissionText(fPermissions) : std::string();
+}
+
+int DirListItem::ComparePermissions(const DirListItem &first, const DirListItem &second)
+{
+    // Made texts hold a letter where a bit is set and '-', which sorts
+    // before every letter, where it is not: they order as the bits do.
+    const bool given = (first.fGiven && first.fGiven->hasPermission)
+                       || (second.fGiven && second.fGiven->hasPermission) || !first.fHasStat
+                       || !second.fHasStat;
+    if (!given)
+        return int(first.fPermissions) - int(second.fPermissions);
+    return strcmp(first.PermissionText().c_str(), second.PermissionText().c_str());
 }
 
 std::string DirListItem::SizeTextFor(int64_t size)
@@ -125,11 +192,11 @@ QString DirListItem::ColumnText(int column) const
     case kColumnName:
         return QString::fromUtf8(fName.data(), qsizetype(fName.size()));
     case kColumnSize:
-        return QString::fromStdString(fSizeText);
+        return QString::fromStdString(SizeText());
     case kColumnDate:
-        return QString::fromStdString(fDateText);
+        return QString::fromStdString(DateText());
     case kColumnPermissions:
-        return QString::fromStdString(fPermissionText);
+        return QString::fromStdString(PermissionText());
     default:
         return {};
     }
@@ -199,7 +266,7 @@ int CompareFunc(const CLVListItem *first, const CLVListItem *second, int32_t sor
         return difference < 0 ? -1 : (difference > 0 ? 1 : 0);
     }
     case kColumnPermissions:
-        return strcmp(a->PermissionText().c_str(), b->PermissionText().c_str());
+        return DirListItem::ComparePermissions(*a, *b);
     default:
         return 0;
     }

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <memory>
 #include <string>
 #include <sys/types.h>
 
@@ -19,8 +20,11 @@ struct ScannedEntry;
 
 namespace kestrin {
 
-// One row of a pane's list: the texts of its columns, made once from the
-// entry's stat data, its icon, colours, and the marked and drag-over flags.
+// One row of a pane's list: the entry's name and stat data, from which the
+// other columns' texts are made when asked for (a folder of a million rows
+// keeps no million date texts), its icon, colours, and the marked and
+// drag-over flags. Rows whose texts come from elsewhere (FTP and archive
+// listings, a folder's occupied space) carry those texts.
 //
 // Rows are made on the listing's worker thread and handed to the GUI thread
 // whole; the icon is looked up on the GUI thread the first time the row is
@@ -57,9 +61,9 @@ public:
     explicit DirListItem(const RowColors &colors);
 
     const std::string &Name() const { return fName; }
-    const std::string &SizeText() const { return fSizeText; }
-    const std::string &DateText() const { return fDateText; }
-    const std::string &PermissionText() const { return fPermissionText; }
+    std::string SizeText() const;
+    std::string DateText() const;
+    std::string PermissionText() const;
     bool IsFolder() const { return fIsFolder; }
     bool IsParent() const { return fIsParent; }
     bool IsLink() const { return fIsLink; }
@@ -78,7 +82,7 @@ public:
     void SetColors(const RowColors &colors) { fColors = colors; }
     void SetBackground(const rgb_color &background) { fColors.background = background; }
     // Shows a text of its own in the Size column (a folder's occupied space).
-    void SetSizeText(const std::string &text) { fSizeText = text; }
+    void SetSizeText(const std::string &text);
 
     // The text of the Size column for a file of `size` bytes.
     static std::string SizeTextFor(int64_t size);
@@ -88,26 +92,38 @@ public:
     QString ColumnText(int column) const override;
     // Whether a column's text shows whole in a cell `width` pixels wide.
     bool TextFits(int column, int width, const QFontMetrics &metrics) const;
+    // The order of the two rows' permission texts, as strcmp gives it.
+    static int ComparePermissions(const DirListItem &first, const DirListItem &second);
 
 private:
+    // Texts a row was given rather than made from its stat data.
+    struct GivenTexts
+    {
+        std::string size, date, permission;
+        bool hasSize = false, hasDate = false, hasPermission = false;
+    };
+
     void Fill(const platform::ScannedEntry &entry, const std::string &dateFormat);
+    GivenTexts &Given();
     const QIcon *Icon() const;
 
     std::string fName;
-    std::string fSizeText;
-    std::string fDateText;
-    std::string fPermissionText;
+    std::unique_ptr<GivenTexts> fGiven;
+    // Shared by every row made with the same format; never freed.
+    const std::string *fDateFormat = nullptr;
     RowColors fColors;
     int64_t fSize = 0;
     time_t fModificationTime = 0;
     node_ref fNode;
-    mode_t fMode = 0; // the entry's own; the target's for a link that leads somewhere
+    mutable const QIcon *fIcon = nullptr; // GUI thread; from the shared icon cache
+    mode_t fMode = 0;          // the entry's own; the target's for a link that leads somewhere
+    uint16_t fPermissions = 0; // the entry's own permission bits
+    bool fHasStat = false;     // the texts are made from the stat data
     bool fIsFolder = true;
     bool fIsParent = false;
     bool fIsLink = false;
     bool fMarked = false;
     bool fOver = false;
-    mutable const QIcon *fIcon = nullptr; // GUI thread; from the shared icon cache
 };
 
 // The order of two rows by a column (1 name, 2 size, 3 date, 4 permissions).

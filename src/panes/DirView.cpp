@@ -22,6 +22,8 @@
 #include <QKeyEvent>
 #include <QTimer>
 #include <QToolTip>
+#include <algorithm>
+#include <vector>
 
 namespace kestrin {
 
@@ -222,7 +224,7 @@ void DirView::ListingArrived(std::shared_ptr<FolderLister::Job> job)
     fSource->Listed(*job);
     if (job->openStatus == B_OK) {
         AddList(std::move(job->rows));
-        fRows.Reset(std::move(job->byName));
+        fRows.Reset(std::move(job->byName), job->files);
     } else {
         StopNodeMonitoring();
     }
@@ -253,16 +255,24 @@ bool DirView::ErrorCheck(status_t status)
 
 void DirView::RecolorRows()
 {
-    if (!fSettings.alternateColors)
-        return;
-    const rgb_color base = fSettings.colors.background;
-    const rgb_color shade{uint8_t(base.red - 10),
-                          uint8_t(base.green - 10),
-                          uint8_t(base.blue - 10),
-                          base.alpha};
-    for (int i = 0; i < CountItems(); i++)
-        static_cast<DirListItem *>(ItemAt(i))->SetBackground(i % 2 == 0 ? base : shade);
-    InvalidateAll();
+    if (fSettings.alternateColors)
+        InvalidateAll();
+}
+
+void DirView::drawRow(QPainter *painter,
+                      const QStyleOptionViewItem &option,
+                      const QModelIndex &index) const
+{
+    if (fSettings.alternateColors) {
+        const rgb_color base = fSettings.colors.background;
+        const rgb_color shade{uint8_t(base.red - 10),
+                              uint8_t(base.green - 10),
+                              uint8_t(base.blue - 10),
+                              base.alpha};
+        if (DirListItem *row = Row(index.row()))
+            row->SetBackground(index.row() % 2 == 0 ? base : shade);
+    }
+    ColumnListView::drawRow(painter, option, index);
 }
 
 void DirView::Clear()
@@ -486,21 +496,35 @@ void DirView::SetSortMode(int key, int mode)
 std::string DirView::GetFiles() const
 {
     // 32-bit totals, as the footer has always added them: folders of more
-    // than 2 GB wrap.
-    uint32_t totalSize = 0, selectedSize = 0;
-    int32_t totalCount = 0, selectedCount = 0;
-    const int selection = CurrentSelection();
-    for (int i = 1; i < CountItems(); i++) {
-        const DirListItem *row = Row(i);
-        if (row->IsFolder())
-            continue;
-        totalSize += uint32_t(row->Size());
-        totalCount++;
-        if (row->IsMarked() || i == selection) {
+    // than 2 GB wrap. The files of the folder are summed as its rows come
+    // and go; only the marked rows are walked here. The first row is never
+    // counted (it is ".." where there is one).
+    const FileTotals &files = fRows.Files();
+    uint32_t totalSize = files.bytes;
+    int32_t totalCount = files.count;
+    const DirListItem *first = Row(0);
+    if (first != nullptr && !first->IsFolder()) {
+        totalSize -= uint32_t(first->Size());
+        totalCount--;
+    }
+    uint32_t selectedSize = 0;
+    int32_t selectedCount = 0;
+    const auto count = [&](const DirListItem *row) {
+        if (row != nullptr && row != first && !row->IsFolder()) {
             selectedSize += uint32_t(row->Size());
             selectedCount++;
         }
+    };
+    std::vector<DirListItem *> marked = fMarked.Rows();
+    std::sort(marked.begin(), marked.end());
+    marked.erase(std::unique(marked.begin(), marked.end()), marked.end());
+    for (const DirListItem *row : marked) {
+        if (row->IsMarked())
+            count(row);
     }
+    const DirListItem *selected = Row(CurrentSelection());
+    if (selected != nullptr && !selected->IsMarked())
+        count(selected);
     return std::to_string(int32_t(selectedSize) / 1024) + " of "
            + std::to_string(int32_t(totalSize) / 1024) + "k in " + std::to_string(selectedCount)
            + " of " + std::to_string(totalCount) + " files selected";

@@ -160,6 +160,12 @@ protected:
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
+    // Gives a row its shade of the alternating colours as it paints: the
+    // shade follows the row's place, so only the rows shown are touched.
+    void drawRow(QPainter *painter,
+                 const QStyleOptionViewItem &option,
+                 const QModelIndex &index) const override;
+
     void SelectionChanged() override;
     void Invoked(int index) override;
     void SortChanged() override;

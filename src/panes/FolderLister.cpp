@@ -11,10 +11,28 @@
 
 namespace kestrin {
 
+void FileTotals::Add(const CLVListItem &row)
+{
+    const auto &entry = static_cast<const DirListItem &>(row);
+    if (!entry.IsFolder()) {
+        bytes += uint32_t(entry.Size());
+        count++;
+    }
+}
+
+void FileTotals::Remove(const CLVListItem &row)
+{
+    const auto &entry = static_cast<const DirListItem &>(row);
+    if (!entry.IsFolder()) {
+        bytes -= uint32_t(entry.Size());
+        count--;
+    }
+}
+
 void FolderLister::Groups::Add(Job &job, std::unique_ptr<DirListItem> row)
 {
     if (!row->IsParent())
-        job.byName.emplace(row->Name(), row.get());
+        job.byName.Insert(row.get());
     (row->IsFolder() ? fFolders : fFiles).push_back(std::move(row));
 }
 
@@ -45,8 +63,11 @@ void FolderLister::SortRows(std::vector<std::unique_ptr<CLVListItem>> &rows,
 void FolderLister::Run(const Reader &reader, const RowStyle &style, Job &job)
 {
     reader(job);
-    if (!job.cancel)
+    if (!job.cancel) {
         SortRows(job.rows, style.sortKey, style.sortMode);
+        for (const std::unique_ptr<CLVListItem> &row : job.rows)
+            job.files.Add(*row);
+    }
     job.finished = true;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/PaneSettings.h"
+#include "panes/RowIndex.h"
 #include "platform/Errors.h"
 #include "widgets/CLVListItem.h"
 #include "widgets/ColumnListView.h"
@@ -11,7 +12,6 @@
 #include <memory>
 #include <string>
 #include <sys/stat.h>
-#include <unordered_map>
 #include <vector>
 
 class QObject;
@@ -28,6 +28,17 @@ struct RowStyle
     std::string dateFormat = "%D %R";
     int32_t sortKey = 1;
     CLVSortMode sortMode = Ascending;
+};
+
+// The files among a list's rows (folders and links to them left out): how
+// many, and their sizes added as 32-bit numbers, as the footer shows them.
+struct FileTotals
+{
+    uint32_t bytes = 0;
+    int32_t count = 0;
+
+    void Add(const CLVListItem &row);
+    void Remove(const CLVListItem &row);
 };
 
 // Runs one listing of a pane off the GUI thread: a source's reader fills the
@@ -56,7 +67,8 @@ public:
         std::string problem;
         struct stat folderInfo = {};
         std::vector<std::unique_ptr<CLVListItem>> rows;
-        std::unordered_map<std::string, DirListItem *> byName;
+        RowIndex byName;
+        FileTotals files;
     };
 
     // Reads a place into a job, on the worker. It owns everything it reads

@@ -77,9 +77,10 @@ FolderRows::FolderRows(ColumnListView &list, MarkedList &marked)
     , fMarked(marked)
 {}
 
-void FolderRows::Reset(std::unordered_map<std::string, DirListItem *> byName)
+void FolderRows::Reset(RowIndex byName, const FileTotals &files)
 {
     fByName = std::move(byName);
+    fFiles = files;
     fTouched.clear();
     fTouchedSet.clear();
     fRenamedFrom.clear();
@@ -90,13 +91,12 @@ void FolderRows::Reset(std::unordered_map<std::string, DirListItem *> byName)
 
 void FolderRows::Clear()
 {
-    Reset({});
+    Reset({}, {});
 }
 
 DirListItem *FolderRows::Find(const std::string &name) const
 {
-    const auto found = fByName.find(name);
-    return found == fByName.end() ? nullptr : found->second;
+    return fByName.Find(name);
 }
 
 DirListItem *FolderRows::FindNode(dev_t device, ino_t node) const
@@ -209,7 +209,7 @@ bool FolderRows::Merge(Batch &batch)
             carried[name] = Carried{existing->IsMarked(), existing == selected};
             marksChanged = marksChanged || existing->IsMarked();
             gone.push_back(fList.IndexOf(existing));
-            fByName.erase(name);
+            fByName.Erase(name);
         }
     }
     for (const auto &[to, from] : batch.renamedFrom) {
@@ -237,6 +237,8 @@ bool FolderRows::Merge(Batch &batch)
     // The rows that go are still pointed to by the marked list until it is
     // rebuilt below, so they live until the end of this call.
     std::vector<std::unique_ptr<CLVListItem>> removed = fList.RemoveItems(std::move(gone));
+    for (const std::unique_ptr<CLVListItem> &row : removed)
+        fFiles.Remove(*row);
     CLVListItem *successor = nullptr;
     if (selectionGoes && fList.CountItems() > 0)
         successor = fList.ItemAt(std::min(selectedAt - removedAbove, fList.CountItems() - 1));
@@ -262,7 +264,8 @@ bool FolderRows::Merge(Batch &batch)
             if (carry->second.selected)
                 toSelect.push_back(row);
         }
-        fByName[row->Name()] = row;
+        fByName.Insert(row);
+        fFiles.Add(*row);
         inserts.emplace_back(InsertionPoint(fList, *row, firstFile, batch.style), std::move(item));
     }
     fList.InsertItems(std::move(inserts));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "panes/FolderLister.h"
+#include "panes/RowIndex.h"
 #include "widgets/ColumnListView.h"
 
 #include <cstdint>
@@ -35,10 +36,12 @@ public:
 
     // After a listing: the index the listing made. A batch still being read
     // belongs to the listing before and is dropped when it arrives.
-    void Reset(std::unordered_map<std::string, DirListItem *> byName);
+    void Reset(RowIndex byName, const FileTotals &files);
     void Clear();
 
     DirListItem *Find(const std::string &name) const;
+    // The files among the rows, kept as rows come and go.
+    const FileTotals &Files() const { return fFiles; }
     // A row by its entry's node; a walk over the rows.
     DirListItem *FindNode(dev_t device, ino_t node) const;
 
@@ -72,7 +75,8 @@ private:
 
     ColumnListView &fList;
     MarkedList &fMarked;
-    std::unordered_map<std::string, DirListItem *> fByName;
+    RowIndex fByName;
+    FileTotals fFiles;
     std::vector<std::string> fTouched;
     std::unordered_set<std::string> fTouchedSet;
     std::unordered_map<std::string, std::string> fRenamedFrom; // new name -> old name

@@ -15,6 +15,10 @@ namespace {
 
 // Whether a name begins with the character, ignoring case. Names are bytes:
 // ASCII is compared as it stands, anything else as the UTF-8 it should be.
+constexpr int kLookAhead = 32;
+// A row's name lies in its second cache line.
+constexpr int kCacheLine = 64;
+
 bool BeginsWith(const std::string &name, QChar typed)
 {
     if (name.empty())
@@ -163,6 +167,13 @@ void PaneKeys::TypeAhead(const QString &text)
         start = selection + 1;
     for (int tried = 0; tried <= count; tried++) {
         const int index = (start + tried) % count;
+        // Rows sorted by anything but their place in memory are a cache miss
+        // each; asking for those a little ahead keeps a scan of a million
+        // rows within a frame.
+        const auto *ahead = reinterpret_cast<const char *>(
+            fView.ItemAt((index + kLookAhead) % count));
+        __builtin_prefetch(ahead);
+        __builtin_prefetch(ahead + kCacheLine);
         if (BeginsWith(fView.Row(index)->Name(), typed)) {
             fView.Select(index);
             fView.ScrollToSelection();

@@ -1,9 +1,13 @@
 #include "platform/File.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace platform {
@@ -106,9 +110,12 @@ status_t File::SetTo(const std::string &path, uint32_t openMode, mode_t createPe
         close(fd);
         return fStatus = status;
     }
-    const int flags = fcntl(fd, F_GETFL);
-    if (flags != -1)
-        fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+    // Regular files ignore O_NONBLOCK; only what may block needs it off.
+    if (!S_ISREG(info.st_mode)) {
+        const int flags = fcntl(fd, F_GETFL);
+        if (flags != -1)
+            fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+    }
 
     fFD = fd;
     return fStatus = B_OK;
@@ -216,6 +223,25 @@ ssize_t File::CopyFrom(File &source, size_t size)
     return done < 0 ? LastError() : done;
 }
 
+status_t File::CloneFrom(const File &source)
+{
+    if (fFD < 0 || source.fFD < 0)
+        return B_NO_INIT;
+    if (ioctl(fFD, FICLONE, source.fFD) == 0)
+        return B_OK;
+    switch (errno) {
+    case EOPNOTSUPP:
+    case ENOTTY:
+    case EXDEV:
+    case EINVAL:
+    case EBADF:
+    case EPERM:
+        return B_UNSUPPORTED;
+    default:
+        return LastError();
+    }
+}
+
 status_t File::SetPermissions(mode_t mode)
 {
     if (fFD < 0)
@@ -247,6 +273,101 @@ status_t File::GetSize(off_t *size) const
         return LastError();
     *size = info.st_size;
     return B_OK;
+}
+
+} // namespace platform
+
+namespace platform {
+
+status_t File::GetStat(struct stat *info) const
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    if (!info)
+        return B_BAD_VALUE;
+    return fstat(fFD, info) == 0 ? B_OK : LastError();
+}
+
+namespace {
+
+// Answers a list or a value into `out` through `call(buffer, size)`, which is
+// flistxattr or fgetxattr: first into a buffer that fits what files usually
+// carry, asking for the size only when that is too small. The value may grow
+// between asking and reading; then it is asked again.
+template<typename Call>
+status_t ReadSized(std::string *out, Call call)
+{
+    out->resize(1024);
+    for (;;) {
+        const ssize_t read = call(out->data(), out->size());
+        if (read >= 0) {
+            out->resize(size_t(read));
+            return B_OK;
+        }
+        if (errno != ERANGE)
+            return LastError();
+        const ssize_t size = call(nullptr, 0);
+        if (size < 0)
+            return LastError();
+        out->resize(size_t(size) + 1);
+    }
+}
+
+} // namespace
+
+status_t File::GetXattrNames(std::vector<std::string> *names) const
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    names->clear();
+    std::string list;
+    const status_t status = ReadSized(&list, [this](char *buffer, size_t size) {
+        return flistxattr(fFD, buffer, size);
+    });
+    if (status != B_OK)
+        return status == B_UNSUPPORTED ? B_OK : status;
+    for (size_t start = 0; start < list.size();) {
+        const size_t end = std::min(list.find('\0', start), list.size());
+        if (end > start)
+            names->emplace_back(list, start, end - start);
+        start = end + 1;
+    }
+    return B_OK;
+}
+
+status_t File::ReadXattrs(std::vector<Xattr> *xattrs) const
+{
+    std::vector<std::string> names;
+    if (status_t status = GetXattrNames(&names); status != B_OK)
+        return status;
+    xattrs->clear();
+    for (std::string &name : names) {
+        Xattr xattr{std::move(name), {}};
+        const status_t status = ReadSized(&xattr.value, [this, &xattr](char *buffer, size_t size) {
+            return fgetxattr(fFD, xattr.name.c_str(), buffer, size);
+        });
+        // One removed since the list was read is not there; one that may
+        // not be read (a security label, trusted.*) is not copied either.
+        if (status == B_OK)
+            xattrs->push_back(std::move(xattr));
+    }
+    return B_OK;
+}
+
+status_t File::WriteXattr(const Xattr &xattr)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    if (fsetxattr(fFD, xattr.name.c_str(), xattr.value.data(), xattr.value.size(), 0) != 0)
+        return LastError();
+    return B_OK;
+}
+
+status_t File::RemoveXattr(const std::string &name)
+{
+    if (fFD < 0)
+        return B_NO_INIT;
+    return fremovexattr(fFD, name.c_str()) == 0 ? B_OK : LastError();
 }
 
 } // namespace platform

@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <string>
+#include <sys/stat.h>
 #include <sys/types.h>
+#include <vector>
 
 // Open modes, with the values BeOS gave them; File maps them to the O_* flags
 // of the running system.
@@ -58,9 +60,31 @@ public:
     // B_BAD_VALUE or B_UNSUPPORTED say that this pair of files needs Read and
     // Write instead.
     ssize_t CopyFrom(File &source, size_t size);
+    // Makes this file share all of `source`'s data (FICLONE), as
+    // `cp --reflink=auto` tries first: no data moves, and the copy takes no
+    // room until one of the two is written. B_UNSUPPORTED where the file
+    // system, or this pair of volumes, cannot share extents; then CopyFrom.
+    status_t CloneFrom(const File &source);
     // The permission bits (chmod of the open file).
     status_t SetPermissions(mode_t mode);
     status_t GetSize(off_t *size) const;
+    status_t GetStat(struct stat *info) const;
+
+    // One extended attribute as the file system keeps it: the xattr's full
+    // name and its bytes (for a typed attribute, the type header included).
+    struct Xattr
+    {
+        std::string name;
+        std::string value;
+    };
+    // Every extended attribute of the open file that can be read, through
+    // its descriptor (no path look-ups, so a copy reads them cheaply). A file
+    // system without them has none: B_OK and an empty list.
+    status_t ReadXattrs(std::vector<Xattr> *xattrs) const;
+    // The names alone.
+    status_t GetXattrNames(std::vector<std::string> *names) const;
+    status_t WriteXattr(const Xattr &xattr);
+    status_t RemoveXattr(const std::string &name);
 
     // The descriptor, for calls such as copy_file_range; -1 when not open.
     int FD() const { return fFD; }

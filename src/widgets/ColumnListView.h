@@ -191,11 +191,13 @@ private:
         int offset = 0;
     };
 
+protected:
     // Rows draw every pixel of their cells: no Qt row background or focus frame.
     void drawRow(QPainter *painter,
                  const QStyleOptionViewItem &option,
                  const QModelIndex &index) const override;
 
+private:
     void HeaderClicked(int column);
     void SectionResized(int column, int oldWidth, int newWidth);
     void SectionMoved(int column, int oldVisual, int newVisual);

@@ -2,10 +2,14 @@
 
 #include "app/AppUtils.h"
 #include "platform/Entry.h"
+#include "platform/FolderScan.h"
 
 #include <QImage>
 #include <QPainter>
+#include <cstring>
+#include <memory>
 #include <unistd.h>
+#include <vector>
 
 using kestrin::CompareFunc;
 using kestrin::DirListItem;
@@ -127,6 +131,31 @@ TEST(DirListItem, CompareFuncKeepsItsAsymmetry)
     // and sorts before a one-byte file.
     EXPECT_LT(CompareFunc(&huge, &a, 2), 0);
     EXPECT_EQ(CompareFunc(&a, &B, 9), 0);
+}
+
+// Rows of local entries make their permission texts when asked; sorted by
+// them, they order as the texts do, beside rows whose texts were given.
+TEST(DirListItem, PermissionOrderIsTheOrderOfTheTexts)
+{
+    std::vector<std::unique_ptr<DirListItem>> rows;
+    for (mode_t bits : {0644, 0755, 0600, 0444, 0777, 0000, 0711, 0640, 0400, 0200}) {
+        platform::ScannedEntry entry;
+        entry.name = "f";
+        entry.info.st_mode = S_IFREG | bits;
+        rows.push_back(std::make_unique<DirListItem>(entry, RowColors(), false, "%D"));
+    }
+    rows.push_back(std::make_unique<DirListItem>("g", "1", "", "rw-rw-r--", RowColors()));
+    rows.push_back(std::make_unique<DirListItem>("n", "1", "", "n/a", RowColors()));
+    for (const auto &left : rows) {
+        for (const auto &right : rows) {
+            const int texts = strcmp(left->PermissionText().c_str(),
+                                     right->PermissionText().c_str());
+            const int order = CompareFunc(left.get(), right.get(), 4);
+            EXPECT_EQ(order < 0, texts < 0) << left->PermissionText() << right->PermissionText();
+            EXPECT_EQ(order > 0, texts > 0) << left->PermissionText() << right->PermissionText();
+        }
+    }
+    EXPECT_EQ(rows[0]->PermissionText(), "rw-r--r--");
 }
 
 TEST(DirListItem, MarkedSelectedRowDrawsMarkedTextOnTheSelectionBar)

@@ -364,9 +364,14 @@ TEST_F(DirViewTest, AFloodOfNewFilesEndsInTheRightRows)
     const std::vector<std::string> names = RowNames(view);
     EXPECT_TRUE(std::is_sorted(names.begin() + 1, names.end()));
     EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
+    // The footer's count follows the rows that came and went.
+    EXPECT_NE(view.GetFiles().find(" of 20000 files selected"), std::string::npos)
+        << view.GetFiles();
     for (int i = 0; i < kFiles; i += 2)
         fs::remove(Folder() + "/f" + std::to_string(i));
     EXPECT_TRUE(WaitFor([&] { return view.CountItems() == kFiles / 2 + 1; }, 120000));
+    EXPECT_NE(view.GetFiles().find(" of 10000 files selected"), std::string::npos)
+        << view.GetFiles();
 }
 
 TEST_F(DirViewTest, AFolderDeletedWhileShownGivesWayToItsParent)

@@ -28,7 +28,7 @@ TEST(FolderRows, ABatchReadBeforeTheLatestChangeIsNotApplied)
     list.SetSortFunction(&kestrin::CompareFunc);
     kestrin::MarkedList marked(list);
     FolderRows rows(list, marked);
-    rows.Reset({});
+    rows.Reset({}, {});
     const kestrin::RowStyle style;
     QObject context;
 
@@ -53,7 +53,7 @@ TEST(FolderRows, ABatchReadBeforeTheLatestChangeIsNotApplied)
     rows.Touch("y");
     applied = false;
     rows.ApplyLater(folder, style, &context, [&](bool) { applied = true; });
-    rows.Reset({});
+    rows.Reset({}, {});
     QThreadPool::globalInstance()->waitForDone();
     QCoreApplication::processEvents();
     EXPECT_FALSE(applied);

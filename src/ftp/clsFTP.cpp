@@ -1,6 +1,7 @@
 #include "ftp/clsFTP.h"
 
 #include "app/NumberText.h"
+#include "ftp/FtpWireText.h"
 #include "platform/File.h"
 
 #include <chrono>
@@ -18,42 +19,6 @@ using platform::SocketAddress;
 using platform::TcpSocket;
 
 namespace {
-
-int LeadingNumber(const std::string &line)
-{
-    return kestrin::atoi(line.c_str());
-}
-
-// The last line of a multi-line reply repeats the first line's number and
-// has a blank where the first had "-".
-bool EndsReply(const std::string &line, int firstCode)
-{
-    return line.size() >= 4 && line[3] == ' ' && LeadingNumber(line) == firstCode;
-}
-
-bool StartsMultiLine(const std::string &line)
-{
-    return line.size() >= 4 && line[3] == '-';
-}
-
-// Splits a received text at its line ends, empty lines skipped. A NUL ends a
-// line's text, as it would in the reply buffer.
-std::vector<std::string> SplitLines(const char *data, size_t size)
-{
-    std::vector<std::string> lines;
-    size_t start = 0;
-    for (size_t i = 0; i <= size; i++) {
-        if (i == size || data[i] == '\r' || data[i] == '\n') {
-            if (i > start) {
-                std::string line(data + start, i - start);
-                line.resize(strnlen(line.c_str(), line.size()));
-                lines.push_back(std::move(line));
-            }
-            start = i + 1;
-        }
-    }
-    return lines;
-}
 
 void CopyInto(char *buffer, size_t size, const std::string &text)
 {
@@ -202,7 +167,7 @@ int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
         // Nothing, or a dropped connection: both mean no reply came.
         if (received <= 0)
             break;
-        std::vector<std::string> lines = SplitLines(scratch.data(), size_t(received));
+        std::vector<std::string> lines = FtpWireText::SplitLines(scratch.data(), size_t(received));
         if (lines.empty())
             lines.emplace_back();
         for (size_t i = 0; i < lines.size(); i++) {
@@ -210,17 +175,17 @@ int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
             bool complete;
             if (!started) {
                 started = true;
-                firstCode = LeadingNumber(line);
+                firstCode = FtpWireText::LeadingNumber(line);
                 CopyInto(buffer, size, line);
                 length = strlen(buffer);
-                complete = !StartsMultiLine(line);
+                complete = !FtpWireText::StartsMultiLine(line);
             } else {
                 if (length + line.size() < size) {
                     memcpy(buffer + length, line.data(), line.size());
                     length += line.size();
                     buffer[length] = '\0';
                 }
-                complete = EndsReply(line, firstCode);
+                complete = FtpWireText::EndsReply(line, firstCode);
             }
             if (complete) {
                 fPending.insert(fPending.end(), lines.begin() + long(i) + 1, lines.end());
@@ -384,14 +349,7 @@ int clsFTP::FileSize(const char *name, int64_t *size)
     const int code = Command(std::string("SIZE ") + name + "\r\n");
     if (code != 213)
         return code;
-    // "213 <bytes>"; whatever follows the digits is no part of the number.
-    const char *text = fReply + 3;
-    while (*text == ' ')
-        text++;
-    int64_t value = 0;
-    for (; *text >= '0' && *text <= '9' && value < INT64_MAX / 10 - 10; text++)
-        value = value * 10 + (*text - '0');
-    *size = value;
+    *size = FtpWireText::SizeReply(fReply);
     return 0;
 }
 
@@ -416,63 +374,6 @@ void clsFTP::DisposeBuffer(char **buffer)
         free(*buffer);
         *buffer = nullptr;
     }
-}
-
-std::string clsFTP::PortCommand(const SocketAddress &address)
-{
-    std::string command = "PORT " + address.Dotted() + "," + std::to_string(address.port / 256)
-                          + "," + std::to_string(address.port % 256) + "\r\n";
-    for (char &c : command) {
-        if (c == '.')
-            c = ',';
-    }
-    return command;
-}
-
-bool clsFTP::ParsePassiveReply(const char *reply, PassiveAddress *address)
-{
-    const char *open = strrchr(reply, '(');
-    if (open == nullptr)
-        return false;
-    unsigned fields[6];
-    const char *next = open + 1;
-    for (unsigned &field : fields) {
-        while (*next == ',')
-            next++;
-        if (*next < '0' || *next > '9')
-            return false;
-        // Three digits at most: anything longer is out of range anyway, and
-        // the count cannot overflow.
-        unsigned value = 0;
-        int digits = 0;
-        for (; *next >= '0' && *next <= '9'; next++, digits++) {
-            if (digits < 4)
-                value = value * 10 + unsigned(*next - '0');
-        }
-        if (value > 255)
-            return false;
-        field = value;
-        while (*next != '\0' && *next != ',')
-            next++;
-    }
-    address->host = std::to_string(fields[0]) + "." + std::to_string(fields[1]) + "."
-                    + std::to_string(fields[2]) + "." + std::to_string(fields[3]);
-    address->port = fields[4] * 256 + fields[5];
-    return true;
-}
-
-int64_t clsFTP::ExpectedSize(const char *reply)
-{
-    const char *open = strrchr(reply, '(');
-    if (open == nullptr)
-        return 0;
-    int64_t value = 0;
-    for (const char *digit = open + 1; *digit >= '0' && *digit <= '9'; digit++) {
-        if (value > INT64_MAX / 10 - 10)
-            return 0;
-        value = value * 10 + (*digit - '0');
-    }
-    return value;
 }
 
 int clsFTP::FTPInitDataConnection(TcpSocket *listener, SocketAddress *address, bool)
@@ -522,7 +423,7 @@ int clsFTP::FTPInitDataConnection(TcpSocket *listener, SocketAddress *address, b
 
 int clsFTP::FTPSendPort(TcpSocket &control, const SocketAddress &address)
 {
-    FTPWriteString(control, PortCommand(address).c_str());
+    FTPWriteString(control, FtpWireText::PortCommand(address).c_str());
     fLastCode = FTPReadString(control, fReply, sizeof fReply);
     return fLastCode == 200 ? 0 : fLastCode;
 }
@@ -537,7 +438,7 @@ int clsFTP::FTPSendPASV(TcpSocket &control, PassiveAddress *address)
         return fLastCode;
     }
     // A 227 the client cannot read leaves no data connection to make.
-    return ParsePassiveReply(fReply, address) ? 0 : 6;
+    return FtpWireText::ParsePassiveReply(fReply, address) ? 0 : 6;
 }
 
 int clsFTP::Fail(int code, const char *what, FtpDataChannel *channel)
@@ -697,7 +598,7 @@ int clsFTP::StartDownload(
                                   passive,
                                   channel,
                                   "downloading file");
-    *expected = code == 0 && fCallback != nullptr ? ExpectedSize(fReply) : 0;
+    *expected = code == 0 && fCallback != nullptr ? FtpWireText::ExpectedSize(fReply) : 0;
     if (*expected == 0 && code == 0 && fCallback != nullptr)
         *expected = fExpectedHint;
     fExpectedHint = 0;

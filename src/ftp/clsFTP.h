@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ftp/FtpDataChannel.h"
+#include "ftp/FtpWireText.h"
 #include "platform/TcpSocket.h"
 
 #include <cstddef>
@@ -26,12 +27,7 @@ public:
     static constexpr size_t kReplySize = 1024;
     static constexpr size_t kBlockSize = 8192;
 
-    // The passive data address that a 227 reply names.
-    struct PassiveAddress
-    {
-        std::string host;
-        unsigned port = 0;
-    };
+    using PassiveAddress = FtpWireText::PassiveAddress;
 
     clsFTP(const char *host,
            unsigned port,
@@ -139,14 +135,6 @@ public:
     int FTPSendPort(platform::TcpSocket &control, const platform::SocketAddress &address);
     int FTPSendPASV(platform::TcpSocket &control, PassiveAddress *address);
     size_t PendingLineCount() const { return fPending.size(); }
-
-    // "PORT a,b,c,d,p1,p2\r\n"
-    static std::string PortCommand(const platform::SocketAddress &address);
-    // The address and port in the parentheses of a 227 reply; false when
-    // there are none or a number is out of range.
-    static bool ParsePassiveReply(const char *reply, PassiveAddress *address);
-    // The byte count in the last parentheses of a 150 reply, 0 when none.
-    static int64_t ExpectedSize(const char *reply);
 
 private:
     int ConnectTimeoutMs() const;

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 using kestrin::clsFTP;
+using kestrin::FtpWireText;
 using platform::SocketAddress;
 using platform::TcpSocket;
 
@@ -118,20 +119,23 @@ TEST(FtpReplyReader, BrokenRepliesStayInsideTheBuffer)
 
 TEST(FtpReplyReader, PortAndPassiveTextsAreReadAndWritten)
 {
-    EXPECT_EQ(clsFTP::PortCommand(SocketAddress{0x0a000007, 5001}), "PORT 10,0,0,7,19,137\r\n");
+    EXPECT_EQ(FtpWireText::PortCommand(SocketAddress{0x0a000007, 5001}), "PORT 10,0,0,7,19,137\r\n");
 
-    clsFTP::PassiveAddress address;
-    ASSERT_TRUE(clsFTP::ParsePassiveReply("227 Entering Passive Mode (192,168,1,2,4,1)", &address));
+    FtpWireText::PassiveAddress address;
+    ASSERT_TRUE(
+        FtpWireText::ParsePassiveReply("227 Entering Passive Mode (192,168,1,2,4,1)", &address));
     EXPECT_EQ(address.host, "192.168.1.2");
     EXPECT_EQ(address.port, 1025u);
-    EXPECT_FALSE(clsFTP::ParsePassiveReply("227 Entering Passive Mode 192,168,1,2,4,1", &address));
-    EXPECT_FALSE(clsFTP::ParsePassiveReply("227 (192,168,1,2,4,256)", &address));
-    EXPECT_FALSE(clsFTP::ParsePassiveReply("227 (1,2,3,4,5)", &address));
-    EXPECT_FALSE(clsFTP::ParsePassiveReply("227 (1,2,3,4,5,99999999999999999999)", &address));
+    EXPECT_FALSE(
+        FtpWireText::ParsePassiveReply("227 Entering Passive Mode 192,168,1,2,4,1", &address));
+    EXPECT_FALSE(FtpWireText::ParsePassiveReply("227 (192,168,1,2,4,256)", &address));
+    EXPECT_FALSE(FtpWireText::ParsePassiveReply("227 (1,2,3,4,5)", &address));
+    EXPECT_FALSE(FtpWireText::ParsePassiveReply("227 (1,2,3,4,5,99999999999999999999)", &address));
 
-    EXPECT_EQ(clsFTP::ExpectedSize("150 Opening BINARY mode data connection for f (1234 bytes)."),
+    EXPECT_EQ(FtpWireText::ExpectedSize(
+                  "150 Opening BINARY mode data connection for f (1234 bytes)."),
               1234);
-    EXPECT_EQ(clsFTP::ExpectedSize("150 Opening data connection."), 0);
+    EXPECT_EQ(FtpWireText::ExpectedSize("150 Opening data connection."), 0);
 }
 
 TEST(FtpScripted, GreetingRulesAndSilentServer)

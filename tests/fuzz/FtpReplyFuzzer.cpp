@@ -38,10 +38,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const int code = ftp.FTPReadString(client, buffer, sizeof buffer);
         if (memchr(buffer, '\0', sizeof buffer) == nullptr)
             abort();
-        kestrin::clsFTP::PassiveAddress address;
-        if (kestrin::clsFTP::ParsePassiveReply(buffer, &address) && address.port > 65535)
+        kestrin::FtpWireText::PassiveAddress address;
+        if (kestrin::FtpWireText::ParsePassiveReply(buffer, &address) && address.port > 65535)
             abort();
-        if (kestrin::clsFTP::ExpectedSize(buffer) < 0)
+        if (kestrin::FtpWireText::ExpectedSize(buffer) < 0)
             abort();
         if (code == 2 && strcmp(buffer, "TIMEOUT") == 0 && ftp.PendingLineCount() == 0)
             break;

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/TcpSocket.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kestrin {
+
+// The texts an FTP client sends and reads, apart from the conversation that
+// carries them: reply lines and their numbers, and the addresses and sizes
+// that replies name. Pure functions, open to the tests and the fuzzer.
+class FtpWireText
+{
+public:
+    // The passive data address that a 227 reply names.
+    struct PassiveAddress
+    {
+        std::string host;
+        unsigned port = 0;
+    };
+
+    // The reply code a line begins with, as the profile's atoi reads it.
+    static int LeadingNumber(const std::string &line);
+    // The last line of a multi-line reply repeats the first line's number and
+    // has a blank where the first had "-".
+    static bool EndsReply(const std::string &line, int firstCode);
+    static bool StartsMultiLine(const std::string &line);
+    // Splits a received text at its line ends, empty lines skipped. A NUL
+    // ends a line's text, as it would in the reply buffer.
+    static std::vector<std::string> SplitLines(const char *data, size_t size);
+
+    // "PORT a,b,c,d,p1,p2\r\n"
+    static std::string PortCommand(const platform::SocketAddress &address);
+    // The address and port in the parentheses of a 227 reply; false when
+    // there are none or a number is out of range.
+    static bool ParsePassiveReply(const char *reply, PassiveAddress *address);
+    // The byte count in the last parentheses of a 150 reply, 0 when none.
+    static int64_t ExpectedSize(const char *reply);
+    // The byte count of a 213 reply to SIZE.
+    static int64_t SizeReply(const char *reply);
+};
+
+} // namespace kestrin

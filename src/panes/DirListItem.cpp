@@ -7,13 +7,15 @@
 #include "platform/Entry.h"
 #include "platform/FolderScan.h"
 #include "widgets/RgbColor.h"
+#include "widgets/StableMergeSort.h"
 
 #include <QFontMetrics>
 #include <QIcon>
 #include <QPainter>
 #include <cstring>
+#include <algorithm>
+#include <deque>
 #include <mutex>
-#include <set>
 #include <strings.h>
 
 namespace kestrin {
@@ -32,28 +34,40 @@ platform::ScannedEntry Scan(const platform::Entry &entry, RowName naming)
     return platform::ScanEntry(path, naming == RowName::Path ? path : leaf);
 }
 
-// The date format a row is made with, shared by every row made with the same
-// one: rows are made on workers by the million, and formats are few.
-const std::string *SharedFormat(const std::string &format)
+} // namespace
+
+struct DirListItem::Look
 {
-    thread_local const std::string *last = nullptr;
-    if (last != nullptr && *last == format)
+    RowColors colors;
+    std::string dateFormat;
+};
+
+const DirListItem::Look *DirListItem::SharedLook(const RowColors &colors,
+                                                 const std::string &dateFormat)
+{
+    const auto same = [&](const Look &look) {
+        return look.dateFormat == dateFormat && look.colors.background == colors.background
+               && look.colors.text == colors.text
+               && look.colors.selectedText == colors.selectedText
+               && look.colors.selectionBar == colors.selectionBar;
+    };
+    thread_local const Look *last = nullptr;
+    if (last != nullptr && same(*last))
         return last;
     static std::mutex mutex;
-    static std::set<std::string> formats;
+    static std::deque<Look> looks; // a deque keeps the looks where they are
     const std::lock_guard<std::mutex> lock(mutex);
-    last = &*formats.insert(format).first;
+    const auto found = std::find_if(looks.begin(), looks.end(), same);
+    last = found != looks.end() ? &*found : &looks.emplace_back(Look{colors, dateFormat});
     return last;
 }
-
-} // namespace
 
 DirListItem::DirListItem(const platform::ScannedEntry &entry,
                          const RowColors &colors,
                          bool isParent,
                          const std::string &dateFormat)
-    : fColors(colors)
-    , fIsParent(isParent)
+    : fIsParent(isParent)
+    , fLook(SharedLook(colors, dateFormat))
 {
     if (isParent) {
         fName = "..";
@@ -62,7 +76,7 @@ DirListItem::DirListItem(const platform::ScannedEntry &entry,
         given.hasSize = given.hasDate = given.hasPermission = true;
         return;
     }
-    Fill(entry, dateFormat);
+    Fill(entry);
 }
 
 DirListItem::DirListItem(const platform::Entry &entry,
@@ -83,7 +97,7 @@ DirListItem::DirListItem(const std::string &name,
                          const RowColors &colors)
     : fName(name)
     , fGiven(new GivenTexts{sizeText, dateText, permissionText, true, true, true})
-    , fColors(colors)
+    , fLook(SharedLook(colors, std::string()))
 {
     fIsFolder = !permissionText.empty() && permissionText[0] == 'd';
     fIsLink = !permissionText.empty() && permissionText[0] == 'l';
@@ -93,10 +107,10 @@ DirListItem::DirListItem(const std::string &name,
 }
 
 DirListItem::DirListItem(const RowColors &colors)
-    : fColors(colors)
+    : fLook(SharedLook(colors, std::string()))
 {}
 
-void DirListItem::Fill(const platform::ScannedEntry &entry, const std::string &dateFormat)
+void DirListItem::Fill(const platform::ScannedEntry &entry)
 {
     fName = entry.name;
     if (entry.statStatus != B_OK) {
@@ -107,7 +121,6 @@ void DirListItem::Fill(const platform::ScannedEntry &entry, const std::string &d
     }
     const struct stat &info = entry.info;
     fHasStat = true;
-    fDateFormat = SharedFormat(dateFormat);
     fNode = node_ref{info.st_dev, info.st_ino};
     fModificationTime = info.st_mtime;
     fPermissions = uint16_t(info.st_mode & 0777);
@@ -155,7 +168,7 @@ std::string DirListItem::DateText() const
 {
     if (fGiven && fGiven->hasDate)
         return fGiven->date;
-    return fHasStat ? EntryTexts::DateText(fModificationTime, *fDateFormat) : std::string();
+    return fHasStat ? EntryTexts::DateText(fModificationTime, fLook->dateFormat) : std::string();
 }
 
 std::string DirListItem::PermissionText() const
@@ -213,7 +226,14 @@ void DirListItem::DrawItemColumn(
     QPainter &painter, const QRect &rect, int column, bool selected, bool)
 {
     painter.save();
-    painter.fillRect(rect, ToQColor(selected ? fColors.selectionBar : fColors.background));
+    const RowColors &colors = fLook->colors;
+    rgb_color background = colors.background;
+    if (fShaded) {
+        background.red = uint8_t(background.red - 10);
+        background.green = uint8_t(background.green - 10);
+        background.blue = uint8_t(background.blue - 10);
+    }
+    painter.fillRect(rect, ToQColor(selected ? colors.selectionBar : background));
     painter.setClipRect(rect);
     if (column == kColumnIcon) {
         if (const QIcon *icon = Icon()) {
@@ -230,7 +250,7 @@ void DirListItem::DrawItemColumn(
     } else {
         const QString text = ColumnText(column);
         if (!text.isEmpty()) {
-            painter.setPen(ToQColor(fMarked || fOver ? fColors.selectedText : fColors.text));
+            painter.setPen(ToQColor(fMarked || fOver ? colors.selectedText : colors.text));
             const QFontMetrics metrics(painter.font());
             const int baseline = rect.top()
                                  + (rect.height() + metrics.ascent() - metrics.descent()) / 2;
@@ -245,31 +265,89 @@ bool DirListItem::TextFits(int column, int width, const QFontMetrics &metrics) c
     return kTextInset + metrics.horizontalAdvance(ColumnText(column)) <= width;
 }
 
+namespace {
+
+// What the compare function asks of a row for one key, in a few bytes.
+struct RowKey
+{
+    int64_t number = 0; // the size or the modification time
+    const char *name = nullptr;
+    uint32_t row = 0; // where the row stood before sorting
+    bool parent = false;
+    bool folder = false;
+};
+
+RowKey KeyOf(const DirListItem &item, int32_t sortKey)
+{
+    RowKey key;
+    key.parent = item.Name() == "..";
+    key.folder = item.IsFolder();
+    if (sortKey == kColumnName)
+        key.name = item.Name().c_str();
+    else if (sortKey == kColumnSize)
+        key.number = item.Size();
+    else if (sortKey == kColumnDate)
+        key.number = item.ModificationTime();
+    return key;
+}
+
+int CompareKeys(const RowKey &a, const RowKey &b, int32_t sortKey, bool caseSensitive)
+{
+    if (a.parent)
+        return 0;
+    if (a.folder && !b.folder)
+        return 0;
+    switch (sortKey) {
+    case kColumnName:
+        return caseSensitive ? strcmp(a.name, b.name) : strcasecmp(a.name, b.name);
+    case kColumnSize:
+        // The low 32 bits of each size, subtracted as 32-bit numbers: sizes
+        // beyond 2 GB may sort out of order, as they always have.
+        return int32_t(uint32_t(a.number) - uint32_t(b.number));
+    case kColumnDate:
+        return a.number < b.number ? -1 : (a.number > b.number ? 1 : 0);
+    default:
+        return 0;
+    }
+}
+
+} // namespace
+
 int CompareFunc(const CLVListItem *first, const CLVListItem *second, int32_t sortKey)
 {
     const auto *a = static_cast<const DirListItem *>(first);
     const auto *b = static_cast<const DirListItem *>(second);
-    if (a->Name() == "..")
-        return 0;
-    if (a->IsFolder() && !b->IsFolder())
-        return 0;
-    switch (sortKey) {
-    case kColumnName:
-        return GetbCaseSensitiveSort() ? strcmp(a->Name().c_str(), b->Name().c_str())
-                                       : strcasecmp(a->Name().c_str(), b->Name().c_str());
-    case kColumnSize:
-        // The low 32 bits of each size, subtracted as 32-bit numbers: sizes
-        // beyond 2 GB may sort out of order, as they always have.
-        return int32_t(uint32_t(a->Size()) - uint32_t(b->Size()));
-    case kColumnDate: {
-        const time_t difference = a->ModificationTime() - b->ModificationTime();
-        return difference < 0 ? -1 : (difference > 0 ? 1 : 0);
-    }
-    case kColumnPermissions:
+    if (sortKey == kColumnPermissions) {
+        if (a->Name() == ".." || (a->IsFolder() && !b->IsFolder()))
+            return 0;
         return DirListItem::ComparePermissions(*a, *b);
-    default:
-        return 0;
     }
+    return CompareKeys(KeyOf(*a, sortKey), KeyOf(*b, sortKey), sortKey, GetbCaseSensitiveSort());
+}
+
+void SortDirRows(std::vector<std::unique_ptr<CLVListItem>> &rows, int32_t sortKey, bool descending)
+{
+    if (sortKey != kColumnName && sortKey != kColumnSize && sortKey != kColumnDate) {
+        StableMergeSort(rows, [sortKey, descending](const auto &left, const auto &right) {
+            const int order = CompareFunc(left.get(), right.get(), sortKey);
+            return descending ? order >= 0 : order <= 0;
+        });
+        return;
+    }
+    std::vector<RowKey> keys(rows.size());
+    for (size_t i = 0; i < rows.size(); i++) {
+        keys[i] = KeyOf(static_cast<const DirListItem &>(*rows[i]), sortKey);
+        keys[i].row = uint32_t(i);
+    }
+    const bool caseSensitive = GetbCaseSensitiveSort();
+    StableMergeSort(keys, [&](const RowKey &left, const RowKey &right) {
+        const int order = CompareKeys(left, right, sortKey, caseSensitive);
+        return descending ? order >= 0 : order <= 0;
+    });
+    std::vector<std::unique_ptr<CLVListItem>> sorted(rows.size());
+    for (size_t i = 0; i < keys.size(); i++)
+        sorted[i] = std::move(rows[keys[i].row]);
+    rows.swap(sorted);
 }
 
 } // namespace kestrin

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <memory>
 #include <string>
+#include <vector>
 #include <sys/types.h>
 
 class QFontMetrics;
@@ -78,9 +79,8 @@ public:
     bool GetOver() const { return fOver; }
     void SetOver(bool over) { fOver = over; }
 
-    const RowColors &Colors() const { return fColors; }
-    void SetColors(const RowColors &colors) { fColors = colors; }
-    void SetBackground(const rgb_color &background) { fColors.background = background; }
+    // Alternate rows are drawn a shade darker than the background.
+    void SetShaded(bool shaded) { fShaded = shaded; }
     // Shows a text of its own in the Size column (a folder's occupied space).
     void SetSizeText(const std::string &text);
 
@@ -103,27 +103,33 @@ private:
         bool hasSize = false, hasDate = false, hasPermission = false;
     };
 
-    void Fill(const platform::ScannedEntry &entry, const std::string &dateFormat);
+    struct Look;
+
+    void Fill(const platform::ScannedEntry &entry);
     GivenTexts &Given();
     const QIcon *Icon() const;
+    // The look shared by every row made with the same colours and date
+    // format: rows are made on workers by the million, and looks are few.
+    static const Look *SharedLook(const RowColors &colors, const std::string &dateFormat);
 
+    // A million rows are a million of these, so the members are packed: the
+    // small ones first, where they fill the base's last bytes.
+    uint16_t fPermissions = 0; // the entry's own permission bits
+    mode_t fMode = 0;          // the entry's own; the target's for a link that leads somewhere
+    bool fHasStat : 1 = false; // the texts are made from the stat data
+    bool fIsFolder : 1 = true;
+    bool fIsParent : 1 = false;
+    bool fIsLink : 1 = false;
+    bool fMarked : 1 = false;
+    bool fOver : 1 = false;
+    bool fShaded : 1 = false;
     std::string fName;
     std::unique_ptr<GivenTexts> fGiven;
-    // Shared by every row made with the same format; never freed.
-    const std::string *fDateFormat = nullptr;
-    RowColors fColors;
+    const Look *fLook = nullptr; // never freed
     int64_t fSize = 0;
     time_t fModificationTime = 0;
     node_ref fNode;
     mutable const QIcon *fIcon = nullptr; // GUI thread; from the shared icon cache
-    mode_t fMode = 0;          // the entry's own; the target's for a link that leads somewhere
-    uint16_t fPermissions = 0; // the entry's own permission bits
-    bool fHasStat = false;     // the texts are made from the stat data
-    bool fIsFolder = true;
-    bool fIsParent = false;
-    bool fIsLink = false;
-    bool fMarked = false;
-    bool fOver = false;
 };
 
 // The order of two rows by a column (1 name, 2 size, 3 date, 4 permissions).
@@ -131,5 +137,10 @@ private:
 // left of a file, compare as equal, so the stable sort leaves ".." on top and
 // folders before files, the order in which a listing adds them.
 int CompareFunc(const CLVListItem *first, const CLVListItem *second, int32_t sortKey);
+
+// Puts rows in the order CompareFunc and the list's stable merge sort give
+// them, sorting a compact key per row rather than a million rows scattered in
+// memory.
+void SortDirRows(std::vector<std::unique_ptr<CLVListItem>> &rows, int32_t sortKey, bool descending);
 
 } // namespace kestrin

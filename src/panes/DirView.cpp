@@ -68,7 +68,7 @@ DirView::DirView(QWidget *parent,
     colours.setColor(QPalette::Base, ToQColor(fSettings.colors.background));
     colours.setColor(QPalette::Highlight, ToQColor(fSettings.colors.selectionBar));
     setPalette(colours);
-    SetSortFunction(&kestrin::CompareFunc);
+    SetSortFunction(&kestrin::CompareFunc, &kestrin::SortDirRows);
     SetSortKey(kColumnName);
     SortItems();
     setAcceptDrops(true);
@@ -263,15 +263,8 @@ void DirView::drawRow(QPainter *painter,
                       const QStyleOptionViewItem &option,
                       const QModelIndex &index) const
 {
-    if (fSettings.alternateColors) {
-        const rgb_color base = fSettings.colors.background;
-        const rgb_color shade{uint8_t(base.red - 10),
-                              uint8_t(base.green - 10),
-                              uint8_t(base.blue - 10),
-                              base.alpha};
-        if (DirListItem *row = Row(index.row()))
-            row->SetBackground(index.row() % 2 == 0 ? base : shade);
-    }
+    if (DirListItem *row = Row(index.row()))
+        row->SetShaded(fSettings.alternateColors && index.row() % 2 != 0);
     ColumnListView::drawRow(painter, option, index);
 }
 

@@ -1,7 +1,6 @@
 #include "panes/FolderLister.h"
 
 #include "panes/DirListItem.h"
-#include "widgets/StableMergeSort.h"
 
 #include <QCoreApplication>
 #include <QMetaObject>
@@ -51,13 +50,7 @@ void FolderLister::SortRows(std::vector<std::unique_ptr<CLVListItem>> &rows,
 {
     if (sortMode == NoSort)
         return;
-    const bool descending = sortMode == Descending;
-    StableMergeSort(rows,
-                    [sortKey, descending](const std::unique_ptr<CLVListItem> &left,
-                                          const std::unique_ptr<CLVListItem> &right) {
-                        const int order = CompareFunc(left.get(), right.get(), sortKey);
-                        return descending ? order >= 0 : order <= 0;
-                    });
+    SortDirRows(rows, sortKey, sortMode == Descending);
 }
 
 void FolderLister::Run(const Reader &reader, const RowStyle &style, Job &job)

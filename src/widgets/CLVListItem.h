@@ -36,28 +36,37 @@ public:
     // The text a column shows, for accessibility and tests; empty by default.
     virtual QString ColumnText(int column) const;
 
-    uint32_t OutlineLevel() const { return fOutlineLevel; }
+    uint32_t OutlineLevel() const;
     // A super-item can have sub-rows and shows an expander in the
     // hierarchical form, whether or not its sub-rows are there yet.
     bool IsSuperItem() const { return fSuperItem; }
     void SetSuperItem(bool superItem) { fSuperItem = superItem; }
     bool IsExpanded() const { return fExpanded; }
     // The row this one is under; null at the top level.
-    CLVListItem *Superitem() const { return fSuperitem; }
-    int CountSubitems() const { return int(fSubitems.size()); }
+    CLVListItem *Superitem() const;
+    int CountSubitems() const { return int(Subitems().size()); }
     CLVListItem *SubitemAt(int index) const;
 
 private:
     friend class ColumnListModel;
+    using Rows = std::vector<std::unique_ptr<CLVListItem>>;
+    struct Outline;
 
-    uint32_t fOutlineLevel;
-    bool fSuperItem;
-    bool fExpanded = false;
-    CLVListItem *fSuperitem = nullptr;
-    std::vector<std::unique_ptr<CLVListItem>> fSubitems;
+    const Rows &Subitems() const;
+    // Makes the row's place in a hierarchy when it first gets one.
+    Rows &OwnSubitems();
+    void SetSuperitem(CLVListItem *superitem);
+    void SetOutlineLevel(uint32_t level);
+    Outline &OwnOutline();
+
+    // Where the row stands in a hierarchy. Most rows are in flat lists of up
+    // to a million, so only rows of a hierarchy pay for it.
+    std::unique_ptr<Outline> fOutline;
     // The row's position among its siblings, kept by the model; trusted only
     // while the model says its positions are current.
     mutable int fRow = -1;
+    bool fSuperItem;
+    bool fExpanded = false;
 };
 
 } // namespace kestrin

@@ -100,7 +100,7 @@ void ColumnListModel::Renumber() const
 
 int ColumnListModel::IndexOf(const CLVListItem *item) const
 {
-    if (!item || item->fSuperitem)
+    if (!item || item->Superitem())
         return -1;
     // A row whose number still matches needs no renumbering, stale or not.
     if (HoldsAt(item->fRow, item))
@@ -115,13 +115,13 @@ int ColumnListModel::IndexOf(const CLVListItem *item) const
 
 int ColumnListModel::RowOf(const CLVListItem *item) const
 {
-    return item->fSuperitem ? item->fRow : IndexOf(item);
+    return item->Superitem() ? item->fRow : IndexOf(item);
 }
 
 bool ColumnListModel::Contains(const CLVListItem *item) const
 {
-    while (item && item->fSuperitem) {
-        const CLVListItem *superitem = item->fSuperitem;
+    while (item && item->Superitem()) {
+        const CLVListItem *superitem = item->Superitem();
         if (superitem->SubitemAt(item->fRow) != item)
             return false;
         item = superitem;
@@ -141,7 +141,7 @@ std::vector<CLVListItem *> ColumnListModel::FullList() const
     std::vector<CLVListItem *> rows;
     const auto add = [&rows](CLVListItem *row, const auto &self) -> void {
         rows.push_back(row);
-        for (const auto &sub : row->fSubitems)
+        for (const auto &sub : row->Subitems())
             self(sub.get(), self);
     };
     for (const auto &row : fItems)
@@ -160,15 +160,15 @@ std::vector<int> ColumnListModel::ValidRows(std::vector<int> indexes) const
 
 const CLVListItem *ColumnListModel::TopAncestor(const CLVListItem *item)
 {
-    while (item && item->fSuperitem)
-        item = item->fSuperitem;
+    while (item && item->Superitem())
+        item = item->Superitem();
     return item;
 }
 
 bool ColumnListModel::IsUnder(const CLVListItem *item, const CLVListItem *ancestor)
 {
-    for (const CLVListItem *above = item ? item->fSuperitem : nullptr; above;
-         above = above->fSuperitem)
+    for (const CLVListItem *above = item ? item->Superitem() : nullptr; above;
+         above = above->Superitem())
         if (above == ancestor)
             return true;
     return false;
@@ -178,24 +178,24 @@ QModelIndex ColumnListModel::IndexFor(const CLVListItem *item, int column) const
 {
     if (column < 0 || column >= CountColumns() || !Contains(item))
         return QModelIndex();
-    if (!fHierarchical && item->fSuperitem)
+    if (!fHierarchical && item->Superitem())
         return QModelIndex();
     return createIndex(RowOf(item), column, const_cast<CLVListItem *>(item));
 }
 
 void ColumnListModel::Adopt(CLVListItem *item, CLVListItem *superitem, int row)
 {
-    item->fSuperitem = superitem;
+    item->SetSuperitem(superitem);
     item->fRow = row;
     if (superitem)
-        item->fOutlineLevel = superitem->fOutlineLevel + 1;
-    for (size_t sub = 0; sub < item->fSubitems.size(); sub++)
-        Adopt(item->fSubitems[sub].get(), item, int(sub));
+        item->SetOutlineLevel(superitem->OutlineLevel() + 1);
+    for (size_t sub = 0; sub < item->Subitems().size(); sub++)
+        Adopt(item->Subitems()[sub].get(), item, int(sub));
 }
 
 void ColumnListModel::Release(CLVListItem *item)
 {
-    item->fSuperitem = nullptr;
+    item->SetSuperitem(nullptr);
     item->fRow = -1;
     // Rows come back closed: a view they join later has not opened them.
     std::vector<CLVListItem *> open{item};
@@ -203,8 +203,8 @@ void ColumnListModel::Release(CLVListItem *item)
         CLVListItem *row = open.back();
         open.pop_back();
         row->fExpanded = false;
-        for (const auto &sub : row->fSubitems)
-            if (sub->fExpanded || !sub->fSubitems.empty())
+        for (const auto &sub : row->Subitems())
+            if (sub->fExpanded || !sub->Subitems().empty())
                 open.push_back(sub.get());
     }
 }
@@ -227,7 +227,7 @@ std::vector<ColumnListModel::Persistent> ColumnListModel::SavePersistent() const
     std::vector<Persistent> saved;
     for (const QModelIndex &index : persistentIndexList()) {
         const CLVListItem *top = ItemFor(index);
-        if (!top->fSuperitem) {
+        if (!top->Superitem()) {
             saved.push_back(Persistent{index, index.row(), true});
             continue;
         }
@@ -387,7 +387,7 @@ void ColumnListModel::AddUnder(std::unique_ptr<CLVListItem> item, CLVListItem *s
     if (fHierarchical)
         beginInsertRows(IndexFor(superitem), row, row);
     Adopt(item.get(), superitem, row);
-    superitem->fSubitems.push_back(std::move(item));
+    superitem->OwnSubitems().push_back(std::move(item));
     if (fHierarchical)
         endInsertRows();
 }
@@ -400,7 +400,7 @@ ColumnListModel::Rows ColumnListModel::RemoveSubitems(CLVListItem *superitem)
         return removed;
     if (fHierarchical)
         beginRemoveRows(IndexFor(superitem), 0, count - 1);
-    removed.swap(superitem->fSubitems);
+    removed.swap(superitem->OwnSubitems());
     if (fHierarchical)
         endRemoveRows();
     for (const auto &row : removed)
@@ -423,20 +423,26 @@ void ColumnListModel::SortRows(Rows &rows, CompareFunc compare, int32_t key, boo
     if (!fHierarchical)
         return;
     for (const Row &row : rows) {
-        if (row->fSubitems.empty())
+        if (row->Subitems().empty())
             continue;
-        SortRows(row->fSubitems, compare, key, descending);
-        for (size_t sub = 0; sub < row->fSubitems.size(); sub++)
-            row->fSubitems[sub]->fRow = int(sub);
+        SortRows(row->OwnSubitems(), compare, key, descending);
+        for (size_t sub = 0; sub < row->Subitems().size(); sub++)
+            row->Subitems()[sub]->fRow = int(sub);
     }
 }
 
-void ColumnListModel::Sort(CompareFunc compare, int32_t key, bool descending)
+void ColumnListModel::Sort(CompareFunc compare,
+                           SortRowsFunc sortRows,
+                           int32_t key,
+                           bool descending)
 {
     const QList<QPersistentModelIndex> everyParent;
     emit layoutAboutToBeChanged(everyParent, QAbstractItemModel::VerticalSortHint);
     const QModelIndexList from = persistentIndexList();
-    SortRows(fItems, compare, key, descending);
+    if (sortRows != nullptr && !fHierarchical)
+        sortRows(fItems, key, descending);
+    else
+        SortRows(fItems, compare, key, descending);
     fStaleFrom = 0;
     Renumber();
     QModelIndexList to;
@@ -467,9 +473,9 @@ QModelIndex ColumnListModel::index(int row, int column, const QModelIndex &paren
 QModelIndex ColumnListModel::parent(const QModelIndex &child) const
 {
     const CLVListItem *item = ItemFor(child);
-    if (!item || !item->fSuperitem)
+    if (!item || !item->Superitem())
         return QModelIndex();
-    CLVListItem *superitem = item->fSuperitem;
+    CLVListItem *superitem = item->Superitem();
     return createIndex(RowOf(superitem), 0, superitem);
 }
 

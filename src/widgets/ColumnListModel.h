@@ -40,6 +40,9 @@ class ColumnListModel : public QAbstractItemModel
 public:
     using Rows = std::vector<std::unique_ptr<CLVListItem>>;
     using CompareFunc = int (*)(const CLVListItem *a, const CLVListItem *b, int32_t sortKey);
+    // Puts top-level rows in the order the compare function gives them, in
+    // a way of its own (faster, knowing the rows).
+    using SortRowsFunc = void (*)(Rows &rows, int32_t sortKey, bool descending);
 
     struct Column
     {
@@ -100,7 +103,8 @@ public:
 
     // Sorts the top-level rows and, in the hierarchical form, every row's
     // sub-rows among themselves, with StableMergeSort.
-    void Sort(CompareFunc compare, int32_t key, bool descending);
+    // `sortRows`, where given, sorts the top-level rows instead.
+    void Sort(CompareFunc compare, SortRowsFunc sortRows, int32_t key, bool descending);
 
     QModelIndex index(int row, int column, const QModelIndex &parent = QModelIndex()) const override;
     QModelIndex parent(const QModelIndex &child) const override;

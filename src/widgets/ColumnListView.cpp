@@ -237,9 +237,10 @@ void ColumnListView::SectionMoved(int, int oldVisual, int newVisual)
 
 // Sorting
 
-void ColumnListView::SetSortFunction(CompareFunc compare)
+void ColumnListView::SetSortFunction(CompareFunc compare, SortRowsFunc sortRows)
 {
     fCompare = compare;
+    fSortRows = sortRows;
 }
 
 void ColumnListView::SetSortKey(int column)
@@ -268,7 +269,7 @@ void ColumnListView::SortItems()
 {
     if (fSortMode == NoSort || !fCompare || !fModel->ColumnAt(fSortKey))
         return;
-    fModel->Sort(fCompare, fSortKey, fSortMode == Descending);
+    fModel->Sort(fCompare, fSortRows, fSortKey, fSortMode == Descending);
 }
 
 void ColumnListView::HeaderClicked(int column)

@@ -3,6 +3,7 @@
 #include "app/AppUtils.h"
 #include "platform/Entry.h"
 #include "platform/FolderScan.h"
+#include "widgets/StableMergeSort.h"
 
 #include <QImage>
 #include <QPainter>
@@ -201,6 +202,50 @@ TEST(DirListItem, MarkedSelectedRowDrawsMarkedTextOnTheSelectionBar)
 
     row.SetOver(true);
     EXPECT_TRUE(has(colorsIn(false), qRgb(255, 0, 0)));
+    row.SetShaded(true);
+    EXPECT_TRUE(has(colorsIn(false), qRgb(245, 245, 245)));
+    EXPECT_FALSE(has(colorsIn(false), qRgb(255, 255, 255)));
+}
+
+// The keyed sort of a big list must put rows exactly where the list's merge
+// sort with the compare function puts them, quirks and ties included: ".."
+// and folders first, sizes wrapped to 32 bits, equal keys in their old order.
+TEST(DirListItem, KeyedSortGivesTheCompareFunctionsOrder)
+{
+    std::vector<std::unique_ptr<kestrin::CLVListItem>> rows;
+    rows.push_back(std::make_unique<DirListItem>("..", "", "", "drwxr-xr-x", RowColors()));
+    const char *names[] = {"b", "B", "a", "_x", "Zeta", "zeta", "10", "9", "été"};
+    for (int i = 0; i < 300; i++) {
+        platform::ScannedEntry entry;
+        entry.name = std::string(names[i % 9]) + std::to_string(i % 7);
+        entry.info.st_mode = i % 11 == 0 ? S_IFDIR | 0755 : (i % 13 == 0 ? S_IFLNK : S_IFREG) | 0644;
+        entry.info.st_size = i % 17 == 0 ? (3LL << 30) + i : (i * 7919) % 50;
+        entry.info.st_mtime = 1000 + (i * 31) % 40;
+        rows.push_back(std::make_unique<DirListItem>(entry, RowColors(), false, "%D"));
+        if (i % 50 == 0)
+            rows.push_back(std::make_unique<DirListItem>("f" + std::to_string(i), "12", "", "-rw-r--r--", RowColors()));
+    }
+    const bool saved = kestrin::GetbCaseSensitiveSort();
+    for (const bool caseSensitive : {true, false}) {
+        kestrin::SetbCaseSensitiveSort(caseSensitive);
+        for (int key = 1; key <= 4; key++) {
+            for (const bool descending : {false, true}) {
+                std::vector<kestrin::CLVListItem *> expected;
+                for (const auto &row : rows)
+                    expected.push_back(row.get());
+                kestrin::StableMergeSort(expected, [&](auto *left, auto *right) {
+                    const int order = CompareFunc(left, right, key);
+                    return descending ? order >= 0 : order <= 0;
+                });
+                kestrin::SortDirRows(rows, key, descending);
+                std::vector<kestrin::CLVListItem *> got;
+                for (const auto &row : rows)
+                    got.push_back(row.get());
+                EXPECT_EQ(got, expected) << key << descending << caseSensitive;
+            }
+        }
+    }
+    kestrin::SetbCaseSensitiveSort(saved);
 }
 
 } // namespace

@@ -90,6 +90,8 @@ public:
     void DrawItemColumn(
         QPainter &painter, const QRect &rect, int column, bool selected, bool complete) override;
     QString ColumnText(int column) const override;
+    // Type-ahead goes by the name's first letter.
+    char SearchByte() const override { return fName.empty() ? 0 : fName[0]; }
     // Whether a column's text shows whole in a cell `width` pixels wide.
     bool TextFits(int column, int width, const QFontMetrics &metrics) const;
     // The order of the two rows' permission texts, as strcmp gives it.

@@ -8,28 +8,48 @@
 
 #include <QKeyEvent>
 #include <QScrollBar>
+#include <algorithm>
+#include <utility>
 
 namespace kestrin {
 
 namespace {
 
-// Whether a name begins with the character, ignoring case. Names are bytes:
-// ASCII is compared as it stands, anything else as the UTF-8 it should be.
-constexpr int kLookAhead = 32;
-// A row's name lies in its second cache line.
-constexpr int kCacheLine = 64;
-
-bool BeginsWith(const std::string &name, QChar typed)
+// Whether a name begins with the typed character, case folded. Names are
+// bytes: ASCII is compared as it stands, anything else as the UTF-8 it should
+// be. A scan of a million rows asks this a million times, so the two ASCII
+// forms of the character are worked out once and most names need no decoding.
+class FirstLetter
 {
-    if (name.empty())
-        return false;
-    const auto first = static_cast<unsigned char>(name[0]);
-    if (first < 0x80)
-        return typed.unicode() < 0x80 && QChar(first).toCaseFolded() == typed.toCaseFolded();
-    const QString decoded = QString::fromUtf8(name.data(),
-                                              qsizetype(std::min<size_t>(name.size(), 4)));
-    return !decoded.isEmpty() && decoded[0].toCaseFolded() == typed.toCaseFolded();
-}
+public:
+    explicit FirstLetter(QChar typed)
+        : fFolded(typed.toCaseFolded())
+    {
+        if (typed.unicode() < 0x80) {
+            fLower = char(QChar(typed).toLower().unicode());
+            fUpper = char(QChar(typed).toUpper().unicode());
+        }
+    }
+
+    // `first` is the row name's first byte, which settles most rows alone:
+    // those are never read.
+    bool Begins(char first, const DirListItem &row) const
+    {
+        if (first == 0)
+            return false;
+        if (static_cast<unsigned char>(first) < 0x80)
+            return fLower != 0 && (first == fLower || first == fUpper);
+        const std::string &name = row.Name();
+        const QString decoded = QString::fromUtf8(name.data(),
+                                                  qsizetype(std::min<size_t>(name.size(), 4)));
+        return !decoded.isEmpty() && decoded[0].toCaseFolded() == fFolded;
+    }
+
+private:
+    QChar fFolded;
+    char fLower = 0; // 0 when the typed character is not ASCII
+    char fUpper = 0;
+};
 
 } // namespace
 
@@ -157,27 +177,26 @@ bool PaneKeys::FunctionKey(int key, bool control, bool shift)
 
 void PaneKeys::TypeAhead(const QString &text)
 {
-    const QChar typed = text[0];
+    const FirstLetter typed(text[0]);
     const int count = fView.CountItems();
     if (count == 0)
         return;
     const int selection = fView.CurrentSelection();
     int start = 0;
-    if (selection >= 0 && selection < count - 1 && BeginsWith(fView.Row(selection)->Name(), typed))
+    const std::vector<char> &firstBytes = fView.SearchBytes();
+    const auto begins = [&](int index) {
+        return typed.Begins(firstBytes[size_t(index)], *fView.Row(index));
+    };
+    if (selection >= 0 && selection < count - 1 && begins(selection))
         start = selection + 1;
-    for (int tried = 0; tried <= count; tried++) {
-        const int index = (start + tried) % count;
-        // Rows sorted by anything but their place in memory are a cache miss
-        // each; asking for those a little ahead keeps a scan of a million
-        // rows within a frame.
-        const auto *ahead = reinterpret_cast<const char *>(
-            fView.ItemAt((index + kLookAhead) % count));
-        __builtin_prefetch(ahead);
-        __builtin_prefetch(ahead + kCacheLine);
-        if (BeginsWith(fView.Row(index)->Name(), typed)) {
-            fView.Select(index);
-            fView.ScrollToSelection();
-            return;
+    // From the start to the end, then from the top round to the start again.
+    for (const auto &[from, to] : {std::pair{start, count}, std::pair{0, start + 1}}) {
+        for (int index = from; index < std::min(to, count); index++) {
+            if (begins(index)) {
+                fView.Select(index);
+                fView.ScrollToSelection();
+                return;
+            }
         }
     }
 }

@@ -215,6 +215,11 @@ void ColumnListModel::InsertRange(int index, Rows rows)
         return;
     const size_t at = size_t(std::clamp(index, 0, CountItems()));
     beginInsertRows(QModelIndex(), int(at), int(at + rows.size() - 1));
+    std::vector<char> bytes;
+    bytes.reserve(rows.size());
+    for (const auto &row : rows)
+        bytes.push_back(row->SearchByte());
+    fSearchBytes.insert(fSearchBytes.begin() + std::ptrdiff_t(at), bytes.begin(), bytes.end());
     fItems.insert(fItems.begin() + std::ptrdiff_t(at),
                   std::make_move_iterator(rows.begin()),
                   std::make_move_iterator(rows.end()));
@@ -265,16 +270,23 @@ void ColumnListModel::InsertScattered(std::vector<std::pair<int, std::unique_ptr
     const std::vector<Persistent> saved = SavePersistent();
     Rows merged;
     merged.reserve(fItems.size() + rows.size());
+    std::vector<char> mergedBytes;
+    mergedBytes.reserve(merged.capacity());
     size_t next = 0;
     for (size_t old = 0; old <= fItems.size(); old++) {
         for (; next < ranges.size() && size_t(ranges[next].first) == old; next++) {
-            for (auto &row : ranges[next].second)
+            for (auto &row : ranges[next].second) {
+                mergedBytes.push_back(row->SearchByte());
                 merged.push_back(std::move(row));
+            }
         }
-        if (old < fItems.size())
+        if (old < fItems.size()) {
+            mergedBytes.push_back(fSearchBytes[old]);
             merged.push_back(std::move(fItems[old]));
+        }
     }
     fItems.swap(merged);
+    fSearchBytes.swap(mergedBytes);
     MarkStale(size_t(ranges.front().first));
 
     // A top-level row moves down by the rows inserted at or before its index;
@@ -323,6 +335,8 @@ ColumnListModel::Rows ColumnListModel::RemoveSorted(const std::vector<int> &inde
             const auto begin = fItems.begin() + std::ptrdiff_t(first);
             std::move(begin, begin + std::ptrdiff_t(length), removed.begin() + std::ptrdiff_t(end));
             fItems.erase(begin, begin + std::ptrdiff_t(length));
+            const auto bytes = fSearchBytes.begin() + std::ptrdiff_t(first);
+            fSearchBytes.erase(bytes, bytes + std::ptrdiff_t(length));
             MarkStale(first);
             endRemoveRows();
         }
@@ -337,12 +351,15 @@ ColumnListModel::Rows ColumnListModel::RemoveSorted(const std::vector<int> &inde
                 removed.push_back(std::move(fItems[row]));
                 next++;
             } else {
-                if (kept != row)
+                if (kept != row) {
                     fItems[kept] = std::move(fItems[row]);
+                    fSearchBytes[kept] = fSearchBytes[row];
+                }
                 kept++;
             }
         }
         fItems.resize(kept);
+        fSearchBytes.resize(kept);
         MarkStale(size_t(indexes.front()));
 
         QModelIndexList from;
@@ -374,6 +391,7 @@ void ColumnListModel::Clear()
     Rows old;
     beginResetModel();
     old.swap(fItems);
+    fSearchBytes.clear();
     fStaleFrom = 0;
     endResetModel();
     // `old` deletes the rows now that no view refers to them.
@@ -443,6 +461,8 @@ void ColumnListModel::Sort(CompareFunc compare,
         sortRows(fItems, key, descending);
     else
         SortRows(fItems, compare, key, descending);
+    for (size_t row = 0; row < fItems.size(); row++)
+        fSearchBytes[row] = fItems[row]->SearchByte();
     fStaleFrom = 0;
     Renumber();
     QModelIndexList to;

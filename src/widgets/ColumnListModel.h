@@ -67,6 +67,8 @@ public:
     bool OrderAllowed(const std::vector<int> &before, const std::vector<int> &after) const;
 
     int CountItems() const { return int(fItems.size()); }
+    // Every top-level row's SearchByte, in the rows' order.
+    const std::vector<char> &SearchBytes() const { return fSearchBytes; }
     CLVListItem *ItemAt(int index) const;
     // -1 unless `item` is a top-level row of this model.
     int IndexOf(const CLVListItem *item) const;
@@ -142,6 +144,8 @@ private:
     bool fHierarchical;
     std::vector<Column> fColumns;
     Rows fItems;
+    std::vector<char> fSearchBytes; // beside fItems, always as long
+
     // Top-level rows from this index on may have a stale fRow.
     mutable size_t fStaleFrom = 0;
 };

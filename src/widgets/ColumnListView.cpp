@@ -300,6 +300,11 @@ CLVListItem *ColumnListView::ItemAt(int index) const
     return fModel->ItemAt(index);
 }
 
+const std::vector<char> &ColumnListView::SearchBytes() const
+{
+    return fModel->SearchBytes();
+}
+
 int ColumnListView::IndexOf(const CLVListItem *item) const
 {
     return fModel->IndexOf(item);

@@ -103,6 +103,8 @@ public:
     // Rows. The view owns them.
     int CountItems() const;
     CLVListItem *ItemAt(int index) const;
+    // Every row's CLVListItem::SearchByte, in the rows' order.
+    const std::vector<char> &SearchBytes() const;
     // -1 when the row is not a top-level row of this view. Constant time
     // except right after rows were inserted or removed before it.
     int IndexOf(const CLVListItem *item) const;

@@ -43,6 +43,7 @@ public:
         sDrawn++;
     }
     QString ColumnText(int) const override { return name; }
+    char SearchByte() const override { return name.isEmpty() ? 0 : char(name[0].unicode()); }
 
     QString name;
     bool folder;
@@ -143,8 +144,10 @@ void ExpectConsistent(const ColumnListView &view)
     for (int index = 0; index < view.CountItems(); index++) {
         ASSERT_EQ(view.IndexOf(view.ItemAt(index)), index);
         ASSERT_EQ(view.model()->index(index, 0).data().toString(), Name(view.ItemAt(index)));
+        ASSERT_EQ(view.SearchBytes().at(size_t(index)), view.ItemAt(index)->SearchByte());
     }
     EXPECT_EQ(view.model()->rowCount(), view.CountItems());
+    EXPECT_EQ(view.SearchBytes().size(), size_t(view.CountItems()));
 }
 
 void InsertRows(ColumnListView &view, const std::vector<int> &indexes)

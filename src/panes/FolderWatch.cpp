@@ -8,8 +8,16 @@
 
 #include <QMetaObject>
 #include <QObject>
+#include <QTimer>
+#include <algorithm>
 
 namespace kestrin {
+
+namespace {
+
+constexpr qint64 kBatchGapMs = 100;
+
+} // namespace
 
 FolderWatch::FolderWatch(QObject &context, FolderRows &rows, Hooks hooks)
     : fContext(context)
@@ -114,13 +122,20 @@ void FolderWatch::Schedule()
     if (fScheduled)
         return;
     fScheduled = true;
-    QMetaObject::invokeMethod(
-        &fContext, [this] { ApplyPending(); }, Qt::QueuedConnection);
+    // A burst of changes in a big folder comes as batch after batch, each of
+    // which has the view lay out every row again. Ten batches a second at the
+    // most leave the GUI thread the time to read the kernel's events, which
+    // it would otherwise drop once their queue is full.
+    const qint64 since = fSinceApplied.isValid() ? fSinceApplied.elapsed() : kBatchGapMs;
+    QTimer::singleShot(int(std::max<qint64>(0, kBatchGapMs - since)), &fContext, [this] {
+        ApplyPending();
+    });
 }
 
 void FolderWatch::ApplyPending()
 {
     fScheduled = false;
+    fSinceApplied.start();
     if (fHooks.listing() || !fWatching)
         return;
     fRows.ApplyLater(fPath, fHooks.style(), &fContext, [this](bool changed) {

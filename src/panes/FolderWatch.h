@@ -4,6 +4,7 @@
 #include "platform/EntryRef.h"
 #include "platform/Errors.h"
 
+#include <QElapsedTimer>
 #include <functional>
 #include <string>
 
@@ -69,6 +70,7 @@ private:
     std::string fPath;
     node_ref fNode;
     bool fScheduled = false;
+    QElapsedTimer fSinceApplied; // since the last batch was asked for
 };
 
 } // namespace kestrin

@@ -59,34 +59,6 @@ status_t FtpDataChannel::ReceiveToFile(platform::File &file,
     return B_OK;
 }
 
-void FtpDataChannel::SendFile(platform::File &file,
-                              int64_t *sent,
-                              const Progress &progress,
-                              const bool &cancelled)
-{
-    // sendfile spares a copy of every byte through this process, which is
-    // what keeps an upload ahead of a client that reads and sends.
-    while (!cancelled) {
-        const ssize_t count = data.SendFile(file, kFileReadSize);
-        if (count == B_UNSUPPORTED)
-            break;
-        if (count <= 0)
-            return;
-        *sent += count;
-        // A 0 from the callback would skip the rest of a block only; the
-        // block is already gone, so it changes nothing here.
-        if (progress)
-            progress(*sent);
-    }
-    const std::unique_ptr<char[]> block(new char[kFileReadSize]);
-    while (!cancelled) {
-        const ssize_t read = file.Read(block.get(), kFileReadSize);
-        // After a failed send the rest of the file could only fail too.
-        if (read <= 0 || !SendBlock(block.get(), size_t(read), sent, progress))
-            return;
-    }
-}
-
 bool FtpDataChannel::SendBlock(const char *block,
                                size_t size,
                                int64_t *sent,

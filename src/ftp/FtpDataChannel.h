@@ -41,14 +41,6 @@ public:
     // The block of a file's transfer, either way.
     static constexpr size_t kFileReadSize = 1024 * 1024;
 
-    // Sends `file` from its position to its end (or until a send fails, or
-    // `cancelled` becomes true), inside the kernel where the system can,
-    // with a progress call after every block of up to kFileReadSize.
-    void SendFile(platform::File &file,
-                  int64_t *sent,
-                  const Progress &progress,
-                  const bool &cancelled);
-
     // Sends one block, going on after short sends; a 0 from progress
     // abandons the rest of the block. False when the connection failed.
     bool SendBlock(const char *block, size_t size, int64_t *sent, const Progress &progress);

@@ -555,8 +555,18 @@ int clsFTP::Upload(const char *localPath, const char *remoteName, bool binary, b
     file.Seek(0, SEEK_SET);
     ReportFormatted(-1, "Sending %lld bytes to server.", static_cast<long long>(expected));
     int64_t sent = 0;
-    channel.SendFile(
-        file, &sent, [&](int64_t done) { return ReportProgress(done, expected); }, fCancelled);
+    // A 0 from the callback skips the rest of a block only; uploads are not
+    // stopped that way.
+    const auto progress = [&](int64_t done) { return ReportProgress(done, expected); };
+    // Large blocks as for downloads: a blocking send takes a whole block at
+    // once, so each is one read, one send and one progress call.
+    const std::unique_ptr<char[]> block(new char[FtpDataChannel::kFileReadSize]);
+    while (!fCancelled) {
+        const ssize_t read = file.Read(block.get(), FtpDataChannel::kFileReadSize);
+        // After a failed send the rest of the file could only fail too.
+        if (read <= 0 || !channel.SendBlock(block.get(), size_t(read), &sent, progress))
+            break;
+    }
     return EndUpload(&channel);
 }
 

@@ -1,6 +1,5 @@
 #include "platform/TcpSocket.h"
 
-#include "platform/File.h"
 #include "platform/SocketInterrupt.h"
 
 #include <arpa/inet.h>
@@ -9,7 +8,6 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <poll.h>
-#include <sys/sendfile.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -205,17 +203,6 @@ ssize_t TcpSocket::Send(const void *data, size_t size)
     do {
         sent = send(fFD, data, size, MSG_NOSIGNAL);
     } while (sent < 0 && errno == EINTR);
-    return sent < 0 ? ssize_t(LastError()) : sent;
-}
-
-ssize_t TcpSocket::SendFile(File &file, size_t size)
-{
-    ssize_t sent;
-    do {
-        sent = sendfile(fFD, file.FD(), nullptr, size);
-    } while (sent < 0 && errno == EINTR);
-    if (sent < 0 && (errno == EINVAL || errno == ENOSYS))
-        return B_UNSUPPORTED;
     return sent < 0 ? ssize_t(LastError()) : sent;
 }
 

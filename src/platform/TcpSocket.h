@@ -9,8 +9,6 @@
 
 namespace platform {
 
-class File;
-
 class SocketInterrupt;
 
 // An IPv4 address and port, both in host byte order.
@@ -64,11 +62,6 @@ public:
     status_t SendAll(const void *data, size_t size);
     // One receive; the count, 0 when the peer has closed, or a negative status.
     ssize_t Receive(void *buffer, size_t size);
-    // Sends up to `size` bytes of `file` from its position on, moving the
-    // position, inside the kernel (sendfile): the bytes never pass through
-    // this process. Bytes sent, 0 at the file's end, or a status;
-    // B_UNSUPPORTED where this file cannot be sent that way.
-    ssize_t SendFile(File &file, size_t size);
 
     // Waits until the socket can be read (or written) without blocking.
     // B_OK when ready, B_TIMED_OUT, B_BAD_DATA when urgent data is pending,

@@ -56,6 +56,6 @@ int main(int argc, char **argv)
                 argv[1],
                 result,
                 ftp.ReplyText());
-    ftp.Disconnect();
+    ftp.Leave();
     return result == 0 ? 0 : 1;
 }

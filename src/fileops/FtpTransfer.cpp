@@ -126,7 +126,7 @@ void FtpTransfer::Run()
             DownloadAll();
         else
             UploadAll();
-        fFtp->Disconnect();
+        fFtp->Leave();
     }
     fControl.SetStopAction(nullptr);
 }
@@ -156,7 +156,7 @@ bool FtpTransfer::Connect()
                                  TransferAlert(fDownload,
                                                "Kestrin cannot open \"" + fRemoteFolder
                                                    + "\" on the server: " + fFtp->ReplyText()));
-        fFtp->Disconnect();
+        fFtp->Leave();
         return false;
     }
     return true;

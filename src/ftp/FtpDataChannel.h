@@ -38,8 +38,10 @@ public:
                            int64_t *total,
                            const Progress &progress,
                            const bool &cancelled);
-    // The block of a file's transfer, either way.
+    // The block of a download.
     static constexpr size_t kFileReadSize = 1024 * 1024;
+    // The block of an upload.
+    static constexpr size_t kSendSize = 64 * 1024;
 
     // Sends one block, going on after short sends; a 0 from progress
     // abandons the rest of the block. False when the connection failed.

@@ -177,6 +177,7 @@ status_t FileCopier::CopyData(platform::File &source,
     if (target.CloneFrom(source) == B_OK && target.GetSize(&size) == B_OK)
         return Reported(size, leafName, size) ? B_OK : kStopped;
 
+    source.AdviseSequential();
     size_t chunk = kBufferSize;
     int64_t total = 0;
     for (;;) {

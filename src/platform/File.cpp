@@ -223,6 +223,12 @@ ssize_t File::CopyFrom(File &source, size_t size)
     return done < 0 ? LastError() : done;
 }
 
+void File::AdviseSequential()
+{
+    if (fFD >= 0)
+        posix_fadvise(fFD, 0, 0, POSIX_FADV_SEQUENTIAL);
+}
+
 status_t File::CloneFrom(const File &source)
 {
     if (fFD < 0 || source.fFD < 0)

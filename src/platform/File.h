@@ -65,6 +65,9 @@ public:
     // room until one of the two is written. B_UNSUPPORTED where the file
     // system, or this pair of volumes, cannot share extents; then CopyFrom.
     status_t CloneFrom(const File &source);
+    // Tells the system the file will be read from start to end once
+    // (POSIX_FADV_SEQUENTIAL), as cp does before copying it.
+    void AdviseSequential();
     // The permission bits (chmod of the open file).
     status_t SetPermissions(mode_t mode);
     status_t GetSize(off_t *size) const;

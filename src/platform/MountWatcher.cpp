@@ -160,6 +160,7 @@ void Watcher::Check()
         Message message(B_NODE_MONITOR);
         message.AddInt32("opcode", B_DEVICE_UNMOUNTED);
         message.AddInt32("device", int32_t(volume.Device()));
+        message.AddString("path", volume.MountPath());
         changes.push_back(std::move(message));
     }
     std::vector<dev_t> come;
@@ -172,6 +173,7 @@ void Watcher::Check()
         message.AddInt32("opcode", B_DEVICE_MOUNTED);
         message.AddInt32("new device", int32_t(volume.Device()));
         message.AddInt32("device", int32_t(MountedOn(volume)));
+        message.AddString("path", volume.MountPath());
         changes.push_back(std::move(message));
     }
     fKnown = std::move(now);

@@ -21,6 +21,10 @@ class Handler;
 //                       "device" (int32): the volume holding the folder it was
 //                       mounted on, 0 when that cannot be told
 //
+// Both also carry "path" (string), the mount point: an anonymous device
+// number freed by one volume is handed to the next, so a device number alone
+// may name two volumes in a row.
+//
 // Device numbers are those of stat's st_dev, as int32 like NodeMonitor's.
 // A volume is a device: a bind mount of a mounted volume is no change.
 //

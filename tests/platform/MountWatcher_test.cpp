@@ -37,37 +37,54 @@ int32_t Int32(const Message &message, const char *field)
     return value;
 }
 
-bool IsMountOf(const Message &message, dev_t device)
+std::string Path(const Message &message)
 {
-    return message.what == B_NODE_MONITOR && Int32(message, "opcode") == B_DEVICE_MOUNTED
-           && Int32(message, "new device") == int32_t(device);
+    std::string path;
+    message.FindString("path", &path);
+    return path;
 }
 
-bool IsUnmountOf(const Message &message, dev_t device)
+// A volume is told by its device and where it is mounted: the device number
+// of a tmpfs that went is handed to the next one, wherever that is mounted.
+struct Mounted
+{
+    dev_t device;
+    std::string path;
+};
+
+bool IsMountOf(const Message &message, const Mounted &volume)
+{
+    return message.what == B_NODE_MONITOR && Int32(message, "opcode") == B_DEVICE_MOUNTED
+           && Int32(message, "new device") == int32_t(volume.device) && Path(message) == volume.path;
+}
+
+bool IsUnmountOf(const Message &message, const Mounted &volume)
 {
     return message.what == B_NODE_MONITOR && Int32(message, "opcode") == B_DEVICE_UNMOUNTED
-           && Int32(message, "device") == int32_t(device);
+           && Int32(message, "device") == int32_t(volume.device) && Path(message) == volume.path;
 }
 
 // Other programs may mount and unmount meanwhile: only messages about the
 // test's own volume count.
-std::vector<Message> About(const Recorder &recorder, dev_t device)
+std::vector<Message> About(const Recorder &recorder, const Mounted &volume)
 {
     std::vector<Message> about;
     for (const Message &message : recorder.messages)
-        if (IsMountOf(message, device) || IsUnmountOf(message, device))
+        if (IsMountOf(message, volume) || IsUnmountOf(message, volume))
             about.push_back(message);
     return about;
 }
 
 // Until the recorder has a message that `matches`; false after a bounded wait.
-bool WaitFor(const Recorder &recorder, bool (*matches)(const Message &, dev_t), dev_t device)
+bool WaitFor(const Recorder &recorder,
+             bool (*matches)(const Message &, const Mounted &),
+             const Mounted &volume)
 {
     return QTest::qWaitFor(
         [&] {
             return std::any_of(recorder.messages.begin(),
                                recorder.messages.end(),
-                               [&](const Message &message) { return matches(message, device); });
+                               [&](const Message &message) { return matches(message, volume); });
         },
         kWaitMs);
 }
@@ -130,8 +147,8 @@ TEST(MountWatcher, EveryWatcherHearsOfMountsAndUnmounts)
 
     if (!volume.Mount())
         GTEST_SKIP() << kCannotMount;
-    const dev_t device = DeviceOf(point);
-    ASSERT_NE(device, DeviceOf(root));
+    const Mounted device{DeviceOf(point), point};
+    ASSERT_NE(device.device, DeviceOf(root));
     ASSERT_TRUE(WaitFor(first, IsMountOf, device));
     // Delivered to all in one go: once the first has it, so has the second.
     for (const Recorder *recorder : {&first, &second}) {
@@ -152,7 +169,7 @@ TEST(MountWatcher, EveryWatcherHearsOfMountsAndUnmounts)
     Recorder newcomer;
     ASSERT_EQ(MountWatcher::Watch(&newcomer), B_OK);
     ASSERT_TRUE(volume.Mount());
-    const dev_t again = DeviceOf(point);
+    const Mounted again{DeviceOf(point), point};
     ASSERT_TRUE(WaitFor(newcomer, IsMountOf, again));
     EXPECT_EQ(About(newcomer, again).size(), 1u);
     EXPECT_EQ(first.messages.size(), heard);
@@ -167,9 +184,9 @@ TEST(MountWatcher, WatchersMayComeAndGoWhileReceiving)
 
     Recorder changer, stopped, late, witness;
     auto doomed = std::make_unique<Recorder>();
-    dev_t device = 0;
+    Mounted device{0, point};
     changer.onMessage = [&](Message &message) {
-        if (device == 0 || !IsMountOf(message, device))
+        if (device.device == 0 || !IsMountOf(message, device))
             return;
         MountWatcher::StopWatching(&stopped);
         doomed.reset(); // stops its own watch as it goes
@@ -184,7 +201,7 @@ TEST(MountWatcher, WatchersMayComeAndGoWhileReceiving)
 
     if (!volume.Mount())
         GTEST_SKIP() << kCannotMount;
-    device = DeviceOf(point);
+    device.device = DeviceOf(point);
     ASSERT_TRUE(WaitFor(witness, IsMountOf, device));
     EXPECT_FALSE(MountWatcher::IsWatching(&changer));
     EXPECT_TRUE(About(stopped, device).empty());
@@ -192,12 +209,8 @@ TEST(MountWatcher, WatchersMayComeAndGoWhileReceiving)
 
     volume.Unmount();
     ASSERT_TRUE(WaitFor(witness, IsUnmountOf, device));
-    // Once the volume is gone its device number is free: a test mounting
-    // meanwhile may get it, so `late`, still watching, counts unmounts only.
-    EXPECT_EQ(std::count_if(late.messages.begin(),
-                            late.messages.end(),
-                            [&](const Message &message) { return IsUnmountOf(message, device); }),
-              1);
+    ASSERT_EQ(About(late, device).size(), 1u) << "it hears of the unmount";
+    EXPECT_TRUE(IsUnmountOf(About(late, device)[0], device));
     EXPECT_EQ(About(changer, device).size(), 1u);
     EXPECT_TRUE(About(stopped, device).empty());
 }
@@ -212,16 +225,16 @@ TEST(MountWatcher, AVolumeThatTakesTheDeviceNumberOfOneJustGoneIsHeardOf)
     ASSERT_EQ(MountWatcher::Watch(&recorder), B_OK);
     if (!first.Mount())
         GTEST_SKIP() << kCannotMount;
-    const dev_t device = DeviceOf(root + "/first");
+    const Mounted device{DeviceOf(root + "/first"), root + "/first"};
     ASSERT_TRUE(WaitFor(recorder, IsMountOf, device));
 
     // Between two looks at the table: one tmpfs goes, the next one comes,
     // and the kernel hands it the anonymous device number just freed.
     first.Unmount();
     ASSERT_TRUE(second.Mount());
-    const dev_t reused = DeviceOf(root + "/second");
+    const Mounted reused{DeviceOf(root + "/second"), root + "/second"};
     ASSERT_TRUE(WaitFor(recorder, IsUnmountOf, device));
     ASSERT_TRUE(WaitFor(recorder, IsMountOf, reused));
-    if (reused == device)
-        EXPECT_EQ(About(recorder, device).size(), 3u) << "mounted, unmounted, mounted again";
+    EXPECT_EQ(About(recorder, device).size(), 2u) << "mounted and unmounted";
+    EXPECT_EQ(About(recorder, reused).size(), 1u) << "mounted, whatever device number it was given";
 }

@@ -1,3 +1,5 @@
+#include "PrivateMounts.h"
+
 #include <gtest/gtest.h>
 
 #ifdef KESTRIN_TESTS_WITH_WINDOWS
@@ -13,9 +15,11 @@ using TestApplication = QCoreApplication;
 // Every test executable runs inside an application object, so code that
 // posts to the GUI thread behaves as it does in Kestrin; the tests of
 // windows get a QApplication and the message boxes, those of the cores only
-// what the cores themselves link.
+// what the cores themselves link. Each test process mounts in a namespace
+// of its own, before any thread exists.
 int main(int argc, char **argv)
 {
+    PrivateMounts::Enter();
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     TestApplication app(argc, argv);

@@ -109,6 +109,12 @@ CopyWin::~CopyWin()
     {
         std::lock_guard lock(fControlLock);
         fStop = true;
+        fPaused = false;
+        // No grace here: whoever deletes a running window (quitting does)
+        // waits for the worker, and a silent server would hold it until the
+        // connection's time-out.
+        if (fStopAction)
+            fStopAction();
     }
     fControlChanged.notify_all();
     if (fWorker.joinable())
@@ -389,9 +395,29 @@ int32_t CopyWin::AskOverwrite(const OverwriteQuestion &question)
 
 int32_t CopyWin::FileError(const platform::Alert &alert)
 {
-    // Alerts hands the alert to the GUI thread and keeps the worker waiting
-    // for the answer, as the overwrite question does.
-    return platform::Alerts::Go(alert);
+    // Shown on the GUI thread while the worker waits, as the overwrite
+    // question is; the wait ends with a stop too, so a window deleted on
+    // quitting never joins a worker that waits for the GUI thread.
+    {
+        std::lock_guard lock(fControlLock);
+        if (fStop)
+            return 0;
+        fAlertAnswer.reset();
+    }
+    QMetaObject::invokeMethod(
+        this,
+        [this, alert] {
+            const int32_t pressed = platform::Alerts::Go(alert);
+            {
+                std::lock_guard lock(fControlLock);
+                fAlertAnswer = pressed;
+            }
+            fControlChanged.notify_all();
+        },
+        Qt::QueuedConnection);
+    std::unique_lock lock(fControlLock);
+    fControlChanged.wait(lock, [this] { return fAlertAnswer.has_value() || fStop; });
+    return fAlertAnswer.value_or(0);
 }
 
 void CopyWin::ArchiveProgress(int32_t overall,

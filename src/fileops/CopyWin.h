@@ -51,8 +51,9 @@ public:
             const platform::Message &request,
             platform::Handler *target,
             Job job = {});
-    // Stops the worker, wakes it wherever it waits on this window (pause, an
-    // overwrite question) and joins it. An alert the worker is showing through
+    // Stops the worker, cuts what it waits on (a server's connection) at once,
+    // wakes it wherever it waits on this window (pause, an overwrite question)
+    // and joins it. An alert the worker is showing through
     // platform::Alerts is answered on the GUI thread, so the window must not be
     // deleted from inside such an alert; it deletes itself once its work is done.
     ~CopyWin() override;
@@ -160,6 +161,7 @@ private:
     std::condition_variable fControlChanged;
     bool fPaused = false;
     int32_t fAnswer = 0;
+    std::optional<int32_t> fAlertAnswer;
     std::atomic<bool> fStop{false};
     std::function<void()> fStopAction; // guarded by fControlLock
 };

@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
@@ -22,6 +23,7 @@
 #include <atomic>
 #include <filesystem>
 #include <future>
+#include <thread>
 #include <gtest/gtest.h>
 
 using kestrin::CopyControl;
@@ -359,6 +361,23 @@ TEST(CopyWin, DestroyingTheWindowReleasesAWaitingWorker)
     EXPECT_EQ(OpenQuestion(), nullptr);
 }
 
+// The worker waits for an alert's answer from the GUI thread; deleting the
+// window there (quitting) must end that wait, not wait for it.
+TEST(CopyWin, DestroyingTheWindowReleasesAWorkerWaitingForAnAlert)
+{
+    std::atomic<bool> asking{false};
+    int32_t pressed = -1;
+    auto job = [&](CopyControl &control) {
+        asking = true;
+        pressed = control.FileError(platform::Alert{"", "Error", {"OK"}});
+    };
+    auto *window = OpenWindow(job);
+    while (!asking)
+        std::this_thread::yield();
+    delete window;
+    EXPECT_EQ(pressed, 0);
+}
+
 TEST(CopyWin, CopiesAFolderWithTheEngineAskingAboutAnExistingTarget)
 {
     TempHome home;
@@ -399,25 +418,39 @@ TEST(CopyWin, APackRequestPacksIntoTheDestinationAndCloses)
     EXPECT_EQ(ReadFileBytes(root + "/file"), "content");
 }
 
-// A server that goes silent in the middle of a file would hold a stop until
-// the time-out: the window cuts the connection, and the stop ends quietly,
-// leaving nothing behind.
-TEST(CopyWin, AStopIsNotHeldUpByASilentServer)
+// A server that sends the first 1,000 bytes of a file and then nothing until
+// the client hangs up.
+void SilentAfterTheFirstBlock(ScriptedServer::Session &s)
 {
-    ScriptedServer server([](ScriptedServer::Session &s) {
-        s.Send("220 hi\r\n");
-        for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "200 ok\r\n"}) {
-            s.ReadLine(); // USER, PASS, CWD /x, TYPE I
-            s.Send(reply);
-        }
-        s.ReadLine(); // SIZE f
-        s.Send("213 100000\r\n");
-        platform::TcpSocket data;
-        if (!s.SendPassiveData(&data))
-            return;
-        data.SendAll(std::string(1000, 'x').data(), 1000);
-        s.ReadLine(); // nothing more comes until the client hangs up
-    });
+    s.Send("220 hi\r\n");
+    for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "200 ok\r\n"}) {
+        s.ReadLine(); // USER, PASS, CWD /x, TYPE I
+        s.Send(reply);
+    }
+    s.ReadLine(); // SIZE f
+    s.Send("213 100000\r\n");
+    platform::TcpSocket data;
+    if (!s.SendPassiveData(&data))
+        return;
+    data.SendAll(std::string(1000, 'x').data(), 1000);
+    s.ReadLine(); // nothing more comes until the client hangs up
+}
+
+// How the user leaves a running download: the Stop button, or quitting,
+// which deletes the window.
+enum class WayOut { StopButton, Quitting };
+
+class CopyWinSilentServer : public testing::TestWithParam<WayOut>
+{
+};
+
+// A server that goes silent in the middle of a file would hold the worker
+// until the connection's time-out (a minute): the window cuts the
+// connection, and the download ends quietly, leaving nothing behind. Quitting
+// waits for the worker on the GUI thread, so it cuts at once.
+TEST_P(CopyWinSilentServer, LeavingIsNotHeldUpAndLeavesNothing)
+{
+    ScriptedServer server(SilentAfterTheFirstBlock);
     TempHome home;
     platform::AlertRecorder alerts;
     const std::string dest = home.Root() + "/dest";
@@ -434,9 +467,26 @@ TEST(CopyWin, AStopIsNotHeldUpByASilentServer)
     ASSERT_TRUE(QTest::qWaitFor([&] {
         return !fs::is_empty(dest) && fs::file_size(fs::directory_iterator(dest)->path()) == 1000;
     }));
-    QTest::mouseClick(window->findChild<QToolButton *>("StopButton"), Qt::LeftButton);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }, 30000));
+    if (GetParam() == WayOut::StopButton) {
+        QTest::mouseClick(window->findChild<QToolButton *>("StopButton"), Qt::LeftButton);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }, 30000));
+    } else {
+        QElapsedTimer deleting;
+        deleting.start();
+        delete window.data();
+        // Uncut, the worker would wait for the connection's time-out, or
+        // here for the script to give up after its five seconds; a cut takes
+        // milliseconds.
+        EXPECT_LT(deleting.elapsed(), 4000);
+    }
     server.Finish();
     EXPECT_TRUE(alerts.Shown().empty()) << alerts.Shown()[0].text;
     EXPECT_TRUE(fs::is_empty(dest));
 }
+
+INSTANTIATE_TEST_SUITE_P(WaysOut,
+                         CopyWinSilentServer,
+                         testing::Values(WayOut::StopButton, WayOut::Quitting),
+                         [](const testing::TestParamInfo<WayOut> &info) {
+                             return info.param == WayOut::StopButton ? "StopButton" : "Quitting";
+                         });

@@ -562,6 +562,14 @@ void KestrinWindow::DoDrag(platform::Message &message)
                               {"OK"}});
         return;
     }
+    // The archive routines write local files only: given a remote folder they
+    // would write into the local folder of the same path.
+    const bool archiveWork = message.what == kMsgPackRequest || message.what == kMsgUnpackRequest;
+    if (archiveWork && into.IsRemote()) {
+        MsgBox("Archives cannot be packed or unpacked into a folder on an FTP server. "
+               "Pack or unpack into a local folder, then upload from there.");
+        return;
+    }
     QString title = "Copy";
     if (message.what == kMsgPackRequest)
         title = "Packing";

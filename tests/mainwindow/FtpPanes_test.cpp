@@ -9,6 +9,7 @@
 #include "ftp/FtpSession.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/KsHeader.h"
+#include "support/TestArchives.h"
 
 #include <QSignalSpy>
 
@@ -96,4 +97,36 @@ TEST_F(FtpPanesTest, ConnectTransferDisconnectAndComeBackAtStartUp)
     EXPECT_TRUE(List(0)->Source().IsRemote());
     EXPECT_TRUE(WaitFor([&] { return Header(0) == "ftp: " + Upload(); }));
     EXPECT_TRUE(fAlerts.Shown().empty());
+}
+
+// The archive routines write local files: packing or unpacking into a pane
+// on the server would write into the local folder of the remote path (here
+// the server's own folder), so both are refused and nothing is written.
+TEST_F(FtpPanesTest, PackingOrUnpackingIntoAServerPaneIsRefused)
+{
+    WriteTestArchive(Local() + "/bundle.zip", "zip", {{"inner.txt", "inner"}});
+    kestrin::KestrinWindow &window = Start();
+    window.FocusPane(window.Panes()[1]);
+    platform::Message open(kestrin::kMsgOpenFtpSession);
+    open.AddString("session", "site.ftp");
+    window.MessageReceived(open);
+    ASSERT_TRUE(WaitFor([&] { return List(1)->FindItem("down.txt") > 0; }));
+
+    window.FocusPane(window.Panes()[0]);
+    SelectIn(0, "up.txt");
+    QTest::keyClick(List(0), Qt::Key_F5, Qt::ControlModifier);
+    SelectIn(0, "bundle.zip");
+    QTest::keyClick(List(0), Qt::Key_Return);
+    ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("inner.txt") > 0; }));
+    List(0)->Select(List(0)->FindItem("inner.txt"));
+    QTest::keyClick(List(0), Qt::Key_F5);
+
+    EXPECT_EQ(CopyTitle(), "");
+    ASSERT_EQ(fAlerts.Count(), 2u);
+    for (const platform::Alert &alert : fAlerts.Shown())
+        EXPECT_NE(alert.text.find("FTP server"), std::string::npos) << alert.text;
+    std::vector<std::string> names;
+    for (const auto &entry : fs::directory_iterator(Upload()))
+        names.push_back(entry.path().filename().string());
+    EXPECT_EQ(names, std::vector<std::string>{"down.txt"});
 }

@@ -14,7 +14,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 # shellcheck source=common.sh
 source "$root/bench/common.sh"
 repeat="${REPEAT:-5}"
-work="${1:-$(mktemp -d /var/tmp/kestrin-archives.XXXXXX)}"
+work="$(bench_work archives "${1:-}")"
 
 pane_driver="$(bench_driver kestrin-pane-driver)"
 copy_driver="$(bench_driver kestrin-copy-driver)"

@@ -19,6 +19,18 @@ bench_driver() {
     if [ -x "$build/bench/$1" ]; then echo "$build/bench/$1"; else echo "$build/src/$1"; fi
 }
 
+# bench_work NAME [FOLDER]: the benchmark's work folder as an absolute path:
+# FOLDER, made with its parents when it does not exist yet, or a new
+# temporary folder named after NAME in /var/tmp.
+bench_work() {
+    local name="$1" folder="${2:-}"
+    if [ -z "$folder" ]; then
+        mktemp -d "/var/tmp/kestrin-$name.XXXXXX"
+        return
+    fi
+    mkdir -p -- "$folder" && (cd -- "$folder" && pwd)
+}
+
 seconds() { date +%s.%N; }
 
 # elapsed COMMAND...: the command's wall time in seconds; its output is dropped.

@@ -9,7 +9,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 # shellcheck source=common.sh
 source "$root/bench/common.sh"
 repeat="${REPEAT:-5}"
-work="${1:-$(mktemp -d /var/tmp/kestrin-bench.XXXXXX)}"
+work="$(bench_work bench "${1:-}")"
 
 driver="$(bench_driver kestrin-copy-driver)"
 

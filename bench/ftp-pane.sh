@@ -12,7 +12,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 # shellcheck source=common.sh
 source "$root/bench/common.sh"
 repeat="${REPEAT:-5}"
-work="${1:-$(mktemp -d /var/tmp/kestrin-ftp-pane-bench.XXXXXX)}"
+work="$(bench_work ftp-pane-bench "${1:-}")"
 entries=10000
 
 driver="$(bench_driver kestrin-pane-driver)"

@@ -13,7 +13,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 # shellcheck source=common.sh
 source "$root/bench/common.sh"
 repeat="${REPEAT:-5}"
-work="${1:-$(mktemp -d /var/tmp/kestrin-ftp-bench.XXXXXX)}"
+work="$(bench_work ftp-bench "${1:-}")"
 size_mib=512
 
 driver="$(bench_driver kestrin-ftp-driver)"

@@ -14,7 +14,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 # shellcheck source=common.sh
 source "$root/bench/common.sh"
 repeat="${REPEAT:-5}"
-work="${1:-$(mktemp -d /var/tmp/kestrin-panes-bench.XXXXXX)}"
+work="$(bench_work panes-bench "${1:-}")"
 burst=100000
 
 driver="$(bench_driver kestrin-pane-driver)"

@@ -10,7 +10,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 # shellcheck source=common.sh
 source "$root/bench/common.sh"
 repeat="${REPEAT:-3}"
-work="${1:-$(mktemp -d /var/tmp/kestrin-query-bench.XXXXXX)}"
+work="$(bench_work query-bench "${1:-}")"
 
 driver="$(bench_driver kestrin-query-driver)"
 

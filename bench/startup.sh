@@ -15,7 +15,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 source "$root/bench/common.sh"
 repeat="${REPEAT:-10}"
 cold="${COLD:-3}"
-work="${1:-$(mktemp -d /var/tmp/kestrin-startup-bench.XXXXXX)}"
+work="$(bench_work startup-bench "${1:-}")"
 
 kestrin="$(bench_driver kestrin)"
 

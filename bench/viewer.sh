@@ -11,7 +11,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 # shellcheck source=common.sh
 source "$root/bench/common.sh"
 repeat="${REPEAT:-3}"
-work="${1:-$(mktemp -d /var/tmp/kestrin-viewer-bench.XXXXXX)}"
+work="$(bench_work viewer-bench "${1:-}")"
 needle="the-very-last-line"
 
 driver="$(bench_driver kestrin-viewer-driver)"

@@ -1,6 +1,7 @@
 #include "fileops/ArchiveExtractor.h"
 
 #include "CopyTestSupport.h"
+#include "support/SmallVolume.h"
 #include "support/TestArchives.h"
 
 #include <unistd.h>
@@ -208,6 +209,53 @@ TEST_F(ArchiveExtractorTest, EncryptedMembersAndBombsAreRefused)
     EXPECT_FALSE(Exists(dest + "/bomb"));
     ASSERT_EQ(control.errors.size(), 2u);
     EXPECT_EQ(control.errors[1].text, "Cannot Copy file.\nInsufficient space on destination.");
+}
+
+// A zip member whose size its local header leaves out, told only after the
+// data (as a zip written to a pipe has it).
+void WriteStreamedZip(const std::string &path, const std::string &name, const std::string &data)
+{
+    struct archive *out = archive_write_new();
+    archive_write_set_format_zip(out);
+    ASSERT_EQ(archive_write_open_filename(out, path.c_str()), ARCHIVE_OK);
+    struct archive_entry *entry = archive_entry_new();
+    archive_entry_set_pathname(entry, name.c_str());
+    archive_entry_set_mode(entry, S_IFREG | 0644);
+    archive_entry_unset_size(entry);
+    ASSERT_EQ(archive_write_header(out, entry), ARCHIVE_OK);
+    ASSERT_EQ(archive_write_data(out, data.data(), data.size()), la_ssize_t(data.size()));
+    archive_entry_free(entry);
+    ASSERT_EQ(archive_write_close(out), ARCHIVE_OK);
+    archive_write_free(out);
+}
+
+// Unpacking onto a volume that fills up: what fits is unpacked whole, the
+// member that does not fit leaves no partial file (its size is known before
+// its data, from the zip's directory where its header leaves it out), and
+// the archive is untouched.
+TEST_F(ArchiveExtractorTest, AFullDiskLeavesNoPartialMember)
+{
+    SmallVolume volume(home.Root() + "/small");
+    if (!volume.Mount())
+        GTEST_SKIP() << SmallVolume::kCannotMount;
+    const std::string big = RandomBytes(2 << 20, 7);
+    const std::string archive = src + "/both.tar.gz";
+    WriteTestArchive(archive, "tar.gz", {{"fits.txt", RandomBytes(300 << 10, 8)}, {"big.bin", big}});
+    const std::string archiveBytes = *ReadFileBytes(archive);
+    Run(Unpack(archive, "", {}, {"fits.txt", "big.bin"}), volume.Path());
+    EXPECT_EQ(ReadFileBytes(volume.Path() + "/fits.txt")->size(), size_t(300 << 10));
+    EXPECT_FALSE(Exists(volume.Path() + "/big.bin"));
+    ASSERT_EQ(control.errors.size(), 1u);
+    EXPECT_EQ(control.errors[0].text, "Cannot Copy file.\nInsufficient space on destination.");
+    EXPECT_EQ(ReadFileBytes(archive), archiveBytes);
+
+    fs::remove(volume.Path() + "/fits.txt");
+    const std::string streamed = src + "/streamed.zip";
+    WriteStreamedZip(streamed, "big.bin", big);
+    Run(Unpack(streamed, "", {}, {"big.bin"}), volume.Path());
+    EXPECT_TRUE(fs::is_empty(volume.Path()));
+    ASSERT_EQ(control.errors.size(), 2u);
+    EXPECT_EQ(control.errors[1], control.errors[0]);
 }
 
 } // namespace

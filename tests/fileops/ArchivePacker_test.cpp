@@ -3,6 +3,7 @@
 #include "CopyTestSupport.h"
 #include "fileops/ArchiveContents.h"
 #include "fileops/ArchiveExtractor.h"
+#include "support/SmallVolume.h"
 
 #include <map>
 
@@ -126,6 +127,21 @@ TEST_F(ArchivePackerTest, AnExistingArchiveIsAskedAboutAndAStoppedOrFailedPackLe
     EXPECT_EQ(Names(dest), std::vector<std::string>{"big.zip"});
     ASSERT_EQ(control.errors.size(), 1u);
     EXPECT_NE(control.errors[0].text.find("gone"), std::string::npos);
+}
+
+// A zip that outgrows its volume: the temporary file is removed, nothing
+// takes the archive's name, and the packed entries are untouched.
+TEST_F(ArchivePackerTest, AFullDiskLeavesNoArchiveAndNoTemporaryFile)
+{
+    SmallVolume volume(home.Root() + "/small");
+    if (!volume.Mount())
+        GTEST_SKIP() << SmallVolume::kCannotMount;
+    const std::string noise = RandomBytes(2 << 20, 9);
+    WriteFileBytes(src + "/noise", noise);
+    Run(Pack({src + "/noise"}, src), volume.Path());
+    EXPECT_TRUE(fs::is_empty(volume.Path())) << Names(volume.Path())[0];
+    ASSERT_EQ(control.errors.size(), 1u);
+    EXPECT_EQ(ReadFileBytes(src + "/noise"), noise);
 }
 
 } // namespace

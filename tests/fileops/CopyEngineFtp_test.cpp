@@ -15,15 +15,6 @@ using namespace kestrin;
 
 namespace {
 
-std::string RandomBytes(size_t size, unsigned seed)
-{
-    std::mt19937 generator(seed);
-    std::string bytes(size, '\0');
-    for (char &byte : bytes)
-        byte = char(generator());
-    return bytes;
-}
-
 // Every entry below `root` by its relative path, with a file's bytes ("/" for
 // a folder).
 std::map<std::string, std::string> Tree(const std::string &root)

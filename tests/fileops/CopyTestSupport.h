@@ -13,6 +13,7 @@
 
 #include <QTemporaryDir>
 #include <deque>
+#include <random>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
@@ -141,6 +142,16 @@ inline void SetModified(const std::string &path, time_t when)
 {
     const struct timespec times[2] = {{when, 0}, {when, 0}};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << path;
+}
+
+// Bytes that no compressor shrinks, the same for the same seed.
+inline std::string RandomBytes(size_t size, unsigned seed)
+{
+    std::mt19937 generator(seed);
+    std::string bytes(size, '\0');
+    for (char &byte : bytes)
+        byte = char(generator());
+    return bytes;
 }
 
 inline bool Exists(const std::string &path)

@@ -2,6 +2,7 @@
 
 #include "CopyTestSupport.h"
 #include "fileops/KestrinEntry.h"
+#include "support/SmallVolume.h"
 
 #include <QProcess>
 #include <fcntl.h>
@@ -104,12 +105,10 @@ TEST_F(FileCopierTest, TotalsPastTwoGiBWrapInThirtyTwoBits)
 
 TEST_F(FileCopierTest, AFullVolumeRefusesOrCleansUp)
 {
-    const std::string small = home.Root() + "/small";
-    fs::create_directory(small);
-    if (mount("tmpfs", small.c_str(), "tmpfs", 0, "size=1m") != 0)
-        GTEST_SKIP() << "cannot mount a small tmpfs here";
-    const std::shared_ptr<void> unmount(nullptr,
-                                        [&](void *) { umount2(small.c_str(), MNT_DETACH); });
+    SmallVolume volume(home.Root() + "/small");
+    if (!volume.Mount())
+        GTEST_SKIP() << SmallVolume::kCannotMount;
+    const std::string &small = volume.Path();
 
     // 256 blocks of 4 KiB, 128 kept spare: 100 KiB fit, 600 KiB do not.
     WriteFileBytes(src + "/fits", Pattern(100 * 1024));

@@ -5,6 +5,7 @@
 #include "platform/NodeMonitor.h"
 
 #include "MessageRecorder.h"
+#include "support/SmallVolume.h"
 #include "support/TempHome.h"
 
 #include <QTest>
@@ -13,7 +14,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <vector>
 
@@ -96,41 +96,6 @@ dev_t DeviceOf(const std::string &path)
     return info.st_dev;
 }
 
-// A small tmpfs on a folder of its own, gone with the object whatever the
-// test's fate.
-class TmpfsMount
-{
-public:
-    explicit TmpfsMount(const std::string &path)
-        : fPath(path)
-    {
-        fs::create_directories(path);
-    }
-    ~TmpfsMount() { Unmount(); }
-
-    TmpfsMount(const TmpfsMount &) = delete;
-    TmpfsMount &operator=(const TmpfsMount &) = delete;
-
-    bool Mount()
-    {
-        fMounted = mount("kestrin-test", fPath.c_str(), "tmpfs", 0, "size=64k") == 0;
-        return fMounted;
-    }
-
-    void Unmount()
-    {
-        if (fMounted)
-            umount2(fPath.c_str(), MNT_DETACH);
-        fMounted = false;
-    }
-
-private:
-    std::string fPath;
-    bool fMounted = false;
-};
-
-constexpr const char *kCannotMount = "mounting needs a privilege this test does not have";
-
 } // namespace
 
 TEST(MountWatcher, EveryWatcherHearsOfMountsAndUnmounts)
@@ -138,7 +103,7 @@ TEST(MountWatcher, EveryWatcherHearsOfMountsAndUnmounts)
     TempHome home;
     const std::string root = fs::canonical(home.Root()).string();
     const std::string point = root + "/volume";
-    TmpfsMount volume(point);
+    SmallVolume volume(point);
 
     Recorder first, second;
     ASSERT_EQ(MountWatcher::Watch(&first), B_OK);
@@ -146,7 +111,7 @@ TEST(MountWatcher, EveryWatcherHearsOfMountsAndUnmounts)
     ASSERT_EQ(MountWatcher::Watch(&first), B_OK) << "watching twice is one watch";
 
     if (!volume.Mount())
-        GTEST_SKIP() << kCannotMount;
+        GTEST_SKIP() << SmallVolume::kCannotMount;
     const Mounted device{DeviceOf(point), point};
     ASSERT_NE(device.device, DeviceOf(root));
     ASSERT_TRUE(WaitFor(first, IsMountOf, device));
@@ -180,7 +145,7 @@ TEST(MountWatcher, WatchersMayComeAndGoWhileReceiving)
     TempHome home;
     const std::string root = fs::canonical(home.Root()).string();
     const std::string point = root + "/volume";
-    TmpfsMount volume(point);
+    SmallVolume volume(point);
 
     Recorder changer, stopped, late, witness;
     auto doomed = std::make_unique<Recorder>();
@@ -200,7 +165,7 @@ TEST(MountWatcher, WatchersMayComeAndGoWhileReceiving)
         ASSERT_EQ(MountWatcher::Watch(handler), B_OK);
 
     if (!volume.Mount())
-        GTEST_SKIP() << kCannotMount;
+        GTEST_SKIP() << SmallVolume::kCannotMount;
     device.device = DeviceOf(point);
     ASSERT_TRUE(WaitFor(witness, IsMountOf, device));
     EXPECT_FALSE(MountWatcher::IsWatching(&changer));
@@ -219,12 +184,12 @@ TEST(MountWatcher, AVolumeThatTakesTheDeviceNumberOfOneJustGoneIsHeardOf)
 {
     TempHome home;
     const std::string root = fs::canonical(home.Root()).string();
-    TmpfsMount first(root + "/first");
-    TmpfsMount second(root + "/second");
+    SmallVolume first(root + "/first");
+    SmallVolume second(root + "/second");
     Recorder recorder;
     ASSERT_EQ(MountWatcher::Watch(&recorder), B_OK);
     if (!first.Mount())
-        GTEST_SKIP() << kCannotMount;
+        GTEST_SKIP() << SmallVolume::kCannotMount;
     const Mounted device{DeviceOf(root + "/first"), root + "/first"};
     ASSERT_TRUE(WaitFor(recorder, IsMountOf, device));
 

@@ -1,5 +1,6 @@
 #include "MessageRecorder.h"
 #include "TempHome.h"
+#include "SmallVolume.h"
 #include "UnprivilegedRerun.h"
 #include "platform/AlertRecorder.h"
 #include "query/ContentSearch.h"
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;
@@ -85,12 +85,10 @@ TEST(QueryWalk, StaysOnTheRootsDevice)
 {
     TempHome home;
     const std::string root = home.Root() + "/tree";
-    const std::string mounted = root + "/mounted";
-    fs::create_directories(mounted);
-    if (mount("kestrin-query", mounted.c_str(), "tmpfs", 0, "size=64k") != 0)
-        GTEST_SKIP() << "cannot mount a tmpfs here";
-    const std::shared_ptr<void> unmount(nullptr,
-                                        [&](void *) { umount2(mounted.c_str(), MNT_DETACH); });
+    SmallVolume volume(root + "/mounted", "64k");
+    if (!volume.Mount())
+        GTEST_SKIP() << SmallVolume::kCannotMount;
+    const std::string &mounted = volume.Path();
     WriteFileBytes(mounted + "/inner", "");
     WriteFileBytes(root + "/outer", "");
 

@@ -220,7 +220,18 @@ void DirView::ListingArrived(std::shared_ptr<FolderLister::Job> job)
     if (job->openStatus == B_OK)
         PumpProgress();
     fJob.reset();
+    // A folder that was there when it was asked for (it could be watched,
+    // or it was read before) and is gone by the time it is read is as gone
+    // as one removed while shown: its removal event went with its watch, or
+    // with the events the kernel dropped in a burst. A folder that never was
+    // there stays a quiet empty pane.
+    const std::string path = CurrentPath();
+    const bool vanished = job->openStatus != B_OK && fSource->IsLocalFolder()
+                          && (fWatch.IsWatching() || path == fLastOpenedFolder)
+                          && !platform::IsFolder(path);
     fLastOpenStatus = job->openStatus;
+    if (job->openStatus == B_OK)
+        fLastOpenedFolder = path;
     fSource->Listed(*job);
     if (job->openStatus == B_OK) {
         AddList(std::move(job->rows));
@@ -228,7 +239,8 @@ void DirView::ListingArrived(std::shared_ptr<FolderLister::Job> job)
     } else {
         StopNodeMonitoring();
     }
-    ErrorCheck(job->readStatus);
+    if (!vanished)
+        ErrorCheck(job->readStatus);
     if (job->openStatus == B_OK && fWatchStatus != B_OK)
         ErrorCheck(fWatchStatus);
     RecolorRows();
@@ -239,6 +251,8 @@ void DirView::ListingArrived(std::shared_ptr<FolderLister::Job> job)
     if (Continuation then = std::exchange(fAfterListing, nullptr))
         then();
     emit ListingFinished();
+    if (vanished)
+        LeaveVanishedFolder();
 }
 
 bool DirView::ErrorCheck(status_t status)
@@ -367,6 +381,11 @@ void DirView::FolderVanished()
     if (!fWatch.IsWatching())
         return;
     StopNodeMonitoring();
+    LeaveVanishedFolder();
+}
+
+void DirView::LeaveVanishedFolder()
+{
     ErrorCheck(B_NOT_A_DIRECTORY);
     std::string folder = CurrentPath();
     while (folder != "/" && !platform::IsFolder(folder))

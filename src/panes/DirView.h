@@ -180,6 +180,8 @@ private:
     void EndProgress();
     bool ErrorCheck(status_t status);
     void FolderVanished();
+    // To the nearest folder still there, or home, with the alert that says so.
+    void LeaveVanishedFolder();
     void RecolorRows();
     void RowsChanged();
     RowStyle Style() const;
@@ -195,6 +197,7 @@ private:
 
     status_t fWatchStatus = B_OK;
     status_t fLastOpenStatus = B_OK;
+    std::string fLastOpenedFolder;
 
     // The listing in flight, its progress and what follows it.
     std::shared_ptr<FolderLister::Job> fJob;

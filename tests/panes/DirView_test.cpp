@@ -1,4 +1,5 @@
 #include "PaneTestSupport.h"
+#include "support/UnprivilegedRerun.h"
 
 #include "panes/PaneCommands.h"
 #include "platform/Entry.h"
@@ -384,6 +385,46 @@ TEST_F(DirViewTest, AFolderDeletedWhileShownGivesWayToItsParent)
     EXPECT_EQ(fAlerts.Shown().front().text,
               "The directory, " + Folder() + "/x/y, is not valid.\nThe volume may not be mounted.");
     EXPECT_EQ(RowNames(view), std::vector<std::string>{".."});
+}
+
+// Fault drills: a folder that goes while its listing is read, and one that
+// stops being readable while it is shown. Neither crashes nor leaves the pane
+// without a place: the pane stands in the nearest folder that is there.
+TEST_F(DirViewTest, AFolderThatGoesWhileItIsListedGivesWayToItsParent)
+{
+    fs::create_directory(Folder() + "/big");
+    for (int i = 0; i < 20000; i++)
+        MakeFile(Folder() + "/big/f" + std::to_string(i));
+    DirView &view = Open(Folder());
+    view.Select(view.FindItem("big"));
+    Key(Qt::Key_Return);
+    ASSERT_TRUE(view.IsListing());
+    fs::remove_all(Folder() + "/big");
+    EXPECT_TRUE(WaitFor([&] { return view.CurrentPath() == Folder() && !view.IsListing(); }, 30000))
+        << view.CurrentPath() << " listing " << view.IsListing() << " alerts " << fAlerts.Count();
+    EXPECT_EQ(RowNames(view), std::vector<std::string>{".."});
+    EXPECT_LE(fAlerts.Count(), 1u);
+}
+
+TEST_F(DirViewTest, AFolderThatBecomesUnreadableKeepsThePaneUsable)
+{
+    if (UnprivilegedRerun::Delegated())
+        return;
+    fs::create_directory(Folder() + "/closed");
+    MakeFile(Folder() + "/closed/inside");
+    DirView &view = Open(Folder() + "/closed");
+    ASSERT_GT(view.FindItem("inside"), 0);
+    chmod((Folder() + "/closed").c_str(), 0);
+    Relist([&] { view.Refresh(); });
+    EXPECT_TRUE(WaitFor([&] { return !view.IsListing(); }));
+    std::vector<std::string> shown;
+    for (const platform::Alert &alert : fAlerts.Shown())
+        shown.push_back(alert.text);
+    EXPECT_EQ(shown, std::vector<std::string>{}) << view.CurrentPath();
+    EXPECT_EQ(view.CurrentPath(), Folder() + "/closed");
+    chmod((Folder() + "/closed").c_str(), 0755);
+    Relist([&] { view.Refresh(); });
+    EXPECT_GT(view.FindItem("inside"), 0);
 }
 
 TEST_F(DirViewTest, OpeningRows)

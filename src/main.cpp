@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <chrono>
+#include <cstdio>
 
 int main(int argc, char **argv)
 {
@@ -25,9 +26,19 @@ int main(int argc, char **argv)
     for (int i = 1; i < argc; i++)
         arguments.emplace_back(argv[i]);
     // One Kestrin a session: a second start only hands its arguments over.
+    // It never runs beside the first, whose settings it would overwrite.
+    using HandOver = kestrin::FileManagerBus::HandOver;
     const QDBusConnection bus = kestrin::FileManagerBus::SessionBus();
-    if (kestrin::FileManagerBus::HandOverToRunning(bus, arguments))
+    std::string why;
+    switch (kestrin::FileManagerBus::HandOverToRunning(bus, arguments, &why)) {
+    case HandOver::HandedOver:
         return 0;
+    case HandOver::Refused:
+        std::fprintf(stderr, "kestrin: %s\n", why.c_str());
+        return 1;
+    case HandOver::Alone:
+        break;
+    }
 
     kestrin::KestrinApplication kestrin;
     if (kestrin::StartupMarker::Wanted())

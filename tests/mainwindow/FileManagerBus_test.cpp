@@ -2,6 +2,7 @@
 
 #include "MainWindowTestSupport.h"
 
+#include "app/AppInfo.h"
 #include "fileops/GetInfo.h"
 #include "mainwindow/FileManagerBus.h"
 
@@ -16,6 +17,8 @@
 using kestrin::FileManagerBus;
 
 namespace {
+
+const QString kVersionLine = QString("%1 %2\n").arg(kestrin::kProductName, kestrin::kVersion);
 
 QString Uri(const std::string &path)
 {
@@ -260,6 +263,49 @@ TEST_F(FileManagerBusTest, ASecondStartNeverOpensAWindowBesideTheOneHoldingTheNa
     EXPECT_FALSE(refused.out.contains("kestrin-startup")) << "a window of its own";
     EXPECT_FALSE(refused.wroteSettings);
     EXPECT_TRUE(refused.err.contains("Kestrin")) << refused.err.toStdString();
+}
+
+TEST_F(FileManagerBusTest, HelpVersionAndUnknownOptionsAreAnsweredWithoutTheRunningKestrin)
+{
+    Serve();
+    const SecondStart help = StartAgain({"--help"}, OnTheBus());
+    EXPECT_EQ(help.exitCode, 0) << help.err.toStdString();
+    EXPECT_TRUE(help.out.startsWith("Usage: kestrin")) << help.out.toStdString();
+    EXPECT_TRUE(StartAgain({"-h"}, OnTheBus()).out.startsWith("Usage: kestrin"));
+
+    const SecondStart version = StartAgain({"--version"}, OnTheBus());
+    EXPECT_EQ(version.exitCode, 0) << version.err.toStdString();
+    EXPECT_EQ(version.out.toStdString(), kVersionLine.toStdString());
+
+    const SecondStart unknown = StartAgain({QString::fromStdString(Home() + "/one"), "--frobnicate"},
+                                           OnTheBus());
+    EXPECT_NE(unknown.exitCode, 0);
+    EXPECT_TRUE(unknown.err.contains("--frobnicate")) << unknown.err.toStdString();
+    EXPECT_TRUE(unknown.out.isEmpty()) << unknown.out.toStdString();
+
+    for (const SecondStart &start : {help, version, unknown})
+        EXPECT_FALSE(start.wroteSettings);
+    EXPECT_EQ(fAlerts.Count(), 0u) << "the running Kestrin was handed an option";
+    EXPECT_EQ(List(0)->CurrentPath(), Home());
+}
+
+// Help and the version need neither a bus nor a display: a terminal over ssh
+// has neither.
+TEST(KestrinStart, HelpAndVersionNeedNoBusAndNoDisplay)
+{
+    QTemporaryDir runtime;
+    QProcessEnvironment bare = QProcessEnvironment::systemEnvironment();
+    for (const char *name :
+         {"DBUS_SESSION_BUS_ADDRESS", "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        bare.remove(name);
+    bare.insert("XDG_RUNTIME_DIR", runtime.path());
+    const SecondStart help = StartAgain({"--help"}, bare);
+    EXPECT_EQ(help.exitCode, 0) << help.err.toStdString();
+    EXPECT_TRUE(help.out.contains("--version")) << help.out.toStdString();
+    EXPECT_FALSE(help.wroteSettings);
+    const SecondStart version = StartAgain({"--version"}, bare);
+    EXPECT_EQ(version.exitCode, 0) << version.err.toStdString();
+    EXPECT_EQ(version.out.toStdString(), kVersionLine.toStdString());
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTimer>
 #include <QUrl>
 
 namespace kestrin {
@@ -42,17 +43,18 @@ QDBusConnection FileManagerBus::SessionBus()
     return QDBusConnection::sessionBus();
 }
 
-bool FileManagerBus::HandOverToRunning(QDBusConnection bus,
-                                       const std::vector<std::string> &arguments)
+FileManagerBus::HandOver FileManagerBus::HandOverToRunning(QDBusConnection bus,
+                                                           const std::vector<std::string> &arguments,
+                                                           std::string *why)
 {
     if (!bus.isConnected())
-        return false;
+        return HandOver::Alone;
     const auto claimed = bus.interface()
                              ->registerService(kKestrinName,
                                                QDBusConnectionInterface::DontQueueService,
                                                QDBusConnectionInterface::DontAllowReplacement);
     if (!claimed.isValid() || claimed.value() == QDBusConnectionInterface::ServiceRegistered)
-        return false;
+        return HandOver::Alone;
     // Refs are shown last to first: reversed, the last argument stays shown,
     // as on a first start.
     // Relative paths are this start's, taken from its current folder.
@@ -74,7 +76,12 @@ bool FileManagerBus::HandOverToRunning(QDBusConnection bus,
                                                        "ShowFolders");
     call << uris << startupId;
     const QDBusMessage reply = bus.call(call, QDBus::Block, kHandOverTimeoutMs);
-    return reply.type() == QDBusMessage::ReplyMessage;
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        return HandOver::HandedOver;
+    if (why != nullptr)
+        *why = "Kestrin is running but did not take the folders: "
+               + reply.errorMessage().toStdString();
+    return HandOver::Refused;
 }
 
 FileManagerBus::FileManagerBus(QDBusConnection bus, KestrinApplication *kestrin)
@@ -126,6 +133,16 @@ void FileManagerBus::Show(const QStringList &uris, const char *how, const QStrin
     }
     if (how != nullptr)
         refs.AddString(kRefsShow, how);
+    // The caller (a second start, say) waits for the answer, and showing may
+    // stop on a modal alert for a folder that is gone: the answer goes first,
+    // the showing after.
+    QTimer::singleShot(0, this, [this, refs, how, startupId] { Present(refs, how, startupId); });
+}
+
+void FileManagerBus::Present(const platform::Message &refs,
+                             const char *how,
+                             const QString &startupId)
+{
     fKestrin->RefsReceived(refs);
 
     // The token lets the desktop raise Kestrin for the application that asked.

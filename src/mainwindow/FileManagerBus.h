@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Message.h"
+
 #include <QDBusConnection>
 #include <QObject>
 #include <QStringList>
@@ -15,7 +17,7 @@ class KestrinApplication;
 // file manager has it, org.freedesktop.FileManager1, the desktop's interface
 // behind "Show in folder". Both names lead to this object at
 // /org/freedesktop/FileManager1; what it is asked to show reaches the main
-// window as refs received.
+// window as refs received, after the caller has had its answer.
 //
 // GUI thread only. Without a session bus nothing here does anything.
 class FileManagerBus : public QObject
@@ -32,12 +34,20 @@ public:
     // names none (no attempt is made to start one).
     static QDBusConnection SessionBus();
 
+    enum class HandOver {
+        Alone,      // no bus, or this start now holds the name: it is the Kestrin
+        HandedOver, // the running Kestrin took the arguments: this start is done
+        Refused,    // another holds the name but did not take the arguments
+    };
+
     // Claims org.kestrin.Kestrin on `bus`. When another Kestrin has it, that
     // one is handed `arguments` (paths or file: URLs, relative ones taken
-    // from the current folder) and true is returned: this start is done.
-    // False when this is the first Kestrin, or there is no bus, or the other
-    // one does not answer.
-    static bool HandOverToRunning(QDBusConnection bus, const std::vector<std::string> &arguments);
+    // from the current folder). On Refused, `why` (when given) says what
+    // went wrong; this start must not open a window of its own then either,
+    // or two Kestrins would write one settings file.
+    static HandOver HandOverToRunning(QDBusConnection bus,
+                                      const std::vector<std::string> &arguments,
+                                      std::string *why = nullptr);
 
     // Serves `kestrin` on `bus` (which should have been claimed first).
     FileManagerBus(QDBusConnection bus, KestrinApplication *kestrin);
@@ -53,6 +63,7 @@ public slots:
 
 private:
     void Show(const QStringList &uris, const char *how, const QString &startupId);
+    void Present(const platform::Message &refs, const char *how, const QString &startupId);
 
     QDBusConnection fBus;
     KestrinApplication *fKestrin; // not owned; outlives this object

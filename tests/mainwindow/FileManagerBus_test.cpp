@@ -2,22 +2,86 @@
 
 #include "MainWindowTestSupport.h"
 
+#include "app/AppInfo.h"
 #include "fileops/GetInfo.h"
 #include "mainwindow/FileManagerBus.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
+#include <QFileInfo>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QUrl>
 
 using kestrin::FileManagerBus;
 
 namespace {
 
+const QString kVersionLine = QString("%1 %2\n").arg(kestrin::kProductName, kestrin::kVersion);
+
 QString Uri(const std::string &path)
 {
     return QUrl::fromLocalFile(QString::fromStdString(path)).toString();
+}
+
+// Holds each alert open until `answered` holds, at most a few seconds, as
+// a modal box holds the GUI thread until the user answers it.
+class ModalAlerts : public platform::AlertRecorder
+{
+public:
+    explicit ModalAlerts(std::function<bool()> answered)
+        : fAnswered(std::move(answered))
+    {}
+
+    int Show(const platform::Alert &alert) override
+    {
+        fAnsweredFirst.push_back(QTest::qWaitFor(fAnswered, 3000));
+        return AlertRecorder::Show(alert);
+    }
+
+    // Per alert, whether `answered` held by the time it was shown.
+    std::vector<bool> fAnsweredFirst;
+
+private:
+    std::function<bool()> fAnswered;
+};
+
+// Kestrin started again as another process, in a settings folder of its own
+// and with the start-up marker on: a start that opens a window prints its
+// paint times and quits, rather than running on.
+struct SecondStart
+{
+    int exitCode = -1;
+    QString out;
+    QString err;
+    bool wroteSettings = false;
+};
+
+SecondStart StartAgain(const QStringList &arguments, const QProcessEnvironment &environment)
+{
+    QTemporaryDir config;
+    QProcessEnvironment own = environment;
+    own.insert("XDG_CONFIG_HOME", config.path());
+    own.insert("KESTRIN_STARTUP_MARKER", "1");
+    QProcess process;
+    process.setProcessEnvironment(own);
+    process.start(KESTRIN_EXECUTABLE, arguments);
+    SecondStart result;
+    if (!process.waitForStarted())
+        return result;
+    if (!WaitFor([&] { return process.state() == QProcess::NotRunning; }, 30000)) {
+        process.kill();
+        process.waitForFinished();
+        result.err = "still running";
+        return result;
+    }
+    if (process.exitStatus() == QProcess::NormalExit)
+        result.exitCode = process.exitCode();
+    result.out = QString::fromUtf8(process.readAllStandardOutput());
+    result.err += QString::fromUtf8(process.readAllStandardError());
+    result.wroteSettings = QFileInfo::exists(config.path() + "/Kestrin/Kestrin.pref");
+    return result;
 }
 
 class FileManagerBusTest : public KestrinFixture
@@ -48,6 +112,13 @@ protected:
         fDaemon.waitForFinished();
     }
 
+    QProcessEnvironment OnTheBus() const
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DBUS_SESSION_BUS_ADDRESS", fAddress);
+        return environment;
+    }
+
     QDBusConnection Bus(const QString &name)
     {
         return QDBusConnection::connectToBus(fAddress, name);
@@ -56,21 +127,26 @@ protected:
     // Serves the window as main does: the name claimed first, then the object.
     void Serve()
     {
-        ASSERT_FALSE(FileManagerBus::HandOverToRunning(Bus("kestrin"), {}))
+        ASSERT_EQ(FileManagerBus::HandOverToRunning(Bus("kestrin"), {}), FileManagerBus::HandOver::Alone)
             << "no Kestrin runs yet: this one claims the name";
         fService = std::make_unique<FileManagerBus>(Bus("kestrin"), fKestrin.get());
     }
 
     // Calls a method of the desktop's interface as another application does,
     // the event loop running meanwhile.
-    void Call(const QString &method, const QStringList &uris)
+    QDBusPendingCall Send(const QString &method, const QStringList &uris)
     {
         QDBusMessage call = QDBusMessage::createMethodCall(FileManagerBus::kFileManagerName,
                                                            FileManagerBus::kObjectPath,
                                                            "org.freedesktop.FileManager1",
                                                            method);
         call << uris << QString("");
-        const QDBusPendingCall pending = Bus("caller").asyncCall(call);
+        return Bus("caller").asyncCall(call);
+    }
+
+    void Call(const QString &method, const QStringList &uris)
+    {
+        const QDBusPendingCall pending = Send(method, uris);
         ASSERT_TRUE(WaitFor([&] { return pending.isFinished(); }));
         ASSERT_FALSE(pending.isError()) << pending.error().message().toStdString();
     }
@@ -113,10 +189,13 @@ TEST_F(FileManagerBusTest, ShowFoldersShowItemsAndPropertiesReachTheFocusedPane)
     EXPECT_TRUE(WaitFor([&] { return Selected(1) == Home() + "/two/sub"; })) << Selected(1);
 
     Call("ShowItemProperties", {Uri(Home() + "/one/note.txt")});
-    int infos = 0;
-    for (QWidget *window : QApplication::topLevelWidgets())
-        infos += qobject_cast<kestrin::GetInfo *>(window) != nullptr && window->isVisible();
-    EXPECT_EQ(infos, 1);
+    const auto infos = [] {
+        int count = 0;
+        for (QWidget *window : QApplication::topLevelWidgets())
+            count += qobject_cast<kestrin::GetInfo *>(window) != nullptr && window->isVisible();
+        return count;
+    };
+    EXPECT_TRUE(WaitFor([&] { return infos() == 1; })) << infos();
     EXPECT_EQ(List(1)->CurrentPath(), Home() + "/two") << "properties leave the pane as it is";
     EXPECT_EQ(fAlerts.Count(), 0u);
 }
@@ -140,6 +219,93 @@ TEST_F(FileManagerBusTest, ASecondStartHandsItsFolderToTheFirstAndEnds)
     EXPECT_EQ(second.exitCode(), 0);
     // As on a first start, the last argument is the one left shown.
     EXPECT_TRUE(WaitFor([&] { return Shows(0, Home() + "/two"); })) << List(0)->CurrentPath();
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(FileManagerBusTest, TheRunningKestrinAnswersBeforeItAlertsAboutAMissingFolder)
+{
+    Serve();
+    QDBusPendingCall pending = Send("ShowFolders", {Uri(Home() + "/gone")});
+    ModalAlerts alerts([&pending] { return pending.isFinished(); });
+    ASSERT_TRUE(WaitFor([&] { return alerts.Count() == 1; }));
+    const platform::Alert expected{"Kestrin",
+                                   "There is no folder \"" + Home() + "/gone\" to show.",
+                                   {"OK"},
+                                   B_WARNING_ALERT};
+    EXPECT_EQ(alerts.Shown().front(), expected);
+    EXPECT_TRUE(alerts.fAnsweredFirst.front()) << "the caller waited on the alert";
+    ASSERT_TRUE(WaitFor([&] { return pending.isFinished(); }));
+    EXPECT_FALSE(pending.isError()) << pending.error().message().toStdString();
+}
+
+TEST_F(FileManagerBusTest, ASecondStartNeverOpensAWindowBesideTheOneHoldingTheName)
+{
+    Serve();
+    // A missing folder: the running one alerts, the second start just ends.
+    const SecondStart handed = StartAgain({QString::fromStdString(Home() + "/gone")}, OnTheBus());
+    EXPECT_EQ(handed.exitCode, 0) << handed.err.toStdString();
+    EXPECT_FALSE(handed.out.contains("kestrin-startup")) << "a window of its own";
+    EXPECT_FALSE(handed.wroteSettings);
+    EXPECT_TRUE(WaitFor([&] { return fAlerts.Count() == 1; }));
+
+    // The name is held by one that does not take the folders: the second
+    // start says so and ends, still without a window.
+    fService.reset();
+    QDBusConnection::disconnectFromBus("kestrin");
+    QDBusConnection mute = Bus("mute");
+    ASSERT_TRUE(mute.registerService(FileManagerBus::kKestrinName));
+    const SecondStart refused = StartAgain({QString::fromStdString(Home() + "/one")}, OnTheBus());
+    QDBusConnection::disconnectFromBus("mute");
+    EXPECT_NE(refused.exitCode, 0);
+    EXPECT_FALSE(refused.out.contains("kestrin-startup")) << "a window of its own";
+    EXPECT_FALSE(refused.wroteSettings);
+    EXPECT_TRUE(refused.err.contains("Kestrin")) << refused.err.toStdString();
+}
+
+TEST_F(FileManagerBusTest, HelpVersionAndUnknownOptionsAreAnsweredWithoutTheRunningKestrin)
+{
+    Serve();
+    const SecondStart help = StartAgain({"--help"}, OnTheBus());
+    EXPECT_EQ(help.exitCode, 0) << help.err.toStdString();
+    EXPECT_TRUE(help.out.startsWith("Usage: kestrin")) << help.out.toStdString();
+    EXPECT_TRUE(StartAgain({"-h"}, OnTheBus()).out.startsWith("Usage: kestrin"));
+
+    const SecondStart version = StartAgain({"--version"}, OnTheBus());
+    EXPECT_EQ(version.exitCode, 0) << version.err.toStdString();
+    EXPECT_EQ(version.out.toStdString(), kVersionLine.toStdString());
+
+    const SecondStart unknown = StartAgain({QString::fromStdString(Home() + "/one"), "--frobnicate"},
+                                           OnTheBus());
+    EXPECT_NE(unknown.exitCode, 0);
+    EXPECT_TRUE(unknown.err.contains("--frobnicate")) << unknown.err.toStdString();
+    EXPECT_TRUE(unknown.out.isEmpty()) << unknown.out.toStdString();
+
+    for (const SecondStart &start : {help, version, unknown})
+        EXPECT_FALSE(start.wroteSettings);
+    EXPECT_EQ(fAlerts.Count(), 0u) << "the running Kestrin was handed an option";
+    EXPECT_EQ(List(0)->CurrentPath(), Home());
+}
+
+// Help and the version need neither a bus nor a display: a terminal over ssh
+// has neither.
+TEST(KestrinStart, HelpAndVersionNeedNoBusAndNoDisplay)
+{
+    QTemporaryDir runtime;
+    QProcessEnvironment bare = QProcessEnvironment::systemEnvironment();
+    for (const char *name :
+         {"DBUS_SESSION_BUS_ADDRESS", "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        bare.remove(name);
+    bare.insert("XDG_RUNTIME_DIR", runtime.path());
+    const SecondStart help = StartAgain({"--help"}, bare);
+    EXPECT_EQ(help.exitCode, 0) << help.err.toStdString();
+    EXPECT_TRUE(help.out.contains("--version")) << help.out.toStdString();
+    EXPECT_FALSE(help.wroteSettings);
+    const SecondStart version = StartAgain({"--version"}, bare);
+    EXPECT_EQ(version.exitCode, 0) << version.err.toStdString();
+    EXPECT_EQ(version.out.toStdString(), kVersionLine.toStdString());
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "fileops/ArchiveExtractor.h"
 
 #include "CopyTestSupport.h"
+#include "fileops/ArchiveContents.h"
 #include "support/TestArchives.h"
 
 #include <unistd.h>
@@ -118,6 +119,22 @@ TEST_F(ArchiveExtractorTest, RefusesMembersThatWouldLandOutsideTheTarget)
                                 }))
             << name;
     }
+}
+
+TEST_F(ArchiveExtractorTest, AnArchiveOfDotUnpacksWholeWithEveryRowMarked)
+{
+    const std::string archive = src + "/dot.tar.gz";
+    WriteTestArchive(archive,
+                     "tar.gz",
+                     {FolderMember("./"), {"./a", "A"}, FolderMember("./sub/"), {"./sub/b", "B"}});
+    std::vector<std::string> folders, files;
+    for (const ArchiveContents::Item &item : ArchiveContents::List(archive, "").items)
+        (item.isFolder ? folders : files).push_back(item.name);
+    Run(Unpack(archive, "", folders, files), dest);
+
+    EXPECT_EQ(ReadFileBytes(dest + "/a"), "A");
+    EXPECT_EQ(ReadFileBytes(dest + "/sub/b"), "B");
+    EXPECT_TRUE(control.errors.empty()) << control.errors[0].text;
 }
 
 TEST_F(ArchiveExtractorTest, AnExistingTargetIsAskedAbout)

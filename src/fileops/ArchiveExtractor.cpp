@@ -35,6 +35,12 @@ std::unordered_set<std::string> Strings(const platform::Message &request, const 
     return values;
 }
 
+// What Kestrin makes on disk: anything else from an archive (a device node
+// above all, which root would make as asked) is refused.
+bool IsMadeOnDisk(mode_t mode)
+{
+    return S_ISREG(mode) || S_ISDIR(mode) || S_ISLNK(mode);
+}
 
 std::string String(const platform::Message &request, const char *field)
 {
@@ -132,6 +138,10 @@ ArchiveExtractor::Outcome ArchiveExtractor::Extract(ArchiveReader &reader,
 {
     if (!ArchiveReader::IsSafe(member.path) || !ArchiveReader::IsSafe(relative)) {
         Refuse(member.path, "its path leads outside the folder it is unpacked into");
+        return Outcome::Next;
+    }
+    if (!IsMadeOnDisk(member.info.st_mode)) {
+        Refuse(member.path, "it is a device, a pipe or a socket, not a file, a folder or a link");
         return Outcome::Next;
     }
     if (member.encrypted) {

@@ -23,9 +23,9 @@ class OverwritePolicy;
 // archive is decompressed once.
 //
 // Archives come from strangers: a member whose path is absolute or holds
-// "..", that would be written through a link, or that is encrypted is
-// refused and the others go on; the refusals are told in one alert at the
-// end. An existing target is asked
+// "..", that would be written through a link, that is a device, a pipe or a
+// socket, or that is encrypted is refused and the others go on; the
+// refusals are told in one alert at the end. An existing target is asked
 // about; a member cut short (Stop, a read or write error) leaves no partial
 // file; modes and modification times are restored, links made as links.
 // Core code, run on the copy engine's worker.

@@ -4,6 +4,7 @@
 #include "fileops/ArchiveContents.h"
 #include "support/TestArchives.h"
 
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 using namespace kestrin;
@@ -118,6 +119,38 @@ TEST_F(ArchiveExtractorTest, RefusesMembersThatWouldLandOutsideTheTarget)
     for (const char *name : {"../evil", "a/../../up", "esc/planted", "/absolute"})
         EXPECT_NE(text.find(name), std::string::npos) << name;
     EXPECT_EQ(text.find("more."), std::string::npos);
+}
+
+TEST_F(ArchiveExtractorTest, DeviceNodesAndPipesAreNeverMade)
+{
+    // Run by root, as the suite is in CI, libarchive would make them all.
+    const std::string archive = src + "/nodes.tar";
+    WriteTestArchive(archive,
+                     "tar",
+                     {NodeMember("mem", S_IFCHR, makedev(1, 1)),
+                      NodeMember("disk", S_IFBLK, makedev(8, 0)),
+                      NodeMember("pipe", S_IFIFO),
+                      {"dev/kept", "kept"},
+                      NodeMember("dev/null", S_IFCHR, makedev(1, 3))});
+    Run(Unpack(archive, "", {"dev"}, {"mem", "disk", "pipe"}), dest);
+
+    EXPECT_EQ(ReadFileBytes(dest + "/dev/kept"), "kept");
+    for (const char *name : {"mem", "disk", "pipe", "dev/null"}) {
+        struct stat info;
+        EXPECT_NE(lstat((dest + "/" + name).c_str(), &info), 0) << name;
+    }
+    ASSERT_EQ(control.errors.size(), 1u);
+    const std::string &text = control.errors[0].text;
+    EXPECT_EQ(text.substr(0, text.find('\n')), "Kestrin did not unpack 4 members:");
+    EXPECT_NE(text.find("\"mem\": it is a device, a pipe or a socket"), std::string::npos) << text;
+    EXPECT_NE(text.find("\"dev/null\""), std::string::npos) << text;
+
+    // Alone, a refused member is told of as before.
+    Run(Unpack(archive, "", {}, {"mem"}), dest);
+    ASSERT_EQ(control.errors.size(), 2u);
+    EXPECT_EQ(control.errors[1].text,
+              "Kestrin did not unpack \"mem\": it is a device, a pipe or a socket, not a file, "
+              "a folder or a link.");
 }
 
 TEST_F(ArchiveExtractorTest, AHundredThousandRefusedMembersGiveOneAlert)

@@ -40,6 +40,8 @@ private:
 void Place(Collector &collector, const ArchiveMember &member, const std::string &subPath)
 {
     const std::string &path = member.path;
+    if (path.empty())
+        return; // the archive's own top folder
     if (!ArchiveReader::IsSafe(path)) {
         if (subPath.empty())
             collector.Add(path, member.info, false, false);

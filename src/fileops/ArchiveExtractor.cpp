@@ -23,13 +23,23 @@ namespace {
 constexpr int kDiskOptions = ARCHIVE_EXTRACT_PERM | ARCHIVE_EXTRACT_TIME
                              | ARCHIVE_EXTRACT_SECURE_SYMLINKS | ARCHIVE_EXTRACT_SECURE_NODOTDOT;
 
-std::vector<std::string> Strings(const platform::Message &request, const char *field)
+// How many refusals one alert names; the rest are counted.
+constexpr size_t kRefusalsNamed = 5;
+
+std::unordered_set<std::string> Strings(const platform::Message &request, const char *field)
 {
-    std::vector<std::string> values;
+    std::unordered_set<std::string> values;
     std::string value;
     for (int32_t i = 0; request.FindString(field, i, &value) == B_OK; i++)
-        values.push_back(value);
+        values.insert(value);
     return values;
+}
+
+// What Kestrin makes on disk: anything else from an archive (a device node
+// above all, which root would make as asked) is refused.
+bool IsMadeOnDisk(mode_t mode)
+{
+    return S_ISREG(mode) || S_ISDIR(mode) || S_ISLNK(mode);
 }
 
 std::string String(const platform::Message &request, const char *field)
@@ -61,17 +71,15 @@ bool ArchiveExtractor::Chosen(const std::string &path, std::string *relative) co
 {
     if (path.size() <= fFrom.size() || path.compare(0, fFrom.size(), fFrom) != 0)
         return false;
-    const std::string rest = path.substr(fFrom.size());
-    const auto below = [&rest](const std::string &folder) {
-        return rest == folder
-               || (rest.size() > folder.size() && rest.compare(0, folder.size(), folder) == 0
-                   && rest[folder.size()] == '/');
-    };
-    if (std::find(fFiles.begin(), fFiles.end(), rest) == fFiles.end()
-        && std::none_of(fFolders.begin(), fFolders.end(), below))
-        return false;
-    *relative = rest;
-    return true;
+    std::string rest = path.substr(fFrom.size());
+    // The member itself, or one of the folders it lies in.
+    bool chosen = fFiles.count(rest) > 0 || fFolders.count(rest) > 0;
+    for (size_t slash = rest.find('/'); !chosen && slash != std::string::npos;
+         slash = rest.find('/', slash + 1))
+        chosen = fFolders.count(rest.substr(0, slash)) > 0;
+    if (chosen)
+        *relative = std::move(rest);
+    return chosen;
 }
 
 void ArchiveExtractor::Run()
@@ -121,6 +129,7 @@ void ArchiveExtractor::Run()
     archive_write_free(fDisk);
     fDisk = nullptr;
     fOverwrite = nullptr;
+    ReportRefusals();
 }
 
 ArchiveExtractor::Outcome ArchiveExtractor::Extract(ArchiveReader &reader,
@@ -129,6 +138,10 @@ ArchiveExtractor::Outcome ArchiveExtractor::Extract(ArchiveReader &reader,
 {
     if (!ArchiveReader::IsSafe(member.path) || !ArchiveReader::IsSafe(relative)) {
         Refuse(member.path, "its path leads outside the folder it is unpacked into");
+        return Outcome::Next;
+    }
+    if (!IsMadeOnDisk(member.info.st_mode)) {
+        Refuse(member.path, "it is a device, a pipe or a socket, not a file, a folder or a link");
         return Outcome::Next;
     }
     if (member.encrypted) {
@@ -239,8 +252,30 @@ void ArchiveExtractor::Progress(ArchiveReader &reader, const std::string &member
 
 void ArchiveExtractor::Refuse(const std::string &path, const std::string &why)
 {
-    CopyControl::ReportError(&fControl,
-                             UnpackAlert("Kestrin did not unpack \"" + path + "\": " + why + "."));
+    // An archive may hold a hundred thousand hostile members: the user is
+    // told once, when the run is over, rather than asked to answer each.
+    if (fRefusals.size() < kRefusalsNamed)
+        fRefusals.push_back("\"" + path + "\": " + why + ".");
+    fRefusalCount++;
+}
+
+void ArchiveExtractor::ReportRefusals()
+{
+    if (fRefusalCount == 0)
+        return;
+    std::string text = "Kestrin did not unpack ";
+    if (fRefusalCount == 1) {
+        text += fRefusals.front();
+    } else {
+        text += std::to_string(fRefusalCount) + " members:";
+        for (const std::string &refusal : fRefusals)
+            text += "\n" + refusal;
+        if (fRefusalCount > int64_t(fRefusals.size()))
+            text += "\nand " + std::to_string(fRefusalCount - int64_t(fRefusals.size())) + " more.";
+    }
+    fRefusals.clear();
+    fRefusalCount = 0;
+    CopyControl::ReportError(&fControl, UnpackAlert(text));
 }
 
 } // namespace kestrin

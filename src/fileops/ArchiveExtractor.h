@@ -2,7 +2,9 @@
 
 #include "platform/Message.h"
 
+#include <cstdint>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 struct archive;
@@ -21,8 +23,9 @@ class OverwritePolicy;
 // archive is decompressed once.
 //
 // Archives come from strangers: a member whose path is absolute or holds
-// "..", that would be written through a link, or that is encrypted is
-// refused with an alert and the others go on. An existing target is asked
+// "..", that would be written through a link, that is a device, a pipe or a
+// socket, or that is encrypted is refused and the others go on; the
+// refusals are told in one alert at the end. An existing target is asked
 // about; a member cut short (Stop, a read or write error) leaves no partial
 // file; modes and modification times are restored, links made as links.
 // Core code, run on the copy engine's worker.
@@ -46,17 +49,24 @@ private:
     bool HasRoomFor(const ArchiveMember &member, const std::string &target);
     Outcome CopyData(ArchiveReader &reader, const ArchiveMember &member, const std::string &target);
     void Refuse(const std::string &path, const std::string &why);
+    // One alert for every refusal of the run, however many there were.
+    void ReportRefusals();
     void Progress(ArchiveReader &reader, const std::string &member, int64_t done);
 
     std::string fArchive;
     std::string fFrom;
-    std::vector<std::string> fFolders;
-    std::vector<std::string> fFiles;
+    // Sets: with every row of a big archive marked, each member is looked up.
+    std::unordered_set<std::string> fFolders;
+    std::unordered_set<std::string> fFiles;
     std::string fDestination;
     CopyControl &fControl;
     OverwritePolicy *fOverwrite = nullptr;
     struct archive *fDisk = nullptr;
     bool fStopped = false;
+    // The first few refusals, each as "\"<member>\": <why>", and how many
+    // there were in all.
+    std::vector<std::string> fRefusals;
+    int64_t fRefusalCount = 0;
 };
 
 } // namespace kestrin

@@ -101,10 +101,14 @@ std::string ArchiveReader::Regular(const std::string &path)
             continue;
         regular += c;
     }
-    while (regular.size() > 2 && regular.compare(0, 2, "./") == 0)
+    // Made of ".", an archive names every member "./..." and the folder
+    // itself "./": that one is no member of its own.
+    while (regular.compare(0, 2, "./") == 0)
         regular.erase(0, 2);
     while (regular.size() > 1 && regular.back() == '/')
         regular.pop_back();
+    if (regular == ".")
+        regular.clear();
     return regular;
 }
 

@@ -15,7 +15,8 @@ namespace kestrin {
 struct ArchiveMember
 {
     // The path as the archive names it, made regular: no leading "./", no
-    // doubled or trailing "/". An absolute path keeps its leading "/".
+    // doubled or trailing "/". An absolute path keeps its leading "/"; the
+    // folder an archive was made of ("." or "./") is "".
     std::string path;
     struct stat info = {};
     // For a symbolic link, where it leads; for a hard link, the member it

@@ -125,16 +125,16 @@ void DirListItem::Fill(const platform::ScannedEntry &entry)
     fModificationTime = info.st_mtime;
     fPermissions = uint16_t(info.st_mode & 0777);
     fMode = info.st_mode;
-    if (S_ISREG(info.st_mode)) {
-        fIsFolder = false;
+    fIsLink = S_ISLNK(info.st_mode);
+    if (fIsLink && entry.targetKnown)
+        fMode = entry.targetMode;
+    if (S_ISREG(info.st_mode))
         fSize = info.st_size;
-    } else if (S_ISLNK(info.st_mode)) {
-        fIsLink = true;
-        if (entry.targetKnown) {
-            fMode = entry.targetMode;
-            fIsFolder = !S_ISREG(entry.targetMode);
-        }
-    }
+    // Only what can be listed is a folder: a pipe, a socket or a device is
+    // counted with the files and handed to whoever opens files, who knows
+    // what to make of it. A link that leads nowhere stays with the folders,
+    // as it always has.
+    fIsFolder = S_ISDIR(fMode) || (fIsLink && !entry.targetKnown);
 }
 
 DirListItem::GivenTexts &DirListItem::Given()

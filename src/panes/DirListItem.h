@@ -65,6 +65,8 @@ public:
     std::string SizeText() const;
     std::string DateText() const;
     std::string PermissionText() const;
+    // A folder, or a link that leads to one or nowhere; anything else
+    // (files, pipes, sockets, devices) counts as a file.
     bool IsFolder() const { return fIsFolder; }
     bool IsParent() const { return fIsParent; }
     bool IsLink() const { return fIsLink; }

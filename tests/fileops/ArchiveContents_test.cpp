@@ -103,3 +103,26 @@ TEST(ArchiveContents, ShowsHostileNamesWholeAtTheTopAndSaysWhatCannotBeRead)
     EXPECT_FALSE(damaged.problem.empty());
     EXPECT_EQ(Summary(damaged).count("first"), 1u);
 }
+
+TEST(ArchiveContents, AnArchiveOfDotListsItsMembersUnderTheirOwnNames)
+{
+    // As `tar czf x.tar.gz .` makes it: the folder itself as "./", every
+    // member below it.
+    TempHome home;
+    for (const std::string kind : {"tar.gz", "zip"}) {
+        SCOPED_TRACE(kind);
+        const std::string path = home.Root() + "/dot." + kind;
+        WriteTestArchive(path,
+                         kind,
+                         {FolderMember("./"),
+                          {"./a", "A"},
+                          FolderMember("./sub/"),
+                          {"./sub/b", "BB"},
+                          {"././c", "CCC"},
+                          FolderMember(".")});
+        EXPECT_EQ(Summary(ArchiveContents::List(path, "")),
+                  (std::map<std::string, std::string>{{"a", "f1"}, {"sub", "d"}, {"c", "f3"}}));
+        EXPECT_EQ(Summary(ArchiveContents::List(path, "sub/")),
+                  (std::map<std::string, std::string>{{"b", "f2"}}));
+    }
+}

@@ -1,16 +1,22 @@
-// F3 from a real pane opens Kestrin's own viewer, and what is dropped on a
-// viewer lands in the main window's focused pane.
+// F3 from a real pane opens Kestrin's own viewer (which refuses what is not
+// a file), and what is dropped on a viewer lands in the main window's
+// focused pane.
 
 #include "MainWindowTestSupport.h"
 
+#include "fileops/GetInfo.h"
+#include "panes/KsFtr.h"
+#include "support/SpecialFiles.h"
 #include "viewer/TImageView.h"
 #include "viewer/TextPager.h"
 #include "viewer/ViewerWindow.h"
 
 #include <QDropEvent>
 #include <QImage>
+#include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QMimeDatabase>
 
 namespace {
 
@@ -78,6 +84,40 @@ TEST_F(ViewerFromPaneTest, F3OpensTextsImagesAndOtherFilesInTheViewer)
     EXPECT_TRUE(WaitFor(
         [&] { return list->CurrentPath() == Home() + "/elsewhere" && !list->IsListing(); }));
     EXPECT_EQ(text->windowTitle(), "readme.txt");
+}
+
+TEST_F(ViewerFromPaneTest, APipeIsAFileToF3TheFooterAndGetInfo)
+{
+    const std::string folder = Home() + "/special";
+    fs::create_directories(folder);
+    WriteFileBytes(folder + "/notes.txt", "words\n");
+    MakeFifo(folder + "/pipe");
+    Profile("NumPanes", "1");
+    Profile("Pane0", folder);
+    Start();
+    EXPECT_EQ(fKestrin->Window()->Panes().at(0)->Footer()->Text(),
+              "0 of 0k in 0 of 2 files selected");
+
+    kestrin::ViewerWindow *viewer = ViewWith("pipe");
+    ASSERT_NE(viewer, nullptr);
+    EXPECT_EQ(viewer->TextView(), nullptr);
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].text,
+              "\"pipe\" is a pipe, a socket or a device, not a file: the viewer does not read it.");
+
+    // Get Info works the kind out afresh, which must not read the pipe.
+    SelectIn(0, "pipe");
+    fKestrin->Window()->OpenInfoWindows(List(0));
+    kestrin::GetInfo *info = nullptr;
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (auto *window = qobject_cast<kestrin::GetInfo *>(widget); window && window->isVisible())
+            info = window;
+    }
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(info->windowTitle(), "pipe Info");
+    EXPECT_EQ(info->findChild<QLabel *>("kind")->text(),
+              QMimeDatabase().mimeTypeForName("inode/fifo").comment());
+    EXPECT_EQ(fAlerts.Count(), 1u);
 }
 
 } // namespace

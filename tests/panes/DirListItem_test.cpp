@@ -3,6 +3,7 @@
 #include "app/AppUtils.h"
 #include "platform/Entry.h"
 #include "platform/FolderScan.h"
+#include "support/SpecialFiles.h"
 #include "widgets/StableMergeSort.h"
 
 #include <QImage>
@@ -102,6 +103,30 @@ TEST(DirListItem, RowsOfEntriesAndLinks)
     const DirListItem remoteFile("a b", "1234", "Mar  5  2001", "-rw-r--r--", RowColors());
     EXPECT_FALSE(remoteFile.IsFolder());
     EXPECT_EQ(remoteFile.Size(), 1234);
+}
+
+TEST(DirListItem, PipesSocketsAndDevicesAreNeitherFoldersNorSized)
+{
+    TempHome home;
+    const std::string root = home.Root();
+    MakeFifo(root + "/pipe");
+    MakeSocketFile(root + "/socket");
+    fs::create_symlink(root + "/pipe", root + "/to-pipe");
+    fs::create_symlink("/dev/null", root + "/to-null");
+
+    for (const std::string &path : {root + "/pipe",
+                                    root + "/socket",
+                                    std::string("/dev/null"),
+                                    root + "/to-pipe",
+                                    root + "/to-null"}) {
+        SCOPED_TRACE(path);
+        const DirListItem row = Local(path);
+        EXPECT_FALSE(row.IsFolder());
+        EXPECT_EQ(row.Size(), 0);
+        EXPECT_NE(row.SizeText(), "[Directory]");
+    }
+    EXPECT_EQ(Local(root + "/pipe").SizeText(), "");
+    EXPECT_EQ(Local(root + "/to-pipe").SizeText(), "[Link]");
 }
 
 TEST(DirListItem, CompareFuncKeepsItsAsymmetry)

@@ -4,6 +4,7 @@
 #include "panes/PaneCommands.h"
 #include "platform/Entry.h"
 #include "platform/NodeMonitor.h"
+#include "support/SpecialFiles.h"
 #include "support/TestArchives.h"
 
 #include <QApplication>
@@ -456,6 +457,37 @@ TEST_F(DirViewTest, OpeningRows)
     view.Select(0);
     Relist([&] { Key(Qt::Key_Return); });
     EXPECT_EQ(view.CurrentPath(), Folder());
+}
+
+TEST_F(DirViewTest, PipesSocketsAndDevicesListAsFilesAndF3AsksTheViewer)
+{
+    fs::create_directory(Folder() + "/sub");
+    MakeFile(Folder() + "/t.txt", 2048);
+    MakeFifo(Folder() + "/pipe");
+    MakeSocketFile(Folder() + "/socket");
+    fs::create_symlink("/dev/null", Folder() + "/to-null");
+    DirView &view = Open(Folder());
+    EXPECT_EQ(RowNames(view),
+              (std::vector<std::string>{"..", "sub", "pipe", "socket", "t.txt", "to-null"}));
+    EXPECT_EQ(view.GetFiles(), "0 of 2k in 0 of 4 files selected");
+
+    // The viewer is the one to say it does not read them.
+    for (const char *name : {"pipe", "socket", "to-null"}) {
+        view.Select(view.FindItem(name));
+        const int before = fTarget.Count(kestrin::kMsgOpenViewer);
+        Key(Qt::Key_F3);
+        ASSERT_EQ(fTarget.Count(kestrin::kMsgOpenViewer), before + 1) << name;
+        EXPECT_EQ(Text(*fTarget.Last(kestrin::kMsgOpenViewer), "path"), Folder() + "/" + name);
+    }
+    view.Select(view.FindItem("sub"));
+    Key(Qt::Key_F3);
+    EXPECT_EQ(fTarget.Count(kestrin::kMsgOpenViewer), 3);
+
+    // A pipe that appears while the folder is shown is a file as well.
+    MakeFifo(Folder() + "/later");
+    EXPECT_TRUE(WaitFor([&] { return view.GetFiles() == "0 of 2k in 0 of 5 files selected"; }))
+        << view.GetFiles();
+    EXPECT_EQ(RowNames(view).at(2), "later");
 }
 
 TEST_F(DirViewTest, AwkwardNamesAndAMissingStartFolder)

@@ -13,7 +13,7 @@
 
 struct TestMember
 {
-    enum Kind { File, Folder, Link };
+    enum Kind { File, Folder, Link, Node };
 
     std::string path;
     std::string data;
@@ -21,6 +21,9 @@ struct TestMember
     mode_t permissions = 0644;
     time_t modified = 1000000000;
     std::string linkTarget;
+    // For a Node: S_IFCHR, S_IFBLK or S_IFIFO, and the device it stands for.
+    mode_t nodeType = 0;
+    dev_t device = 0;
 };
 
 inline TestMember FolderMember(const std::string &path, mode_t permissions = 0755)
@@ -31,6 +34,12 @@ inline TestMember FolderMember(const std::string &path, mode_t permissions = 075
 inline TestMember LinkMember(const std::string &path, const std::string &target)
 {
     return {path, "", TestMember::Link, 0777, 1000000000, target};
+}
+
+// A device node or a pipe; `device` made with makedev().
+inline TestMember NodeMember(const std::string &path, mode_t type, dev_t device = 0)
+{
+    return {path, "", TestMember::Node, 0666, 1000000000, "", type, device};
 }
 
 // "zip", "tar.gz", "tar.xz", "7z", "cpio" ...
@@ -64,12 +73,15 @@ inline void WriteTestArchive(const std::string &path,
         archive_entry_set_pathname(entry, member.path.c_str());
         const mode_t type = member.kind == TestMember::Folder ? S_IFDIR
                             : member.kind == TestMember::Link ? S_IFLNK
+                            : member.kind == TestMember::Node ? member.nodeType
                                                               : S_IFREG;
         archive_entry_set_mode(entry, type | member.permissions);
         archive_entry_set_mtime(entry, member.modified, 0);
         archive_entry_set_size(entry, la_int64_t(member.data.size()));
         if (member.kind == TestMember::Link)
             archive_entry_set_symlink(entry, member.linkTarget.c_str());
+        if (member.kind == TestMember::Node)
+            archive_entry_set_rdev(entry, member.device);
         ASSERT_EQ(archive_write_header(out, entry), ARCHIVE_OK) << archive_error_string(out);
         if (!member.data.empty()) {
             ASSERT_EQ(archive_write_data(out, member.data.data(), member.data.size()),

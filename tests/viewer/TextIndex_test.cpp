@@ -130,6 +130,27 @@ TEST(TextIndex, EmptyShrunkAndUnreadableFilesReadAsWhatIsLeft)
     EXPECT_EQ(index.RowAt(index.RowContaining(500)).bytes.substr(0, 5), "line ");
     EXPECT_LT(index.KnownRows(), 200);
 
+    // A file that shrinks while the worker indexes it ends where it ends.
+    const std::string cut = home.Root() + "/cut";
+    const std::string cutText = NumberedLines(12 << 20, &lines);
+    WriteFileBytes(cut, cutText);
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    const auto cutShared = std::make_shared<TextIndex>(cut);
+    const TextIndex &cutIndex = *cutShared;
+    cutShared->Start(1 << 20, [released] { released.wait(); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return cutIndex.FirstBytesRead(); }, 60000));
+    std::filesystem::resize_file(cut, 2 << 20);
+    release.set_value();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return cutIndex.Complete(); }, 60000));
+    EXPECT_EQ(cutIndex.Size(), int64_t(cutText.size())) << "the size taken at opening";
+    // The rows end with the last line that began before the cut.
+    const int64_t lastRow = cutIndex.RowStart(cutIndex.KnownRows() - 1);
+    EXPECT_LE(lastRow, 2 << 20);
+    EXPECT_GT(lastRow, (2 << 20) - 20);
+    EXPECT_EQ(cutIndex.RowContaining(cutIndex.Size() - 1), lastRow);
+    EXPECT_EQ(cutIndex.RowAt(cutIndex.RowStart(1000)).bytes, "line 1000");
+
     // What cannot be opened says so on the worker's first call.
     EXPECT_NE(TextIndex(home.Root() + "/missing").Open(), B_OK);
     const auto missing = std::make_shared<TextIndex>(home.Root() + "/missing");

@@ -16,6 +16,7 @@
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <optional>
@@ -371,6 +372,48 @@ TEST_F(ViewerTest, TheWindowOpensBeforeTheFileIsReadAndFillsWhenItIs)
     EXPECT_EQ(view->ShownRows().front(), "row 0");
     EXPECT_EQ(window.geometry().top() + window.height(), Screen().bottom() - 100)
         << "the window fits the text once it is read";
+    EXPECT_EQ(fAlerts.Count(), 0u);
+}
+
+TEST_F(ViewerTest, AFileThatShrinksWhileViewedShowsWhatIsLeft)
+{
+    std::string text;
+    int lines = 0;
+    while (text.size() < (6u << 20))
+        text += "entry " + std::to_string(lines++) + "\n";
+    const std::string path = File("shrinking.log", text);
+    ViewerWindow window(kFrame, path);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    ASSERT_TRUE(TextRead(window));
+    TextPager *view = window.TextView();
+    ASSERT_TRUE(QTest::qWaitFor([view] { return view->Index().Complete(); }, 20000));
+
+    // Cut in the middle of a line, far above the end the index knows.
+    std::filesystem::resize_file(path, 1003);
+    QTest::keyClick(view, Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(view->ShownRows().join(""), "") << "what went reads as nothing";
+    view->viewport()->grab();
+    QTest::keyClick(view, Qt::Key_PageUp);
+    QTest::keyClick(view, Qt::Key_Home, Qt::ControlModifier);
+    const QStringList rows = view->ShownRows();
+    ASSERT_FALSE(rows.isEmpty());
+    EXPECT_EQ(rows.front(), "entry 0");
+    view->viewport()->grab();
+
+    QSignalSpy finished(view, &TextPager::SearchFinished);
+    QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
+    auto *field = window.findChild<QLineEdit *>("findField");
+    QTest::keyClicks(field, "entry " + QString::number(lines - 1));
+    QTest::keyClick(field, Qt::Key_Return);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_FALSE(finished.last().at(0).toBool()) << "the end that went is not found";
+    field->setText("entry 20");
+    QTest::keyClick(field, Qt::Key_Return);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_TRUE(finished.last().at(0).toBool());
+    EXPECT_EQ(view->ShownRows().front(), "entry 20");
     EXPECT_EQ(fAlerts.Count(), 0u);
 }
 

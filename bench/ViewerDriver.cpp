@@ -83,6 +83,8 @@ int main(int argc, char **argv)
     kestrin::TextPager *text = window.TextView();
     if (text == nullptr)
         return 1;
+    // The text shows when the index's worker has read the first screen.
+    RunUntil([text] { return text->Showing(); });
     text->viewport()->repaint();
     printf("first_ms %.1f\n", Milliseconds(opened));
     printf("indexed_at_first_screen %s\n", text->Index().Complete() ? "yes" : "no");

@@ -9,11 +9,16 @@
 #include <QStandardPaths>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
+#include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <functional>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 extern char **environ;
 
@@ -52,11 +57,20 @@ void TellFailure(const std::string &path, FailureNotice notice)
                 B_WARNING_ALERT});
 }
 
-// Starts an opener (xdg-open, gio) as a child of Kestrin's own and waits for
-// it on a thread of its own: only its exit code says whether it found an
-// application for the type. Kestrin never waits on it and it outlives
-// Kestrin; `failed` runs on the GUI thread.
-status_t StartWatched(const Launch &launch, std::function<void()> failed)
+// How long the desktop may take to name its text editor before Kestrin
+// falls back on its opener.
+constexpr std::chrono::seconds kAnswerBound{10};
+
+void PostToGui(std::function<void()> work)
+{
+    if (QCoreApplication *app = QCoreApplication::instance())
+        QMetaObject::invokeMethod(app, std::move(work), Qt::QueuedConnection);
+}
+
+// Starts `launch.program` (looked for on PATH) as a child of Kestrin's own.
+// With `output`, the child's standard output comes through a pipe whose
+// reading end is left there.
+status_t Spawn(const Launch &launch, pid_t *child, int *output)
 {
     const std::string program = Launcher::FindProgram({launch.program});
     if (program.empty())
@@ -65,18 +79,98 @@ status_t StartWatched(const Launch &launch, std::function<void()> failed)
     for (const std::string &argument : launch.arguments)
         argv.push_back(const_cast<char *>(argument.c_str()));
     argv.push_back(nullptr);
-    pid_t child = 0;
-    const int error = posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), environ);
-    if (error != 0) {
-        errno = error;
-        return LastError();
-    }
-    std::thread([child, failed = std::move(failed)] {
-        int status = 0;
-        while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    int pipeEnds[2] = {-1, -1};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (output != nullptr) {
+        // Close-on-exec, so that no other child keeps the pipe open.
+        if (pipe2(pipeEnds, O_CLOEXEC) != 0) {
+            posix_spawn_file_actions_destroy(&actions);
+            return LastError();
         }
-        if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-            QMetaObject::invokeMethod(QCoreApplication::instance(), failed, Qt::QueuedConnection);
+        posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], STDOUT_FILENO);
+    }
+    const int error = posix_spawn(child, program.c_str(), &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (output != nullptr) {
+        close(pipeEnds[1]);
+        *output = pipeEnds[0];
+    }
+    if (error != 0) {
+        if (output != nullptr)
+            close(pipeEnds[0]);
+        return StatusFromErrno(error);
+    }
+    return B_OK;
+}
+
+// Reads `fd` to its end; false when `deadline` passes first.
+bool ReadToEnd(int fd, std::chrono::steady_clock::time_point deadline, std::string *text)
+{
+    char buffer[4096];
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0)
+            return false;
+        pollfd entry{fd, POLLIN, 0};
+        const int ready = poll(&entry, 1, int(left.count()));
+        if (ready == 0)
+            return false;
+        const ssize_t got = ready > 0 ? read(fd, buffer, sizeof buffer) : -1;
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            return true;
+        text->append(buffer, size_t(got));
+    }
+}
+
+// Whether the child ended with 0, waited for on the calling thread.
+bool AwaitSuccess(pid_t child)
+{
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// Starts an opener (xdg-open, gio) and waits for it on a thread of its own:
+// only its exit code says whether it found an application for the type.
+// Kestrin never waits on it and it outlives Kestrin; `failed` runs on the
+// GUI thread.
+status_t StartWatched(const Launch &launch, std::function<void()> failed)
+{
+    pid_t child = 0;
+    const status_t status = Spawn(launch, &child, nullptr);
+    if (status != B_OK)
+        return status;
+    std::thread([child, failed = std::move(failed)] {
+        if (!AwaitSuccess(child))
+            PostToGui(failed);
+    }).detach();
+    return B_OK;
+}
+
+// Asks a program of the desktop (xdg-mime) for what it writes, on a thread
+// of its own: a desktop may take seconds to answer. `answered` runs on the
+// GUI thread with the answer, empty when the program failed or was still
+// busy after kAnswerBound (it is ended then).
+status_t AskWatched(const Launch &launch, std::function<void(const std::string &)> answered)
+{
+    pid_t child = 0;
+    int output = -1;
+    const status_t status = Spawn(launch, &child, &output);
+    if (status != B_OK)
+        return status;
+    std::thread([child, output, answered = std::move(answered)] {
+        std::string answer;
+        if (!ReadToEnd(output, std::chrono::steady_clock::now() + kAnswerBound, &answer))
+            kill(child, SIGKILL);
+        close(output);
+        if (!AwaitSuccess(child))
+            answer.clear();
+        PostToGui([answered, answer] { answered(answer); });
     }).detach();
     return B_OK;
 }
@@ -92,6 +186,21 @@ status_t Open(const Launch &launch, const std::string &path, FailureNotice notic
     if (status != B_OK)
         TellFailure(path, notice);
     return status;
+}
+
+// Opens `path` with the application of the desktop file named `name`
+// (found where the desktop keeps them), else with the desktop's opener.
+void OpenWithDesktopFile(const std::string &name, const std::string &path, FailureNotice notice)
+{
+    const QString desktopFile = QString::fromStdString(name).trimmed();
+    const QString found = desktopFile.isEmpty()
+                              ? QString()
+                              : QStandardPaths::locate(QStandardPaths::ApplicationsLocation,
+                                                       desktopFile);
+    if (!found.isEmpty() && !Launcher::FindProgram({"gio"}).empty())
+        Open({"gio", {"launch", found.toStdString(), path}, {}, {}}, path, notice);
+    else
+        Launcher::OpenWithPreferredApplication(path, notice);
 }
 
 } // namespace
@@ -121,18 +230,11 @@ status_t Launcher::OpenInTextEditor(const std::string &path, FailureNotice notic
     }
     // The desktop file that xdg-mime names for plain text, started by gio,
     // so the file opens as text whatever type its name suggests.
-    QProcess query;
-    query.start("xdg-mime", {"query", "default", "text/plain"});
-    if (query.waitForFinished(2000) && query.exitCode() == 0) {
-        const QString desktopFile = QString::fromUtf8(query.readAllStandardOutput()).trimmed();
-        const QString found = desktopFile.isEmpty()
-                                  ? QString()
-                                  : QStandardPaths::locate(QStandardPaths::ApplicationsLocation,
-                                                           desktopFile);
-        if (!found.isEmpty() && !FindProgram({"gio"}).empty())
-            return Open({"gio", {"launch", found.toStdString(), path}, {}, {}}, path, notice);
-    }
-    return OpenWithPreferredApplication(path, notice);
+    const status_t asked = AskWatched({"xdg-mime", {"query", "default", "text/plain"}, {}, {}},
+                                      [path, notice](const std::string &answer) {
+                                          OpenWithDesktopFile(answer, path, notice);
+                                      });
+    return asked == B_OK ? B_OK : OpenWithPreferredApplication(path, notice);
 }
 
 LaunchSink *Launcher::SetSink(LaunchSink *sink)

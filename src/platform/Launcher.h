@@ -34,7 +34,8 @@ public:
 
     // Opens a file in a text editor: $KESTRIN_EDITOR when set, else the
     // desktop's default application for text/plain, else xdg-open; failures
-    // are told as above.
+    // are told as above. The desktop is asked without waiting for it: the
+    // editor starts (or the failure is told) on the GUI thread when it answers.
     static status_t OpenInTextEditor(const std::string &path,
                                      FailureNotice notice = FailureNotice::Alert);
 

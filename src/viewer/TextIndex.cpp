@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <thread>
 
 namespace kestrin {
 
@@ -16,33 +17,42 @@ constexpr int64_t kBackBytes = 64 << 10;
 } // namespace
 
 TextIndex::TextIndex(const std::string &path)
-    : fFile(path, B_READ_ONLY)
+    : fPath(path)
+{}
+
+TextIndex::~TextIndex() = default;
+
+status_t TextIndex::Open()
 {
     off_t size = 0;
-    if (fFile.InitCheck() == B_OK && fFile.GetSize(&size) == B_OK)
+    status_t status = fFile.SetTo(fPath, B_READ_ONLY);
+    if (status == B_OK)
+        status = fFile.GetSize(&size);
+    if (status == B_OK) {
         fSize = size;
-    // A row starts at every line and every piece: never more rows than bytes.
-    fChunks.resize(size_t(fSize / kChunkRows + 2));
-}
-
-TextIndex::~TextIndex()
-{
-    fStop = true;
-    if (fWorker.joinable())
-        fWorker.join();
+        // A row starts at every line and every piece: never more rows than bytes.
+        fChunks.resize(size_t(fSize / kChunkRows + 2));
+    }
+    fStatus.store(status, std::memory_order_release);
+    return status;
 }
 
 void TextIndex::Start(int64_t firstBytes, std::function<void()> grown)
 {
     fGrown = std::move(grown);
-    IndexUpTo(std::min(firstBytes, fSize));
-    if (!Complete())
-        fWorker = std::thread([this] { Work(); });
+    // Detached: nobody waits for a read that a slow disk holds up. The
+    // worker's share keeps the index until it ends.
+    std::thread([self = shared_from_this(), firstBytes] { self->Work(firstBytes); }).detach();
 }
 
-void TextIndex::Work()
+void TextIndex::Work(int64_t firstBytes)
 {
-    while (!fStop && !Complete()) {
+    if (InitCheck() == B_OK || Open() == B_OK)
+        IndexUpTo(std::min(firstBytes, fSize));
+    fFirstRead.store(true, std::memory_order_release);
+    if (fGrown)
+        fGrown();
+    while (!fStop && InitCheck() == B_OK && !Complete()) {
         IndexUpTo(std::min(IndexedBytes() + kBlockBytes, fSize));
         if (fGrown)
             fGrown();
@@ -134,9 +144,10 @@ std::pair<int64_t, int64_t> TextIndex::LongestRow() const
 
 int64_t TextIndex::RowContaining(int64_t offset) const
 {
-    if (fSize == 0)
+    const int64_t size = Size();
+    if (size == 0)
         return 0;
-    offset = std::clamp<int64_t>(offset, 0, fSize - 1);
+    offset = std::clamp<int64_t>(offset, 0, size - 1);
     if (offset < IndexedBytes()) {
         // Every row that starts before what the index has read is known.
         int64_t low = 0, high = KnownRows() - 1;
@@ -188,7 +199,7 @@ TextIndex::Row TextIndex::RowAt(int64_t start) const
             keep++;
         bytes.resize(keep);
     } else {
-        row.next = bytes.empty() ? fSize : start + int64_t(bytes.size());
+        row.next = bytes.empty() ? Size() : start + int64_t(bytes.size());
     }
     row.bytes = std::move(bytes);
     return row;
@@ -196,16 +207,17 @@ TextIndex::Row TextIndex::RowAt(int64_t start) const
 
 std::string TextIndex::Read(int64_t offset, int64_t length) const
 {
-    std::string bytes(size_t(std::max<int64_t>(0, std::min(length, fSize - offset))), '\0');
+    std::string bytes(size_t(std::max<int64_t>(0, std::min(length, Size() - offset))), '\0');
     bytes.resize(size_t(ReadAt(offset, bytes.data(), int64_t(bytes.size()))));
     return bytes;
 }
 
 int64_t TextIndex::ReadAt(int64_t offset, char *buffer, int64_t length) const
 {
-    if (offset < 0 || offset >= fSize || length <= 0)
+    const int64_t size = Size();
+    if (offset < 0 || offset >= size || length <= 0)
         return 0;
-    const ssize_t got = fFile.ReadAt(offset, buffer, size_t(std::min(length, fSize - offset)));
+    const ssize_t got = fFile.ReadAt(offset, buffer, size_t(std::min(length, size - offset)));
     return got > 0 ? got : 0;
 }
 

@@ -9,7 +9,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace kestrin {
@@ -21,28 +20,43 @@ namespace kestrin {
 // size is taken once, at opening: bytes that grow later are not shown, bytes
 // that go away read as the end.
 //
-// Start() indexes the first bytes on the caller and the rest on a worker of
-// its own; the rows found so far can be asked for at any time from the GUI
-// thread, and rows past them are found by reading around the place asked for,
-// so the end of a file shows before its index is complete.
-class TextIndex
+// Start() opens the file and indexes it on a worker of its own, so that a
+// slow disk or a network mount holds up nobody else; the rows found so far
+// can be asked for at any time from the GUI thread, and rows past them are
+// found by reading around the place asked for, so the end of a file shows
+// before its index is complete. The worker keeps the index alive while it
+// runs: owners share it (std::shared_ptr) and Stop() it when they go.
+class TextIndex : public std::enable_shared_from_this<TextIndex>
 {
 public:
     static constexpr int64_t kPieceBytes = 4096;
 
+    // Keeps the path; nothing is opened yet.
     explicit TextIndex(const std::string &path);
     ~TextIndex();
 
     TextIndex(const TextIndex &) = delete;
     TextIndex &operator=(const TextIndex &) = delete;
 
-    status_t InitCheck() const { return fFile.InitCheck(); }
-    int64_t Size() const { return fSize; }
+    // Opens the file and takes its size on the caller, for readers that
+    // do without the worker.
+    status_t Open();
+    // B_NO_INIT until the file is open.
+    status_t InitCheck() const { return fStatus.load(std::memory_order_acquire); }
+    // 0 until the file is open.
+    int64_t Size() const { return InitCheck() == B_OK ? fSize : 0; }
 
-    // Indexes up to `firstBytes` now, then the rest on a worker, which calls
-    // `grown` (on the worker) after every block and once more at the end.
+    // On a worker: opens the file, indexes up to `firstBytes`, says so with
+    // `grown` (called on the worker), then indexes the rest in blocks,
+    // calling `grown` after every block. A file that cannot be opened is
+    // said with `grown` too, and InitCheck() tells why.
     void Start(int64_t firstBytes, std::function<void()> grown = {});
-    bool Complete() const { return fIndexed.load(std::memory_order_acquire) >= fSize; }
+    // The worker ends after the block it reads: for an owner that goes.
+    void Stop() { fStop = true; }
+    // Whether the worker has the first bytes Start() asked for, or has
+    // found that the file cannot be opened.
+    bool FirstBytesRead() const { return fFirstRead.load(std::memory_order_acquire); }
+    bool Complete() const { return InitCheck() == B_OK && IndexedBytes() >= fSize; }
     // How far the index has read.
     int64_t IndexedBytes() const { return fIndexed.load(std::memory_order_acquire); }
     // Rows whose start the index knows (an empty file has none).
@@ -78,12 +92,15 @@ private:
     static constexpr int64_t kChunkRows = 1 << 16;
 
     void IndexUpTo(int64_t end);
-    void Work();
+    void Work(int64_t firstBytes);
     void AddRow(int64_t start);
     int64_t LineStart(int64_t offset) const;
 
+    const std::string fPath;
     mutable platform::File fFile;
+    // Both set once, before fStatus tells B_OK.
     int64_t fSize = 0;
+    std::atomic<status_t> fStatus{B_NO_INIT};
     // Row starts in chunks; the table of chunks never grows, so the GUI
     // thread reads every row below fRows while the worker adds more.
     std::vector<std::unique_ptr<int64_t[]>> fChunks;
@@ -94,7 +111,7 @@ private:
     int64_t fRowBegin = 0;                      // worker's: where the current row began
     std::function<void()> fGrown;
     std::atomic<bool> fStop{false};
-    std::thread fWorker;
+    std::atomic<bool> fFirstRead{false};
 };
 
 } // namespace kestrin

@@ -46,6 +46,7 @@ TextPager::~TextPager()
 {
     if (fSearchStop)
         *fSearchStop = true;
+    fIndex->Stop();
 }
 
 void TextPager::SetWrap(Wrap wrap)
@@ -57,8 +58,12 @@ void TextPager::SetWrap(Wrap wrap)
 
 void TextPager::IndexGrew()
 {
+    const bool firstScreen = !fShowing && fIndex->FirstBytesRead();
+    fShowing = fShowing || firstScreen;
     SyncScrollBars();
     viewport()->update();
+    if (firstScreen)
+        emit FirstScreenRead();
 }
 
 int TextPager::RowHeight() const
@@ -87,7 +92,7 @@ QStringList TextPager::ShownRows() const
 {
     QStringList rows;
     int64_t row = fTop;
-    for (int i = 0; i < RowsOnScreen() && row < fIndex->Size(); i++) {
+    for (int i = 0; fShowing && i < RowsOnScreen() && row < fIndex->Size(); i++) {
         TextIndex::Row shown = fIndex->RowAt(row);
         rows << RowText::Decode(shown.bytes);
         row = shown.next;
@@ -146,12 +151,13 @@ void TextPager::SyncScrollBars()
 {
     fSyncing = true;
     QScrollBar *vertical = verticalScrollBar();
-    vertical->setRange(0, int(std::min<int64_t>(fIndex->Size(), kScrollSteps)));
+    const int64_t size = fShowing ? fIndex->Size() : 0;
+    vertical->setRange(0, int(std::min<int64_t>(size, kScrollSteps)));
     vertical->setPageStep(
         std::max(1, int(std::min<int64_t>(vertical->maximum(), RowsOnScreen() * 80))));
     vertical->setValue(ValueOfOffset(fTop));
     QScrollBar *horizontal = horizontalScrollBar();
-    const int width = fWrap == Wrap::None ? TextSize().width() : 0;
+    const int width = fWrap == Wrap::None && fShowing ? TextSize().width() : 0;
     horizontal->setRange(0, std::max(0, width - viewport()->width()));
     horizontal->setPageStep(viewport()->width());
     horizontal->setSingleStep(QFontMetrics(font()).averageCharWidth() * 4);
@@ -161,6 +167,8 @@ void TextPager::SyncScrollBars()
 // The bar stands for bytes; its arrows and pages move by rows instead.
 void TextPager::ScrollBarAction(int action)
 {
+    if (!fShowing)
+        return;
     switch (action) {
     case QAbstractSlider::SliderSingleStepAdd:
         StepRows(1);
@@ -203,6 +211,10 @@ void TextPager::resizeEvent(QResizeEvent *event)
 
 void TextPager::keyPressEvent(QKeyEvent *event)
 {
+    if (!fShowing) {
+        QAbstractScrollArea::keyPressEvent(event);
+        return;
+    }
     const bool control = event->modifiers() & Qt::ControlModifier;
     QScrollBar *horizontal = horizontalScrollBar();
     switch (event->key()) {
@@ -246,7 +258,7 @@ void TextPager::keyPressEvent(QKeyEvent *event)
 void TextPager::wheelEvent(QWheelEvent *event)
 {
     const int notches = event->angleDelta().y() / 120;
-    if (notches != 0)
+    if (notches != 0 && fShowing)
         StepRows(-3 * notches);
     else
         QAbstractScrollArea::wheelEvent(event);
@@ -254,6 +266,8 @@ void TextPager::wheelEvent(QWheelEvent *event)
 
 void TextPager::paintEvent(QPaintEvent *)
 {
+    if (!fShowing)
+        return;
     QPainter painter(viewport());
     const int width = viewport()->width();
     const qreal left = fWrap == Wrap::None ? -horizontalScrollBar()->value() : 0;

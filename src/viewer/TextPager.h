@@ -12,8 +12,10 @@ class TextIndex;
 // Shows a text file of any size read-only: only the rows on screen are read
 // and laid out, from the file, so the first screen and the end of the file
 // show at once while the index of its rows still grows on a worker. The
-// place shown is the byte offset of the top row; the vertical scroll bar
-// stands for the file's bytes. Finds run over the file on a worker.
+// view stays empty until the index's worker has read the first screen: the
+// GUI thread never waits for a slow disk's first read. The place shown is
+// the byte offset of the top row; the vertical scroll bar stands for the
+// file's bytes. Finds run over the file on a worker.
 //
 // The scroll area is "TextScroll", the view inside it "textView".
 class TextPager : public QAbstractScrollArea
@@ -28,8 +30,11 @@ public:
 
     const TextIndex &Index() const { return *fIndex; }
     void SetWrap(Wrap wrap);
-    // The index found more rows: the scroll bars take them in.
+    // The index found more rows: the scroll bars take them in. The first
+    // time the index has its first bytes, the view shows them.
     void IndexGrew();
+    // Whether the view shows the file (its first screen has been read).
+    bool Showing() const { return fShowing; }
     Wrap WrapMode() const { return fWrap; }
 
     // The size all the rows the index knows would take: the widest row's
@@ -51,6 +56,9 @@ public:
 
 signals:
     void SearchFinished(bool found);
+    // The first screen is read and shown, or the file could not be opened
+    // (the index's InitCheck() says which).
+    void FirstScreenRead();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -77,6 +85,7 @@ private:
     QByteArray fPattern;
     std::shared_ptr<std::atomic<bool>> fSearchStop;
     bool fSyncing = false;
+    bool fShowing = false;
 };
 
 } // namespace kestrin

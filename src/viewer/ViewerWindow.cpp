@@ -30,9 +30,9 @@ namespace kestrin {
 
 namespace {
 
-// What the index reads before the window opens: a small file is known
-// whole, a big one by its first screens, and the rest follows on a worker.
-constexpr int64_t kFirstIndexBytes = 1 << 20;
+// What the index reads before the text shows: the first screen even of
+// long rows, and enough rows to fit the window to; the rest follows.
+constexpr int64_t kFirstIndexBytes = 256 << 10;
 
 void ShowError(const char *text)
 {
@@ -233,17 +233,22 @@ QRect ViewerWindow::ScreenFrame() const
     return screen != nullptr ? screen->geometry() : QRect(0, 0, 640, 480);
 }
 
+// The window opens at once with an empty view; the index reads the file on
+// a worker, and the text shows (and the window fits it) when the first
+// screen is read.
 void ViewerWindow::AddText(const QRect &frame)
 {
     delete fTextView;
-    fTextView = nullptr;
     auto index = std::make_shared<TextIndex>(fPath);
-    if (index->InitCheck() != B_OK) {
-        ShowError("An error occured, don't be surprised nothing happened.");
-        return;
-    }
     fTextView = new TextPager(index, this);
     setCentralWidget(fTextView);
+    ApplyWrap();
+    fTextView->setFocus();
+    AddFindKeys();
+    connect(fTextView, &TextPager::SearchFinished, this, [this](bool found) {
+        statusBar()->showMessage(found ? QString() : "\"" + fFindField->text() + "\" not found");
+    });
+    connect(fTextView, &TextPager::FirstScreenRead, this, [this, frame] { FirstScreenRead(frame); });
     QPointer<TextPager> view(fTextView);
     index->Start(kFirstIndexBytes, [view] {
         QMetaObject::invokeMethod(
@@ -254,15 +259,23 @@ void ViewerWindow::AddText(const QRect &frame)
             },
             Qt::QueuedConnection);
     });
-    ApplyWrap();
-    fTextView->IndexGrew();
-    fTextView->setFocus();
-    AddFindKeys();
-    connect(fTextView, &TextPager::SearchFinished, this, [this](bool found) {
-        statusBar()->showMessage(found ? QString() : "\"" + fFindField->text() + "\" not found");
-    });
+}
 
-    // The window fits the text the index knows, within the screen.
+void ViewerWindow::FirstScreenRead(const QRect &frame)
+{
+    if (fTextView->Index().InitCheck() != B_OK) {
+        // The view is in the middle of telling this.
+        fTextView->deleteLater();
+        fTextView = nullptr;
+        ShowError("An error occured, don't be surprised nothing happened.");
+        return;
+    }
+    FitToText(frame);
+}
+
+// The window fits the text the index knows, within the screen.
+void ViewerWindow::FitToText(const QRect &frame)
+{
     const QSize text = fTextView->TextSize();
     fWidestLine = std::max(1.0f, float(text.width()));
     // Beyond the 14 units the text view kept for a scroll bar: what the menu

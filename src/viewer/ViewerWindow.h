@@ -18,7 +18,9 @@ class TImageView;
 
 // Shows one file read-only: a text in a TextPager, an image in a TImageView,
 // chosen by the file's type; anything else leaves the window empty. Pipes,
-// sockets and devices are refused before anything reads them.
+// sockets and devices are refused before anything reads them. The file's
+// content is read on workers: the window opens before its first block is
+// read, and fills when it is.
 //
 // `owner` (the main window, a platform::Handler) takes the entries dropped
 // on a viewer and the "Quit" command; a viewer is a window of its own that
@@ -65,6 +67,8 @@ private:
     QAction *AddScaleItem(QMenu *menu, const QString &label, float scale, int32_t mode);
     void AddTextMenu();
     void AddImageMenu();
+    void FirstScreenRead(const QRect &frame);
+    void FitToText(const QRect &frame);
     void ApplyWrap();
     void ShowOpenPanel();
     void AddFindKeys();

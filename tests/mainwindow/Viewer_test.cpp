@@ -55,7 +55,7 @@ TEST_F(ViewerFromPaneTest, F3OpensTextsImagesAndOtherFilesInTheViewer)
     kestrin::ViewerWindow *text = ViewWith("readme.txt");
     ASSERT_NE(text, nullptr);
     ASSERT_NE(text->TextView(), nullptr);
-    EXPECT_EQ(text->TextView()->ShownRows().value(0), "hello");
+    EXPECT_TRUE(WaitFor([&] { return text->TextView()->ShownRows().value(0) == "hello"; }));
 
     kestrin::ViewerWindow *image = ViewWith("p.png");
     ASSERT_NE(image, nullptr);

@@ -699,7 +699,8 @@ TEST_F(DirViewTest, ADocumentThatCannotBeOpenedSaysSo)
     view.Select(view.FindItem("odd.type"));
     Key(Qt::Key_Return);
     Key(Qt::Key_F4);
-    ASSERT_EQ(fAlerts.Count(), 2u);
+    // The editor is known when the desktop answers.
+    ASSERT_TRUE(WaitFor([&] { return fAlerts.Count() == 2; }));
     EXPECT_EQ(fAlerts.Shown()[0].text,
               "Kestrin found no application to open \"" + Folder() + "/odd.type\".");
     EXPECT_EQ(fAlerts.Shown()[1].text, fAlerts.Shown()[0].text);

@@ -4,13 +4,24 @@
 #include "TempHome.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 using platform::Launch;
 using platform::Launcher;
+
+namespace platform {
+void PrintTo(const Launch &launch, std::ostream *out)
+{
+    *out << launch.program;
+    for (const std::string &argument : launch.arguments)
+        *out << " '" << argument << "'";
+}
+} // namespace platform
 
 TEST(Launcher, RealLaunchRunsDetachedInItsFolderWithItsEnvironment)
 {
@@ -88,4 +99,100 @@ TEST(Launcher, ADocumentNothingOpensIsToldAsAsked)
     EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/none.txt"), B_ENTRY_NOT_FOUND);
     ASSERT_EQ(alerts.Count(), 2u);
     EXPECT_EQ(alerts.Shown()[1].text, "Kestrin found no application to open \"/tmp/none.txt\".");
+}
+
+namespace {
+
+// An executable shell script `name` in `folder`, made once: a child may still
+// be starting it when the test goes on.
+void WriteScript(const std::string &folder, const std::string &name, const std::string &body)
+{
+    QDir().mkpath(QString::fromStdString(folder));
+    const std::string path = folder + "/" + name;
+    WriteFileBytes(path, "#!/bin/sh\nPATH=/usr/bin:/bin\n" + body);
+    QFile::setPermissions(QString::fromStdString(path),
+                          QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+}
+
+// The largest pause between the ticks of a 15 ms timer on the GUI thread.
+class GuiTicker
+{
+public:
+    GuiTicker()
+    {
+        fTimer.setInterval(15);
+        QObject::connect(&fTimer, &QTimer::timeout, [this] {
+            fLargestGap = std::max(fLargestGap, fClock.restart());
+            fTicks++;
+        });
+        fClock.start();
+        fTimer.start();
+    }
+    // The largest gap once the timer has ticked again.
+    qint64 LargestGap()
+    {
+        const int ticks = fTicks;
+        EXPECT_TRUE(QTest::qWaitFor([&] { return fTicks > ticks; }));
+        return fLargestGap;
+    }
+
+private:
+    QTimer fTimer;
+    QElapsedTimer fClock;
+    qint64 fLargestGap = 0;
+    int fTicks = 0;
+};
+
+} // namespace
+
+TEST(Launcher, TheTextEditorIsAskedOfTheDesktopWhileTheGuiThreadGoesOn)
+{
+    TempHome home;
+    home.SetEnv("KESTRIN_EDITOR", std::nullopt);
+    platform::LaunchRecorder launches;
+    platform::AlertRecorder alerts;
+    const std::string applications = home.Home() + "/.local/share/applications";
+    QDir().mkpath(QString::fromStdString(applications));
+    WriteFileBytes(applications + "/notepad.desktop",
+                   "[Desktop Entry]\nType=Application\nName=Notepad\nExec=true %f\n");
+    const std::string slow = home.Root() + "/slow", failing = home.Root() + "/failing",
+                      none = home.Root() + "/none";
+    for (const std::string &bin : {slow, failing, none})
+        WriteScript(bin, "gio", "exit 0\n");
+    // A desktop that takes its time to answer, as a cold cache or a
+    // network home makes it.
+    WriteScript(slow, "xdg-mime", "sleep 2\necho notepad.desktop\n");
+    WriteScript(failing, "xdg-mime", "exit 4\n");
+    const auto launched = [&](size_t count) {
+        return QTest::qWaitFor([&] { return launches.Launches().size() >= count; }, 20000);
+    };
+
+    home.SetEnv("PATH", slow);
+    {
+        GuiTicker ticker;
+        EXPECT_EQ(Launcher::OpenInTextEditor("/tmp/notes.md"), B_OK);
+        ASSERT_TRUE(launched(1));
+        EXPECT_LT(ticker.LargestGap(), 1000) << "the GUI thread waited on xdg-mime";
+    }
+    EXPECT_EQ(launches.Launches()[0],
+              (Launch{"gio",
+                      {"launch", applications + "/notepad.desktop", "/tmp/notes.md"},
+                      {},
+                      {}}));
+
+    // Without an answer, the desktop's opener; what it cannot open is told.
+    launches.SetResult(B_ENTRY_NOT_FOUND);
+    home.SetEnv("PATH", failing);
+    Launcher::OpenInTextEditor("/tmp/failing.md");
+    ASSERT_TRUE(launched(2));
+    EXPECT_EQ(launches.Launches()[1], (Launch{"xdg-open", {"/tmp/failing.md"}, {}, {}}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return alerts.Count() == 1; }, 10000));
+    EXPECT_EQ(alerts.Shown()[0].text, "Kestrin found no application to open \"/tmp/failing.md\".");
+
+    launches.SetResult(B_OK);
+    home.SetEnv("PATH", none);
+    Launcher::OpenInTextEditor("/tmp/none.md");
+    ASSERT_TRUE(launched(3));
+    EXPECT_EQ(launches.Launches()[2], (Launch{"xdg-open", {"/tmp/none.md"}, {}, {}}));
+    EXPECT_EQ(alerts.Count(), 1u);
 }

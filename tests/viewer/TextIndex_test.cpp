@@ -45,9 +45,12 @@ TEST(TextIndex, RowsAreLinesAndPiecesOfLongLinesWithOrWithoutTheIndex)
     std::string longLine(kPiece - 1, 'x');
     longLine += "\xc3\xa9" + std::string(2 * kPiece, 'y');
     WriteFileBytes(path, "dos\r\n\n" + longLine + "\nlast");
-    TextIndex indexed(path), unindexed(path);
-    indexed.Start(1 << 20);
-    ASSERT_TRUE(indexed.Complete());
+    const auto shared = std::make_shared<TextIndex>(path);
+    const TextIndex &indexed = *shared;
+    TextIndex unindexed(path);
+    ASSERT_EQ(unindexed.Open(), B_OK);
+    shared->Start(1 << 20);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return indexed.Complete(); }, 60000));
     EXPECT_EQ(indexed.KnownRows(), 7);
     EXPECT_EQ(indexed.LongestRow().second, kPiece);
 
@@ -80,8 +83,13 @@ TEST(TextIndex, TheFirstRowsAndTheEndAreThereBeforeTheIndexIsComplete)
 
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
-    TextIndex index(path);
-    index.Start(1 << 20, [released] { released.wait(); });
+    const auto shared = std::make_shared<TextIndex>(path);
+    const TextIndex &index = *shared;
+    EXPECT_EQ(index.InitCheck(), B_NO_INIT) << "opened on the worker";
+    EXPECT_EQ(index.Size(), 0);
+    // The worker waits, once it has the first bytes, until it is released.
+    shared->Start(1 << 20, [released] { released.wait(); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return index.FirstBytesRead(); }, 60000));
     ASSERT_FALSE(index.Complete());
     EXPECT_GT(index.KnownRows(), 1000);
     EXPECT_LT(index.IndexedBytes(), index.Size());
@@ -101,9 +109,10 @@ TEST(TextIndex, EmptyShrunkAndUnreadableFilesReadAsWhatIsLeft)
     TempHome home;
     const std::string empty = home.Root() + "/empty";
     WriteFileBytes(empty, "");
-    TextIndex none(empty);
-    none.Start(1 << 20);
-    EXPECT_TRUE(none.Complete());
+    const auto shared = std::make_shared<TextIndex>(empty);
+    const TextIndex &none = *shared;
+    shared->Start(1 << 20);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return none.Complete(); }, 60000));
     EXPECT_EQ(none.KnownRows(), 0);
     EXPECT_EQ(none.RowContaining(10), 0);
     EXPECT_EQ(none.RowAt(0).bytes, "");
@@ -111,15 +120,46 @@ TEST(TextIndex, EmptyShrunkAndUnreadableFilesReadAsWhatIsLeft)
     const std::string shrinking = home.Root() + "/shrinking";
     int64_t lines = 0;
     WriteFileBytes(shrinking, NumberedLines(4 << 20, &lines));
-    TextIndex index(shrinking);
+    const auto sized = std::make_shared<TextIndex>(shrinking);
+    const TextIndex &index = *sized;
+    ASSERT_EQ(sized->Open(), B_OK);
     std::filesystem::resize_file(shrinking, 1000);
-    index.Start(8 << 20);
-    EXPECT_TRUE(index.Complete());
+    sized->Start(8 << 20);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return index.Complete(); }, 60000));
     EXPECT_EQ(index.RowAt(index.Size() - 10).bytes, "") << "what went reads as nothing";
     EXPECT_EQ(index.RowAt(index.RowContaining(500)).bytes.substr(0, 5), "line ");
     EXPECT_LT(index.KnownRows(), 200);
 
-    EXPECT_NE(TextIndex(home.Root() + "/missing").InitCheck(), B_OK);
+    // A file that shrinks while the worker indexes it ends where it ends.
+    const std::string cut = home.Root() + "/cut";
+    const std::string cutText = NumberedLines(12 << 20, &lines);
+    WriteFileBytes(cut, cutText);
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    const auto cutShared = std::make_shared<TextIndex>(cut);
+    const TextIndex &cutIndex = *cutShared;
+    cutShared->Start(1 << 20, [released] { released.wait(); });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return cutIndex.FirstBytesRead(); }, 60000));
+    std::filesystem::resize_file(cut, 2 << 20);
+    release.set_value();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return cutIndex.Complete(); }, 60000));
+    EXPECT_EQ(cutIndex.Size(), int64_t(cutText.size())) << "the size taken at opening";
+    // The rows end with the last line that began before the cut.
+    const int64_t lastRow = cutIndex.RowStart(cutIndex.KnownRows() - 1);
+    EXPECT_LE(lastRow, 2 << 20);
+    EXPECT_GT(lastRow, (2 << 20) - 20);
+    EXPECT_EQ(cutIndex.RowContaining(cutIndex.Size() - 1), lastRow);
+    EXPECT_EQ(cutIndex.RowAt(cutIndex.RowStart(1000)).bytes, "line 1000");
+
+    // What cannot be opened says so on the worker's first call.
+    EXPECT_NE(TextIndex(home.Root() + "/missing").Open(), B_OK);
+    const auto missing = std::make_shared<TextIndex>(home.Root() + "/missing");
+    std::atomic<int> calls{0};
+    missing->Start(1 << 20, [&calls] { calls++; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return missing->FirstBytesRead() && calls == 1; }, 60000));
+    EXPECT_NE(missing->InitCheck(), B_OK);
+    EXPECT_FALSE(missing->Complete());
+    EXPECT_EQ(missing->RowAt(0).bytes, "");
 }
 
 TEST(TextFinder, FindsForwardAndBackwardAcrossBlocksOrSaysThereIsNone)
@@ -135,6 +175,7 @@ TEST(TextFinder, FindsForwardAndBackwardAcrossBlocksOrSaysThereIsNone)
     const int64_t end = int64_t(text.size()) - 6;
     WriteFileBytes(path, text);
     TextIndex index(path);
+    ASSERT_EQ(index.Open(), B_OK);
 
     EXPECT_EQ(TextFinder::Find(index, "needle", 0, true), across);
     EXPECT_EQ(TextFinder::Find(index, "needle", across + 1, true), late);

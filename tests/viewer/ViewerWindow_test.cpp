@@ -16,7 +16,10 @@
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <optional>
 #include <sys/stat.h>
 
 using kestrin::TextPager;
@@ -26,6 +29,20 @@ using kestrin::ViewerWindow;
 namespace {
 
 const QRect kFrame(QPoint(50, 50), QPoint(250, 250));
+
+// What the calling thread has read so far, as the kernel counts it (none
+// where the kernel keeps no count per thread).
+std::optional<int64_t> BytesReadByThisThread()
+{
+    std::ifstream io("/proc/thread-self/io");
+    std::string name;
+    int64_t value = 0;
+    while (io >> name >> value) {
+        if (name == "rchar:")
+            return value;
+    }
+    return std::nullopt;
+}
 
 class ViewerTest : public ::testing::Test
 {
@@ -73,6 +90,12 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
     static QRect Screen() { return QGuiApplication::primaryScreen()->geometry(); }
+    // Whether the text's first screen came from the index's worker.
+    static bool TextRead(ViewerWindow &window)
+    {
+        return QTest::qWaitFor(
+            [&] { return window.TextView() != nullptr && window.TextView()->Showing(); }, 20000);
+    }
 
     TempHome fHome;
     platform::AlertRecorder fAlerts;
@@ -82,6 +105,7 @@ TEST_F(ViewerTest, ATextShowsWithItsMenusAndWraps)
 {
     ViewerWindow window(kFrame, File("notes.txt", "first\nsecond line\n\tthird\n"));
     Show(window);
+    ASSERT_TRUE(TextRead(window));
     EXPECT_EQ(window.windowTitle(), "notes.txt");
     EXPECT_EQ(window.menuBar()->objectName(), "MenuBar");
     QMenu *file = Menu(window, "File");
@@ -130,6 +154,7 @@ TEST_F(ViewerTest, TheWindowFitsTheTextWithinTheScreen)
 {
     ViewerWindow small(kFrame, File("small.txt", "abc\nabcdef\nab\n"));
     Show(small);
+    ASSERT_TRUE(TextRead(small));
     const QSize text = small.TextView()->TextSize();
     EXPECT_EQ(text.height(), 3 * small.TextView()->RowHeight());
     // Wide enough for the laid out row, which may take a fraction of a unit more.
@@ -146,6 +171,7 @@ TEST_F(ViewerTest, TheWindowFitsTheTextWithinTheScreen)
     for (int i = 0; i < 2000; i++)
         tall += "row\n";
     ViewerWindow big(kFrame, File("wide.txt", wide + "\n" + tall));
+    ASSERT_TRUE(TextRead(big));
     EXPECT_EQ(big.geometry().left() + big.width(), Screen().right() - 100);
     EXPECT_EQ(big.geometry().top() + big.height(), Screen().bottom() - 100);
 }
@@ -189,12 +215,21 @@ TEST_F(ViewerTest, WhatIsNeitherTextNorImageOrCannotBeReadShowsNothing)
                         File("data.txt", std::string("\x89PNG\0\xff\xfe\n", 8) + "caf\xe9\n"));
     ASSERT_NE(binary.TextView(), nullptr);
     Show(binary);
+    ASSERT_TRUE(TextRead(binary));
     EXPECT_EQ(binary.TextView()->ShownRows().mid(0, 2),
               QStringList({QString::fromUtf8("�PNG␀ÿþ"), QString::fromUtf8("café")}));
     ViewerWindow empty(kFrame, File("empty.txt", ""));
-    ASSERT_NE(empty.TextView(), nullptr);
+    ASSERT_TRUE(TextRead(empty));
     EXPECT_TRUE(empty.TextView()->ShownRows().isEmpty());
     EXPECT_EQ(fAlerts.Count(), 0u);
+
+    // A text that cannot be opened is told once the worker has tried.
+    const std::string dangling = fHome.Root() + "/dangling.txt";
+    ASSERT_EQ(symlink((fHome.Root() + "/nowhere").c_str(), dangling.c_str()), 0);
+    ViewerWindow unopened(kFrame, dangling);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fAlerts.Count() == 1; }));
+    EXPECT_EQ(fAlerts.Shown()[0].text, "An error occured, don't be surprised nothing happened.");
+    EXPECT_EQ(unopened.TextView(), nullptr);
 }
 
 TEST_F(ViewerTest, ImagesScaleByFactorStretchAndFitTheScreen)
@@ -268,8 +303,8 @@ TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
     window.show();
     QApplication::setActiveWindow(&window);
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    ASSERT_TRUE(TextRead(window));
     TextPager *view = window.TextView();
-    ASSERT_NE(view, nullptr);
     EXPECT_EQ(view->ShownRows().front(), "entry 0");
 
     QTest::keyClick(view, Qt::Key_End, Qt::ControlModifier);
@@ -305,6 +340,81 @@ TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
     QTest::keyClick(&window, Qt::Key_F3);
     ASSERT_TRUE(finished.wait());
     EXPECT_FALSE(finished.last().at(0).toBool());
+}
+
+TEST_F(ViewerTest, TheWindowOpensBeforeTheFileIsReadAndFillsWhenItIs)
+{
+    // Fonts, the type database and the window machinery are read once, here.
+    ViewerWindow first(kFrame, File("first.txt", "first\n"));
+    Show(first);
+    ASSERT_TRUE(TextRead(first));
+
+    std::string text;
+    for (int i = 0; text.size() < (4u << 20); i++)
+        text += "row " + std::to_string(i) + "\n";
+    const std::string path = File("big.txt", text);
+    // A slow disk or a network mount would hold up whoever reads the file:
+    // the GUI thread reads none of it.
+    const std::optional<int64_t> before = BytesReadByThisThread();
+    ViewerWindow window(kFrame, path);
+    window.show();
+    const std::optional<int64_t> after = BytesReadByThisThread();
+    if (before && after)
+        EXPECT_LT(*after - *before, 64 << 10) << "bytes the GUI thread read";
+    TextPager *view = window.TextView();
+    ASSERT_NE(view, nullptr);
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_FALSE(view->Showing());
+    EXPECT_TRUE(view->ShownRows().isEmpty());
+    EXPECT_EQ(window.size(), kFrame.size());
+
+    ASSERT_TRUE(TextRead(window));
+    EXPECT_EQ(view->ShownRows().front(), "row 0");
+    EXPECT_EQ(window.geometry().top() + window.height(), Screen().bottom() - 100)
+        << "the window fits the text once it is read";
+    EXPECT_EQ(fAlerts.Count(), 0u);
+}
+
+TEST_F(ViewerTest, AFileThatShrinksWhileViewedShowsWhatIsLeft)
+{
+    std::string text;
+    int lines = 0;
+    while (text.size() < (6u << 20))
+        text += "entry " + std::to_string(lines++) + "\n";
+    const std::string path = File("shrinking.log", text);
+    ViewerWindow window(kFrame, path);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    ASSERT_TRUE(TextRead(window));
+    TextPager *view = window.TextView();
+    ASSERT_TRUE(QTest::qWaitFor([view] { return view->Index().Complete(); }, 20000));
+
+    // Cut in the middle of a line, far above the end the index knows.
+    std::filesystem::resize_file(path, 1003);
+    QTest::keyClick(view, Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(view->ShownRows().join(""), "") << "what went reads as nothing";
+    view->viewport()->grab();
+    QTest::keyClick(view, Qt::Key_PageUp);
+    QTest::keyClick(view, Qt::Key_Home, Qt::ControlModifier);
+    const QStringList rows = view->ShownRows();
+    ASSERT_FALSE(rows.isEmpty());
+    EXPECT_EQ(rows.front(), "entry 0");
+    view->viewport()->grab();
+
+    QSignalSpy finished(view, &TextPager::SearchFinished);
+    QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
+    auto *field = window.findChild<QLineEdit *>("findField");
+    QTest::keyClicks(field, "entry " + QString::number(lines - 1));
+    QTest::keyClick(field, Qt::Key_Return);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_FALSE(finished.last().at(0).toBool()) << "the end that went is not found";
+    field->setText("entry 20");
+    QTest::keyClick(field, Qt::Key_Return);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_TRUE(finished.last().at(0).toBool());
+    EXPECT_EQ(view->ShownRows().front(), "entry 20");
+    EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
 TEST_F(ViewerTest, TheOpenPanelStartsAtHomeAndOpensTheChosenFileInANewViewer)

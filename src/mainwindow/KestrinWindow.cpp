@@ -34,6 +34,7 @@
 #include "viewer/ViewerWindow.h"
 
 #include <QApplication>
+#include <QPointer>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMenuBar>
@@ -592,11 +593,16 @@ void KestrinWindow::closeEvent(QCloseEvent *event)
 {
     SaveSettings();
     // Copies still running stop here: each deletes the file it was writing,
-    // so nothing half-copied stays behind.
+    // so nothing half-copied stays behind. A copy window takes its own
+    // windows (an open overwrite question) with it, so the list of windows is
+    // not walked while deleting.
+    std::vector<QPointer<CopyWin>> copies;
     for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (qobject_cast<CopyWin *>(window) != nullptr)
-            delete window;
+        if (auto *copy = qobject_cast<CopyWin *>(window))
+            copies.emplace_back(copy);
     }
+    for (const QPointer<CopyWin> &copy : copies)
+        delete copy.data();
     event->accept();
     QCoreApplication::quit();
 }

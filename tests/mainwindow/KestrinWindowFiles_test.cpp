@@ -8,10 +8,16 @@
 #include "panes/DirPane.h"
 #include "panes/KsHeader.h"
 #include "panes/PaneMessages.h"
+#include "fileops/CopyWin.h"
+#include "fileops/FileOpsMessages.h"
 #include "query/QueryWindow.h"
+#include "viewer/ViewerWindow.h"
+#include "ScriptedServer.h"
 #include "support/TestArchives.h"
 
+#include <QAbstractButton>
 #include <QDropEvent>
+#include <QElapsedTimer>
 #include <QFrame>
 #include <QLineEdit>
 #include <QMimeData>
@@ -252,3 +258,108 @@ TEST_F(FilesTest, DroppedEntriesAreCopiedOrMoved)
 }
 
 } // namespace
+
+namespace {
+
+// A server that sends the first 1,000 bytes of a file, then nothing until the
+// client hangs up (or its own wait of five seconds ends).
+void SilentAfterTheFirstBlock(ScriptedServer::Session &s)
+{
+    s.Send("220 hi\r\n");
+    for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "200 ok\r\n"}) {
+        s.ReadLine(); // USER, PASS, CWD /x, TYPE I
+        s.Send(reply);
+    }
+    s.ReadLine(); // SIZE f
+    s.Send("213 100000\r\n");
+    platform::TcpSocket data;
+    if (!s.SendPassiveData(&data))
+        return;
+    data.SendAll(std::string(1000, 'x').data(), 1000);
+    s.ReadLine();
+}
+
+// Ctrl+Q's item of the menu bar.
+QAction *QuitCommand(QWidget &window)
+{
+    for (QAction *action : window.findChildren<QAction *>())
+        if (action->shortcut() == QKeySequence(Qt::CTRL | Qt::Key_Q))
+            return action;
+    ADD_FAILURE() << "no item answers Ctrl+Q";
+    return new QAction(&window);
+}
+
+platform::Message DownloadFrom(unsigned port)
+{
+    platform::Message request(kestrin::kMsgFtpDownload);
+    request.AddString("Host", "127.0.0.1");
+    request.AddInt32("Port", int32_t(port));
+    request.AddString("User", "u");
+    request.AddString("Password", "p");
+    request.AddString("FtpPath", "/x");
+    request.AddString("FtpFile", "f");
+    return request;
+}
+
+} // namespace
+
+// Fault drill: Ctrl+Q while a copy waits for its overwrite question, a
+// download waits on a server gone silent, a query walks every volume and a
+// viewer indexes a long text. Nothing of it holds the quitting up (the server
+// alone would for five seconds, the query for as long as the disks take), and
+// no file is left half written.
+TEST_F(FilesTest, QuittingWithWorkUnderWayEndsAtOnceAndLeavesNoPartialFile)
+{
+    constexpr int kFiles = 200;
+    const std::string chunk(32 << 10, 'c');
+    fs::create_directories(Left() + "/tree");
+    for (int i = 0; i < kFiles; i++)
+        WriteFileBytes(Left() + "/tree/f" + std::to_string(i), chunk);
+    fs::create_directories(Right() + "/tree");
+    WriteFileBytes(Right() + "/tree/f100", "older");
+    std::string lines;
+    for (int i = 0; i < 400000; i++)
+        lines += "line " + std::to_string(i) + " of a text that the viewer indexes\n";
+    WriteFileBytes(Left() + "/long.txt", lines);
+    fs::create_directories(Right() + "/download");
+    ScriptedServer server(SilentAfterTheFirstBlock);
+    kestrin::KestrinWindow &window = Start();
+
+    new kestrin::CopyWin(QRect(100, 100, 400, 130), "Download", Right() + "/download",
+                         DownloadFrom(server.Port()), nullptr);
+    ASSERT_TRUE(WaitFor([&] { return !fs::is_empty(Right() + "/download"); }));
+
+    platform::Message openQuery(kestrin::kCmdQuery);
+    window.MessageReceived(openQuery);
+    auto *query = window.findChild<kestrin::QueryWindow *>();
+    ASSERT_NE(query, nullptr);
+    query->SetRoots({"/"});
+    QTest::keyClicks(query->findChild<QLineEdit *>("Text1"), "e");
+    query->findChild<QAbstractButton *>("StartQuery")->click();
+    ASSERT_TRUE(query->IsSearching());
+
+    kestrin::ViewerWindow::Open(Left() + "/long.txt", &window);
+
+    SelectIn(0, "tree");
+    QTest::keyClick(List(0), Qt::Key_F5);
+    ASSERT_TRUE(WaitFor([] {
+        for (QWidget *widget : QApplication::topLevelWidgets())
+            if (widget->windowTitle() == "Item Exists" && widget->isVisible())
+                return true;
+        return false;
+    }));
+
+    QElapsedTimer quitting;
+    quitting.start();
+    QuitCommand(window)->trigger();
+    fKestrin.reset();
+    EXPECT_LT(quitting.elapsed(), 3000);
+    server.Finish();
+
+    EXPECT_TRUE(fs::is_empty(Right() + "/download")) << "the download's partial file";
+    EXPECT_EQ(ReadFileBytes(Right() + "/tree/f100"), "older");
+    for (const auto &entry : fs::directory_iterator(Right() + "/tree")) {
+        if (entry.path().filename() != "f100")
+            EXPECT_EQ(fs::file_size(entry.path()), chunk.size()) << entry.path();
+    }
+}

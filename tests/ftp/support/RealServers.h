@@ -32,7 +32,16 @@ public:
     std::string Root() const;
     std::string Scratch() const;
 
+    // Ends every session at once, as a server process that dies does: the
+    // connections drop, whatever they were doing. New ones are still served.
+    void DropSessions();
+    // Shuts the server down: its sessions drop and connections are refused
+    // until Start serves again, on the same port.
+    void Stop();
+    bool Start();
+
 private:
+    bool Listen(unsigned port);
     void Serve();
     void Spawn(const platform::TcpSocket &connection);
 

@@ -24,7 +24,7 @@ const char *const kVsftpd = "/usr/sbin/vsftpd";
 
 } // namespace
 
-VsftpdServer::VsftpdServer()
+VsftpdServer::VsftpdServer(unsigned bytesPerSecond)
 {
     if (access(kVsftpd, X_OK) != 0) {
         fUnavailable = "vsftpd is not installed";
@@ -62,6 +62,9 @@ VsftpdServer::VsftpdServer()
                          "connect_from_port_20=NO\n"
                          "xferlog_enable=NO\n"
                          "dirmessage_enable=NO\n"
+                         "anon_max_rate="
+                       + std::to_string(bytesPerSecond)
+                       + "\n"
                          "secure_chroot_dir="
                        + base + "/empty\n");
     if (!Listen(0)) {

@@ -20,7 +20,9 @@
 class VsftpdServer
 {
 public:
-    VsftpdServer();
+    // A rate above 0 bounds each transfer to that many bytes a second, so
+    // that a test can act while one is under way.
+    explicit VsftpdServer(unsigned bytesPerSecond = 0);
     ~VsftpdServer();
 
     VsftpdServer(const VsftpdServer &) = delete;

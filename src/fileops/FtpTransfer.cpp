@@ -133,17 +133,9 @@ void FtpTransfer::Run()
 
 bool FtpTransfer::Connect()
 {
-    std::string host, user, password;
-    int32_t port = 0;
-    fRequest.FindString("Host", &host);
-    fRequest.FindString("User", &user);
-    fRequest.FindString("Password", &password);
     fRequest.FindString("FtpPath", &fRemoteFolder);
-    fRequest.FindInt32("Port", &port);
-
     fFtp = std::make_unique<clsFTP>(kTimeoutMs, &FtpTransfer::CopyFtpCallback, this);
-    fFtp->SetHost(host.c_str(), unsigned(port), nullptr, 0);
-    const int code = fFtp->Connect(user.c_str(), password.c_str(), nullptr);
+    const int code = LogIn(*fFtp);
     if (code != 0) {
         if (!Interrupted())
             CopyControl::ReportError(&fControl, ConnectAlert(code));
@@ -160,6 +152,18 @@ bool FtpTransfer::Connect()
         return false;
     }
     return true;
+}
+
+int FtpTransfer::LogIn(clsFTP &ftp) const
+{
+    std::string host, user, password;
+    int32_t port = 0;
+    fRequest.FindString("Host", &host);
+    fRequest.FindString("User", &user);
+    fRequest.FindString("Password", &password);
+    fRequest.FindInt32("Port", &port);
+    ftp.SetHost(host.c_str(), unsigned(port), nullptr, 0);
+    return ftp.Connect(user.c_str(), password.c_str(), nullptr);
 }
 
 void FtpTransfer::UploadAll()
@@ -199,10 +203,25 @@ void FtpTransfer::UploadFile(const std::string &localPath, const std::string &na
         fFtp->DeleteFile(name.c_str());
         return;
     }
+    if (code != 0 && fFtp->ControlLoss() != clsFTP::Loss::None && !Interrupted())
+        RemovePartialUpload(name);
     if (code != 0)
         TransferFailed("upload", name, code);
     else
         fDoneBytes += fFileBytes;
+}
+
+void FtpTransfer::RemovePartialUpload(const std::string &name)
+{
+    // The server keeps what it received before the connection went; where it
+    // still runs, a connection of its own takes that away. Its sockets are
+    // the worker's, so a stop cuts it short as well.
+    clsFTP ftp(kTimeoutMs, nullptr, nullptr);
+    if (LogIn(ftp) != 0)
+        return;
+    if (ChangedDir(ftp.ChangeDir(fRemoteFolder.c_str())))
+        ftp.DeleteFile(name.c_str());
+    ftp.Leave();
 }
 
 void FtpTransfer::UploadDir(const std::string &localPath, const std::string &name)

@@ -49,10 +49,14 @@ public:
 
 private:
     bool Connect();
+    // Logs `ftp` in to the request's server: 0, or the client's code.
+    int LogIn(clsFTP &ftp) const;
     void UploadAll();
     void DownloadAll();
     void UploadItem(const std::string &localPath);
     void UploadFile(const std::string &localPath, const std::string &name);
+    // Deletes what a lost connection left of an upload, over a new one.
+    void RemovePartialUpload(const std::string &name);
     // Makes the remote folder, changes into it, sends its files and then its
     // sub-folders, and changes back.
     void UploadDir(const std::string &localPath, const std::string &name);

@@ -37,9 +37,9 @@ int FtpFolderClient::Report(int code, int, const char *text, void *data)
 
 int FtpFolderClient::Login()
 {
-    // A connection cut under an earlier request ends here; its QUIT fails
-    // at once on the shut socket.
-    fFtp.Disconnect();
+    // A connection that was lost or cut under an earlier request ends here,
+    // without waiting for an answer it would not give.
+    fFtp.Leave();
     fFolder.clear();
     fPassive = true;
     fFtp.SetHost(fSession.host.c_str(), fSession.PortNumber(), nullptr, 0);
@@ -50,26 +50,72 @@ int FtpFolderClient::Login()
 
 FtpResult FtpFolderClient::Run(const FtpRequest &request, const std::function<void()> &connected)
 {
+    const bool loggingIn = request.step == FtpRequest::Step::Connect || !fLoggedIn;
     FtpResult result;
-    const bool connecting = request.step == FtpRequest::Step::Connect;
-    if (connecting || !fLoggedIn) {
-        result.connectCode = Login();
-        if (result.connectCode != 0)
-            return result;
-        if (connected)
-            connected();
-        // The result of CWD is not judged: PWD says where we ended up.
-        fFtp.ChangeDir(connecting ? fSession.remoteDir.c_str() : request.base.c_str());
-    } else if (!request.base.empty() && request.base != fFolder) {
+    if (loggingIn) {
+        result = LogInAndVisit(request, connected);
+    } else {
         // The step starts where the pane is, whatever a cancelled request
         // left behind.
-        fFtp.ChangeDir(request.base.c_str());
+        if (!request.base.empty() && request.base != fFolder)
+            fFtp.ChangeDir(request.base.c_str());
+        Visit(request, &result);
+        // Servers end idle sessions, and restart: a connection found closed
+        // is made once more at once. One that fell silent has cost the user
+        // a whole time-out already; the next request tries again.
+        if (fFtp.ControlLoss() == clsFTP::Loss::Dropped)
+            result = LogInAndVisit(request, connected);
     }
-    Step(request);
-    fFtp.PrintDir(&fFolder);
-    result.folder = fFolder;
-    result.listCode = List(nullptr, &result.listing);
+    if (result.connectCode == 0 && Lost())
+        result.connectCode = clsFTP::kNoReply;
+    if (result.connectCode != 0) {
+        GiveUp(&result);
+    } else if (result.listCode == 0 && !result.folder.empty()) {
+        fLastFolder = result.folder;
+        fLastListing = result.listing;
+    }
     return result;
+}
+
+FtpResult FtpFolderClient::LogInAndVisit(const FtpRequest &request,
+                                         const std::function<void()> &connected)
+{
+    FtpResult result;
+    result.connectCode = Login();
+    if (result.connectCode != 0)
+        return result;
+    if (connected)
+        connected();
+    // The result of CWD is not judged: PWD says where we ended up.
+    fFtp.ChangeDir(request.step == FtpRequest::Step::Connect ? fSession.remoteDir.c_str()
+                                                             : request.base.c_str());
+    Visit(request, &result);
+    return result;
+}
+
+void FtpFolderClient::Visit(const FtpRequest &request, FtpResult *result)
+{
+    // Once the connection is lost every further command would only fail,
+    // and on a silent server each would wait out its own time-out.
+    if (Lost())
+        return;
+    Step(request);
+    if (Lost())
+        return;
+    fFtp.PrintDir(&fFolder);
+    if (Lost())
+        return;
+    result->folder = fFolder;
+    result->listCode = List(nullptr, &result->listing);
+}
+
+void FtpFolderClient::GiveUp(FtpResult *result)
+{
+    fFtp.Leave();
+    fLoggedIn = false;
+    result->folder = fLastFolder;
+    result->listing = fLastListing;
+    result->listCode = 0;
 }
 
 void FtpFolderClient::Step(const FtpRequest &request)
@@ -96,6 +142,8 @@ void FtpFolderClient::Step(const FtpRequest &request)
 void FtpFolderClient::Remove(const FtpRequest &request)
 {
     for (const auto &[name, folder] : request.entries) {
+        if (Lost())
+            return;
         if (!folder) {
             fFtp.DeleteFile(name.c_str());
             continue;
@@ -119,6 +167,8 @@ void FtpFolderClient::EmptyFolder(const std::string &path, int depth)
     // Absolute paths throughout: a CWD that failed can never make a DELE
     // act on another folder.
     for (const FtpListingRow &row : GetEntries(listing)) {
+        if (Lost())
+            return;
         if (!IsPlainName(row.name))
             continue;
         const std::string inside = platform::JoinPath(path, row.name);

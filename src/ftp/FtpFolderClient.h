@@ -21,8 +21,11 @@ public:
     ~FtpFolderClient();
 
     // Logs in first when not logged in (or for a Connect step), then tells
-    // `connected`; a lost connection is made again and the request goes on
-    // from its base folder.
+    // `connected`. A connection the server dropped is made once more and the
+    // request goes on from its base folder; when that fails too, or the
+    // server fell silent, the request gives up with a nonzero connectCode
+    // and the folder and listing of the last listing that came whole, and
+    // the next request logs in again.
     FtpResult Run(const FtpRequest &request, const std::function<void()> &connected);
     // The connection was cut under a request: the next one logs in again.
     void ConnectionLost() { fLoggedIn = false; }
@@ -32,6 +35,12 @@ public:
 private:
     static int Report(int code, int count, const char *text, void *data);
     int Login();
+    // Logs in, changes to where the request starts and runs it.
+    FtpResult LogInAndVisit(const FtpRequest &request, const std::function<void()> &connected);
+    // The step, then where it led and the listing there.
+    void Visit(const FtpRequest &request, FtpResult *result);
+    void GiveUp(FtpResult *result);
+    bool Lost() const { return fFtp.ControlLoss() != clsFTP::Loss::None; }
     void Step(const FtpRequest &request);
     void Remove(const FtpRequest &request);
     // Deletes everything inside the folder `path`, folders depth first.
@@ -45,6 +54,9 @@ private:
     bool fLoggedIn = false;
     bool fPassive = true;
     std::string fFolder;
+    // What the pane shows again when a request gives up.
+    std::string fLastFolder;
+    std::string fLastListing;
 };
 
 } // namespace kestrin

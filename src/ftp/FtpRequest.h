@@ -44,9 +44,12 @@ struct FtpRequest
 // What came of a request.
 struct FtpResult
 {
-    // 0, or why a login this request needed failed (530: refused).
+    // 0, or why a login this request needed failed (530: refused), or 2
+    // when the connection was lost and could not be made again.
     int connectCode = 0;
-    // The remote folder after the step, as PWD names it.
+    // The remote folder after the step, as PWD names it; when connectCode
+    // is not 0, the folder of the last listing, which comes again (empty
+    // when there was none).
     std::string folder;
     // 0, or why LIST failed; the listing as the server sent it.
     int listCode = 0;

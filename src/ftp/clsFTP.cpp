@@ -162,11 +162,14 @@ int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
     size_t length = 0;
     for (;;) {
         ssize_t received = -1;
-        if (TimeoutIfNotReady(socket, true))
+        const status_t ready = socket.WaitReady(true, fTimeoutSeconds, fTimeoutMicroseconds);
+        if (ready == B_OK)
             received = socket.Receive(scratch.data(), scratch.size());
         // Nothing, or a dropped connection: both mean no reply came.
-        if (received <= 0)
+        if (received <= 0) {
+            Lost(ready == B_TIMED_OUT ? Loss::Silent : Loss::Dropped);
             break;
+        }
         std::vector<std::string> lines = FtpWireText::SplitLines(scratch.data(), size_t(received));
         if (lines.empty())
             lines.emplace_back();
@@ -192,12 +195,20 @@ int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
                 return firstCode;
             }
         }
-        if (std::chrono::steady_clock::now() >= deadline)
+        if (std::chrono::steady_clock::now() >= deadline) {
+            Lost(Loss::Silent);
             break;
+        }
     }
     memset(buffer, 0, size);
     CopyInto(buffer, size, "TIMEOUT");
-    return 2;
+    return kNoReply;
+}
+
+void clsFTP::Lost(Loss how)
+{
+    if (fLoss == Loss::None)
+        fLoss = how;
 }
 
 int clsFTP::ReadReply()
@@ -216,6 +227,7 @@ int clsFTP::Connect(const char *user, const char *password, const char *account)
 {
     fTransferType = 0;
     fPassiveRefused = false;
+    fLoss = Loss::None;
     fPending.clear();
     const std::string &target = fUseProxy ? fProxyHost : fHost;
     const unsigned targetPort = fUseProxy ? fProxyPort : fPort;
@@ -309,11 +321,15 @@ int clsFTP::PrintDir(std::string *path)
 {
     const int previous = fLastCode;
     FTPWriteString(fControl, "PWD\r\n");
-    FTPReadString(fControl, fReply, sizeof fReply);
-    std::string folder = strlen(fReply) > 5 ? std::string(fReply + 5) : std::string();
-    const size_t quote = folder.rfind('"');
-    if (quote != std::string::npos)
-        folder.resize(quote);
+    // Only a 257 names a folder: the text of a refusal, or the "TIMEOUT" of
+    // a connection that is gone, cut after `257 "`, would pass for a path.
+    std::string folder;
+    if (FTPReadString(fControl, fReply, sizeof fReply) == 257 && strlen(fReply) > 5) {
+        folder = fReply + 5;
+        const size_t quote = folder.rfind('"');
+        if (quote != std::string::npos)
+            folder.resize(quote);
+    }
     if (path != nullptr)
         *path = folder;
     return previous == 250 || previous == 257 ? 0 : previous;
@@ -452,6 +468,10 @@ int clsFTP::FTPSendPASV(TcpSocket &control, PassiveAddress *address)
 
 int clsFTP::Fail(int code, const char *what, FtpDataChannel *channel)
 {
+    // A data connection that did not come, or stalled, leaves the
+    // transfer's last reply unread: it would answer the next command.
+    if (code == kNoReply)
+        Lost(Loss::Silent);
     ReportFormatted(-1, "Exception: %d - Error %s.", code, what);
     channel->Close();
     return code;
@@ -514,9 +534,9 @@ int clsFTP::ConnectData(const std::string &command,
         if (code != 125 && code != 150)
             return code;
         if (!TimeoutIfNotReady(channel->listener, true))
-            return 2;
+            return kNoReply;
         if (channel->listener.Accept(&channel->data) != B_OK)
-            return 2;
+            return kNoReply;
         channel->listener.Close();
     }
     channel->data.SetTimeouts(fTimeoutSeconds, fTimeoutMicroseconds);
@@ -660,7 +680,7 @@ int clsFTP::Download(const char *remoteName,
         return Fail(7, "downloading file", &channel);
     }
     if (!TimeoutIfNotReady(channel.data, true))
-        return Fail(2, "downloading file", &channel);
+        return Fail(kNoReply, "downloading file", &channel);
     int64_t total = 0;
     const auto progress = [&](int64_t done) { return ReportProgress(done, expected); };
     fLocalStatus = channel.ReceiveToFile(file, &total, progress, fCancelled);
@@ -678,7 +698,7 @@ int clsFTP::DownloadBuffer(
     if (const int code = StartDownload(remoteName, binary, passive, &channel, &expected); code != 0)
         return code;
     if (!TimeoutIfNotReady(channel.data, true))
-        return Fail(2, "downloading file", &channel);
+        return Fail(kNoReply, "downloading file", &channel);
     int64_t total = 0;
     FtpDataChannel::Progress progress;
     if (expected != 0)
@@ -698,7 +718,7 @@ int clsFTP::List(const char *path, char **listing, bool passive, bool)
     if (code != 0)
         return code;
     if (!TimeoutIfNotReady(channel.data, true))
-        return Fail(2, "retrieving list", &channel);
+        return Fail(kNoReply, "retrieving list", &channel);
     int64_t total = 0;
     channel.ReceiveAll(listing, &total, nullptr);
     if (*listing != nullptr) {

@@ -26,6 +26,16 @@ class clsFTP
 public:
     static constexpr size_t kReplySize = 1024;
     static constexpr size_t kBlockSize = 8192;
+    // The code of a reply or data that did not come: the time-out passed or
+    // the server went away.
+    static constexpr int kNoReply = 2;
+
+    // How the control connection was lost, if it was. Dropped: the server
+    // closed it or it broke; a new connection may well work. Silent: an
+    // answer did not come within the time-out; a late one would be taken
+    // for the answer to a later command, so the connection is of no more
+    // use.
+    enum class Loss { None, Dropped, Silent };
 
     using PassiveAddress = FtpWireText::PassiveAddress;
 
@@ -64,7 +74,8 @@ public:
     void Leave();
     // Only 257 counts as success, so a plain 250 to CWD comes back as 250.
     int ChangeDir(const char *path);
-    // *path gets the folder; the result is judged on the previous reply's code.
+    // *path gets the folder that a 257 reply names, else nothing; the result
+    // is judged on the previous reply's code.
     int PrintDir(std::string *path);
     int MakeDir(const char *path);
     int RemoveDir(const char *path);
@@ -76,6 +87,8 @@ public:
     // its reply names none (some servers never do). Used once.
     void ExpectSize(int64_t bytes) { fExpectedHint = bytes; }
     bool IsConnected() const;
+    // Since the last Connect.
+    Loss ControlLoss() const { return fLoss; }
 
     int Upload(const char *localPath,
                const char *remoteName,
@@ -152,6 +165,8 @@ private:
     int SetType(bool binary);
     int ReceiveReply(platform::TcpSocket &socket, char *buffer, size_t size);
     int Fail(int code, const char *what, FtpDataChannel *channel);
+    // The first loss counts: a silent server that then closes was silent.
+    void Lost(Loss how);
 
     // Steps 1 to 6 of every transfer: PORT or PASV, TYPE, the command and the
     // data connection. 0 with channel->data connected, else the code, with
@@ -194,6 +209,7 @@ private:
     bool fCancelled = false;
     bool fPassiveRefused = false;
     status_t fLocalStatus = B_OK;
+    Loss fLoss = Loss::None;
     // Lines that arrived in one read behind the reply they followed.
     std::deque<std::string> fPending;
     int64_t fExpectedHint = 0;

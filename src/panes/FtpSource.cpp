@@ -19,16 +19,15 @@ constexpr int kLoginRefused = 530;
 // The rows of a server's answer, made on the conversation's worker.
 void MakeRows(const FtpResult &result, const RowStyle &style, FolderLister::Job &job)
 {
-    if (result.connectCode != 0) {
+    if (result.connectCode != 0)
         job.problem = result.connectCode == kLoginRefused
                           ? "The username or password supplied is incorrect.\nCheck your "
                             "settings and try to reconnect."
                           : "Failed to connect to ftp server.\nPlease check your internet "
                             "connection";
-        return;
-    }
-    // A listing that failed, or was cut short, shows nothing but the path.
-    if (result.listCode != 0)
+    // A listing that failed shows nothing but the path. After a lost
+    // connection the last listing is shown again, if there was one.
+    if (result.listCode != 0 || (result.connectCode != 0 && result.folder.empty()))
         return;
     const std::vector<FtpListingRow> entries = GetEntries(result.listing);
     job.total = int32_t(entries.size());
@@ -138,7 +137,8 @@ std::shared_ptr<FolderLister::Job> FtpSource::StartReading(const RowStyle &style
             result.listing.clear();
         },
         [job, guard, done = std::move(done), reached = fReached](FtpResult &result) {
-            if (result.connectCode == 0) {
+            // After a lost connection the place is the folder listed last.
+            if (result.connectCode == 0 || !result.folder.empty()) {
                 reached->done = true;
                 reached->folder = result.folder;
             }

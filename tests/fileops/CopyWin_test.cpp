@@ -1,6 +1,7 @@
 #include "fileops/CopyWin.h"
 
 #include "CopyTestSupport.h"
+#include "RealServers.h"
 #include "ScriptedServer.h"
 
 #include "fileops/ArchiveCallbacks.h"
@@ -9,6 +10,7 @@
 #include "platform/AlertRecorder.h"
 #include "platform/Entry.h"
 #include "support/TempHome.h"
+#include "support/TickGaps.h"
 #include "widgets/StatusBar.h"
 
 #include <QApplication>
@@ -490,3 +492,67 @@ INSTANTIATE_TEST_SUITE_P(WaysOut,
                          [](const testing::TestParamInfo<WayOut> &info) {
                              return info.param == WayOut::StopButton ? "StopButton" : "Quitting";
                          });
+
+// The server's session dies in the middle of a file, one way and then the
+// other; the server itself runs on. The window stays responsive, says the
+// connection was lost, and no part of the file stays on either side.
+TEST(CopyWin, ADroppedConnectionLeavesNoPartOfTheFileOnEitherSide)
+{
+    // Slow enough that the session is dropped long before a file is whole.
+    VsftpdServer server(1024 * 1024);
+    if (!server.Unavailable().empty())
+        GTEST_SKIP() << server.Unavailable();
+    TempHome home;
+    platform::AlertRecorder alerts;
+    const std::string remote = server.Root() + "/upload";
+    const std::string local = home.Root() + "/local";
+    fs::create_directory(local);
+    WriteFileBytes(remote + "/down", std::string(8 * 1024 * 1024, 'd'));
+    WriteFileBytes(local + "/up", std::string(32 * 1024 * 1024, 'u'));
+    const auto request = [&](uint32_t what) {
+        platform::Message request(what);
+        request.AddString("Host", "127.0.0.1");
+        request.AddInt32("Port", int32_t(server.Port()));
+        request.AddString("User", "anonymous");
+        request.AddString("Password", "kestrin@");
+        request.AddString("FtpPath", remote);
+        return request;
+    };
+    const auto hasBytes = [](const std::string &folder) {
+        for (const auto &entry : fs::directory_iterator(folder)) {
+            if (entry.is_regular_file() && entry.file_size() > 0)
+                return true;
+        }
+        return false;
+    };
+    TickGaps gaps;
+
+    platform::Message download = request(kestrin::kMsgFtpDownload);
+    download.AddString("FtpFile", "down");
+    const std::string received = home.Root() + "/received";
+    fs::create_directory(received);
+    QPointer<CopyWin> window = new CopyWin(kFrame, "Download", received, download, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return hasBytes(received); }));
+    server.DropSessions();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }, 30000));
+    EXPECT_TRUE(fs::is_empty(received));
+
+    fs::remove(remote + "/down");
+    platform::Message upload = request(kestrin::kMsgCopyRequest);
+    upload.AddRef("refs", RefFor(local + "/up"));
+    upload.AddString("Session", "site.ftp");
+    window = new CopyWin(kFrame, "Upload", remote, upload, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return hasBytes(remote); }));
+    server.DropSessions();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }, 30000));
+    EXPECT_TRUE(fs::is_empty(remote));
+
+    std::vector<std::string> texts;
+    for (const platform::Alert &alert : alerts.Shown())
+        texts.push_back(alert.text);
+    EXPECT_EQ(texts,
+              (std::vector<std::string>{
+                  "Kestrin did not download \"down\": the connection to the server was lost.",
+                  "Kestrin did not upload \"up\": the connection to the server was lost."}));
+    EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
+}

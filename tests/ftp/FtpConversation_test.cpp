@@ -1,14 +1,17 @@
 // A pane's conversation with its server: results and log lines reach the GUI
 // thread, a newer request cuts an older one short, PASV refused falls back to
-// active, and a server that breaks off costs nothing but the listing.
+// active, and a server that breaks off or falls silent is given up on without
+// holding anything up.
 
 #include "RealServers.h"
 #include "ScriptedServer.h"
 #include "SilentServer.h"
 #include "ftp/FtpConversation.h"
+#include "support/TickGaps.h"
 
 #include <QStringList>
 #include <QTest>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
@@ -114,7 +117,7 @@ TEST(FtpConversationScripted, PassiveRefusedListsInActiveMode)
     EXPECT_EQ(lines.back(), "QUIT\r\n");
 }
 
-TEST(FtpConversationScripted, ServerClosingInTheListingLeavesNoListing)
+TEST(FtpConversationScripted, ServerClosingInTheFirstListingFailsTheConnection)
 {
     ScriptedServer server([](ScriptedServer::Session &s) {
         LogIn(s);
@@ -128,9 +131,65 @@ TEST(FtpConversationScripted, ServerClosingInTheListingLeavesNoListing)
     Outcome outcome;
     outcome.Submit(conversation);
     ASSERT_TRUE(outcome.Wait());
-    EXPECT_EQ(outcome.result->connectCode, 0);
-    EXPECT_NE(outcome.result->listCode, 0);
+    EXPECT_NE(outcome.result->connectCode, 0);
+    EXPECT_EQ(outcome.result->folder, "");
+    EXPECT_EQ(outcome.result->listing, "");
+    EXPECT_EQ(conversation.Status(),
+              "ftp: Failed to connect.  Please check you internet connection");
     server.Finish();
+}
+
+// A server that stops answering costs one time-out, not two: the request
+// gives up with the last listing, and the next one logs in again.
+TEST(FtpConversationScripted, ServerSilentPastTheTimeOutIsLeftAndTheNextRequestLogsInAgain)
+{
+    const auto list = [](ScriptedServer::Session &s, const std::string &listing) {
+        platform::TcpSocket data;
+        if (!s.SendPassiveData(&data))
+            return;
+        data.SendAll(listing.data(), listing.size());
+        data.Close();
+        s.Send("226 done\r\n");
+    };
+    ScriptedServer server({[&](ScriptedServer::Session &s) {
+                               LogIn(s);
+                               list(s, "-rw-r--r-- 1 u g 3 Jan  1  2020 a.txt\r\n");
+                               s.ReadLine(); // CWD sub, never answered
+                               s.WaitForClose();
+                           },
+                           [&](ScriptedServer::Session &s) {
+                               LogIn(s);
+                               list(s, "-rw-r--r-- 1 u g 3 Jan  1  2020 b.txt\r\n");
+                               s.WaitForClose();
+                           }});
+    auto conversation = std::make_unique<FtpConversation>(SessionOn(server.Port()), kShortTimeout);
+    Outcome first;
+    first.Submit(*conversation);
+    ASSERT_TRUE(first.Wait());
+    ASSERT_EQ(first.result->connectCode, 0);
+
+    TickGaps gaps;
+    Outcome silent;
+    silent.Submit(*conversation, FtpRequest::Of(FtpRequest::Step::Enter, "/pub", "sub"));
+    ASSERT_TRUE(silent.Wait());
+    EXPECT_EQ(silent.result->connectCode, 2);
+    EXPECT_EQ(silent.result->folder, "/pub");
+    EXPECT_EQ(silent.result->listCode, 0);
+    EXPECT_EQ(silent.result->listing, first.result->listing);
+    EXPECT_EQ(conversation->Status(),
+              "ftp: Failed to connect.  Please check you internet connection");
+    EXPECT_FALSE(silent.log.contains("USER anonymous\r\n")) << "no second wait for the server";
+
+    Outcome again;
+    again.Submit(*conversation, FtpRequest::Of(FtpRequest::Step::Stay, "/pub"));
+    ASSERT_TRUE(again.Wait());
+    EXPECT_EQ(again.result->connectCode, 0);
+    EXPECT_EQ(again.result->listing, "-rw-r--r-- 1 u g 3 Jan  1  2020 b.txt\r");
+    EXPECT_EQ(conversation->Status(), "");
+    EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
+    conversation.reset();
+    const auto lines = server.Finish();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "CWD sub\r\n"), 1);
 }
 
 TEST(FtpConversationSilent, NewerRequestAndClosingCutTheOlderShort)

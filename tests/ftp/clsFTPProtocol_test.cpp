@@ -290,3 +290,49 @@ TEST(FtpScripted, UnusablePassiveReplyFailsTheTransfer)
     EXPECT_EQ(listing, nullptr);
     EXPECT_TRUE(log.HasText("Exception: 6 - Error retrieving list."));
 }
+
+TEST(FtpScripted, OnlyA257NamesAFolderAndALostConnectionSaysHow)
+{
+    {
+        ScriptedServer server([](ScriptedServer::Session &s) {
+            s.Send("220 hi\r\n");
+            s.ReadLine(); // PWD
+            s.Send("550 no folder for you\r\n");
+            s.ReadLine(); // PWD
+            s.Send("257 \"/pub\" is here\r\n");
+            // Gone before the third.
+        });
+        clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kTimeout, nullptr, nullptr);
+        ASSERT_EQ(ftp.Connect(nullptr, nullptr, nullptr), 220);
+        std::string path = "before";
+        ftp.PrintDir(&path);
+        EXPECT_EQ(path, "");
+        ftp.PrintDir(&path);
+        EXPECT_EQ(path, "/pub");
+        EXPECT_EQ(ftp.ControlLoss(), clsFTP::Loss::None);
+        server.Finish();
+        ftp.PrintDir(&path);
+        EXPECT_STREQ(ftp.ReplyText(), "TIMEOUT");
+        EXPECT_EQ(path, "");
+        EXPECT_EQ(ftp.ControlLoss(), clsFTP::Loss::Dropped);
+    }
+    {
+        // The listing's data never comes: the reply still due after it
+        // would be read as the answer to the next command.
+        ScriptedServer server([](ScriptedServer::Session &s) {
+            s.Send("220 hi\r\n");
+            s.ReadLine(); // TYPE A
+            s.Send("200 ok\r\n");
+            TcpSocket data;
+            if (s.SendPassiveData(&data))
+                s.WaitForClose();
+        });
+        clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, 1000, nullptr, nullptr);
+        ASSERT_EQ(ftp.Connect(nullptr, nullptr, nullptr), 220);
+        char *listing = nullptr;
+        EXPECT_EQ(ftp.List(nullptr, &listing, true), 2);
+        EXPECT_EQ(ftp.ControlLoss(), clsFTP::Loss::Silent);
+        ftp.Leave();
+        server.Finish();
+    }
+}

@@ -2,9 +2,12 @@
 
 #include "TempHome.h"
 
+#include <arpa/inet.h>
 #include <csignal>
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <spawn.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,7 +24,7 @@ const char *const kVsftpd = "/usr/sbin/vsftpd";
 
 } // namespace
 
-VsftpdServer::VsftpdServer()
+VsftpdServer::VsftpdServer(unsigned bytesPerSecond)
 {
     if (access(kVsftpd, X_OK) != 0) {
         fUnavailable = "vsftpd is not installed";
@@ -59,15 +62,15 @@ VsftpdServer::VsftpdServer()
                          "connect_from_port_20=NO\n"
                          "xferlog_enable=NO\n"
                          "dirmessage_enable=NO\n"
+                         "anon_max_rate="
+                       + std::to_string(bytesPerSecond)
+                       + "\n"
                          "secure_chroot_dir="
                        + base + "/empty\n");
-    SocketAddress local;
-    if (fListener.Open() != B_OK || fListener.BindEphemeral(kLoopback) != B_OK
-        || fListener.Listen(8) != B_OK || fListener.LocalAddress(&local) != B_OK) {
+    if (!Listen(0)) {
         fUnavailable = "no listening socket on 127.0.0.1";
         return;
     }
-    fPort = local.port;
     fThread = std::thread([this] { Serve(); });
 }
 
@@ -76,12 +79,7 @@ VsftpdServer::~VsftpdServer()
     fStop = true;
     if (fThread.joinable())
         fThread.join();
-    std::lock_guard<std::mutex> guard(fLock);
-    for (pid_t child : fChildren) {
-        // Each session runs in a process group of its own, led by the child.
-        kill(-child, SIGKILL);
-        waitpid(child, nullptr, 0);
-    }
+    DropSessions();
     // The served root is read-only so that writes outside "upload" fail; only
     // root could empty it as it is.
     chmod(Root().c_str(), 0755);
@@ -97,6 +95,57 @@ std::string VsftpdServer::Scratch() const
     const std::string scratch = fDir.path().toStdString() + "/scratch";
     mkdir(scratch.c_str(), 0755);
     return scratch;
+}
+
+// On `port`, or an ephemeral one for 0. The port of a server that was
+// stopped is taken again at once, though its dropped connections linger.
+bool VsftpdServer::Listen(unsigned port)
+{
+    if (fListener.Open() != B_OK)
+        return false;
+    const int reuse = 1;
+    setsockopt(fListener.FD(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(kLoopback);
+    address.sin_port = htons(uint16_t(port));
+    SocketAddress local;
+    if (bind(fListener.FD(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0
+        || fListener.Listen(8) != B_OK || fListener.LocalAddress(&local) != B_OK) {
+        fListener.Close();
+        return false;
+    }
+    fPort = local.port;
+    return true;
+}
+
+void VsftpdServer::DropSessions()
+{
+    std::lock_guard<std::mutex> guard(fLock);
+    for (pid_t child : fChildren) {
+        // Each session runs in a process group of its own, led by the child.
+        kill(-child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+    fChildren.clear();
+}
+
+void VsftpdServer::Stop()
+{
+    fStop = true;
+    if (fThread.joinable())
+        fThread.join();
+    fListener.Close();
+    DropSessions();
+}
+
+bool VsftpdServer::Start()
+{
+    if (fThread.joinable() || !Listen(fPort))
+        return false;
+    fStop = false;
+    fThread = std::thread([this] { Serve(); });
+    return true;
 }
 
 void VsftpdServer::Serve()

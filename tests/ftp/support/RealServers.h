@@ -20,7 +20,9 @@
 class VsftpdServer
 {
 public:
-    VsftpdServer();
+    // A rate above 0 bounds each transfer to that many bytes a second, so
+    // that a test can act while one is under way.
+    explicit VsftpdServer(unsigned bytesPerSecond = 0);
     ~VsftpdServer();
 
     VsftpdServer(const VsftpdServer &) = delete;
@@ -32,7 +34,16 @@ public:
     std::string Root() const;
     std::string Scratch() const;
 
+    // Ends every session at once, as a server process that dies does: the
+    // connections drop, whatever they were doing. New ones are still served.
+    void DropSessions();
+    // Shuts the server down: its sessions drop and connections are refused
+    // until Start serves again, on the same port.
+    void Stop();
+    bool Start();
+
 private:
+    bool Listen(unsigned port);
     void Serve();
     void Spawn(const platform::TcpSocket &connection);
 

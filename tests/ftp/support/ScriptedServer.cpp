@@ -79,7 +79,11 @@ void ScriptedServer::Session::WaitForClose()
 }
 
 ScriptedServer::ScriptedServer(Script script)
-    : fScript(std::move(script))
+    : ScriptedServer(std::vector<Script>{std::move(script)})
+{}
+
+ScriptedServer::ScriptedServer(std::vector<Script> scripts)
+    : fScripts(std::move(scripts))
 {
     SocketAddress local;
     if (fListener.Open() == B_OK && fListener.BindEphemeral(kLoopback) == B_OK
@@ -95,11 +99,13 @@ ScriptedServer::~ScriptedServer()
 
 void ScriptedServer::Run()
 {
-    TcpSocket control;
-    if (fListener.WaitReady(true, kWaitSeconds, 0) != B_OK || fListener.Accept(&control) != B_OK)
-        return;
-    Session session(this, &control);
-    fScript(session);
+    for (const Script &script : fScripts) {
+        TcpSocket control;
+        if (fListener.WaitReady(true, kWaitSeconds, 0) != B_OK || fListener.Accept(&control) != B_OK)
+            return;
+        Session session(this, &control);
+        script(session);
+    }
 }
 
 std::vector<std::string> ScriptedServer::Finish()

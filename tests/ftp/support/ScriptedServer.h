@@ -8,9 +8,10 @@
 #include <thread>
 #include <vector>
 
-// One FTP conversation on 127.0.0.1, played by a script on a thread of its
-// own: it accepts one control connection and hands it to the script. Every
-// wait is bounded, so a client that misbehaves ends the script in seconds.
+// FTP conversations on 127.0.0.1, played by scripts on a thread of its own:
+// it accepts one control connection per script, one after the other, and
+// hands each to its script. Every wait is bounded, so a client that
+// misbehaves ends the scripts in seconds.
 class ScriptedServer
 {
 public:
@@ -45,10 +46,11 @@ public:
     using Script = std::function<void(Session &)>;
 
     explicit ScriptedServer(Script script);
+    explicit ScriptedServer(std::vector<Script> scripts);
     ~ScriptedServer();
 
     unsigned Port() const { return fPort; }
-    // Ends the conversation (waits for the script) and gives every line the
+    // Ends the conversations (waits for the scripts) and gives every line the
     // client sent.
     std::vector<std::string> Finish();
 
@@ -57,7 +59,7 @@ public:
 private:
     void Run();
 
-    Script fScript;
+    std::vector<Script> fScripts;
     platform::TcpSocket fListener;
     unsigned fPort = 0;
     std::mutex fLock;

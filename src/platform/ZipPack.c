@@ -147,6 +147,16 @@ static int is_utf8(const char *text)
     return 1;
 }
 
+/* What went wrong in writing a member: the archive's own file (a full disk)
+ * when the writer saw an error of the system, else the member. */
+static int write_failed(struct packer *packer, const char *path)
+{
+    const int error = archive_errno(packer->zip);
+    if (error > 0)
+        return fail(packer, "cannot write the archive: %s", strerror(error));
+    return fail(packer, "cannot pack \"%s\": %s", path, archive_error_string(packer->zip));
+}
+
 static int write_header(struct packer *packer, struct archive_entry *entry, const char *path)
 {
     /* Zip readers take a name for UTF-8 only when its entry says so, and
@@ -161,7 +171,7 @@ static int write_header(struct packer *packer, struct archive_entry *entry, cons
     /* ARCHIVE_WARN: a name the writer could not convert, which it stores as
      * it is. */
     if (archive_write_header(packer->zip, entry) < ARCHIVE_WARN)
-        return fail(packer, "cannot pack \"%s\": %s", path, archive_error_string(packer->zip));
+        return write_failed(packer, path);
     return 0;
 }
 
@@ -196,7 +206,7 @@ static int pack_file(struct packer *packer, const char *path, const char *name)
         else if (count == 0)
             status = fail(packer, "\"%s\" shrank while it was being packed", path);
         else if (archive_write_data(packer->zip, packer->chunk, (size_t) count) != count)
-            status = fail(packer, "cannot pack \"%s\": %s", path, archive_error_string(packer->zip));
+            status = write_failed(packer, path);
         else {
             left -= count;
             packer->all_bytes += count;

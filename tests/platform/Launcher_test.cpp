@@ -2,6 +2,7 @@
 #include "platform/LaunchRecorder.h"
 
 #include "TempHome.h"
+#include "TickGaps.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -114,35 +115,6 @@ void WriteScript(const std::string &folder, const std::string &name, const std::
                           QFileDevice::ReadOwner | QFileDevice::ExeOwner);
 }
 
-// The largest pause between the ticks of a 15 ms timer on the GUI thread.
-class GuiTicker
-{
-public:
-    GuiTicker()
-    {
-        fTimer.setInterval(15);
-        QObject::connect(&fTimer, &QTimer::timeout, [this] {
-            fLargestGap = std::max(fLargestGap, fClock.restart());
-            fTicks++;
-        });
-        fClock.start();
-        fTimer.start();
-    }
-    // The largest gap once the timer has ticked again.
-    qint64 LargestGap()
-    {
-        const int ticks = fTicks;
-        EXPECT_TRUE(QTest::qWaitFor([&] { return fTicks > ticks; }));
-        return fLargestGap;
-    }
-
-private:
-    QTimer fTimer;
-    QElapsedTimer fClock;
-    qint64 fLargestGap = 0;
-    int fTicks = 0;
-};
-
 } // namespace
 
 TEST(Launcher, TheTextEditorIsAskedOfTheDesktopWhileTheGuiThreadGoesOn)
@@ -169,10 +141,10 @@ TEST(Launcher, TheTextEditorIsAskedOfTheDesktopWhileTheGuiThreadGoesOn)
 
     home.SetEnv("PATH", slow);
     {
-        GuiTicker ticker;
+        TickGaps ticker;
         EXPECT_EQ(Launcher::OpenInTextEditor("/tmp/notes.md"), B_OK);
         ASSERT_TRUE(launched(1));
-        EXPECT_LT(ticker.LargestGap(), 1000) << "the GUI thread waited on xdg-mime";
+        EXPECT_LT(ticker.Longest(), TickGaps::kBlockedMs) << "the GUI thread waited on xdg-mime";
     }
     EXPECT_EQ(launches.Launches()[0],
               (Launch{"gio",

@@ -480,6 +480,7 @@ TEST_P(CopyWinSilentServer, LeavingIsNotHeldUpAndLeavesNothing)
         // here for the script to give up after its five seconds; a cut takes
         // milliseconds.
         EXPECT_LT(deleting.elapsed(), 4000);
+        RecordProperty("quit_ms", int(deleting.elapsed()));
     }
     server.Finish();
     EXPECT_TRUE(alerts.Shown().empty()) << alerts.Shown()[0].text;

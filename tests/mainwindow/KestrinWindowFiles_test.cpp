@@ -354,6 +354,7 @@ TEST_F(FilesTest, QuittingWithWorkUnderWayEndsAtOnceAndLeavesNoPartialFile)
     QuitCommand(window)->trigger();
     fKestrin.reset();
     EXPECT_LT(quitting.elapsed(), 3000);
+    RecordProperty("quit_ms", int(quitting.elapsed()));
     server.Finish();
 
     EXPECT_TRUE(fs::is_empty(Right() + "/download")) << "the download's partial file";

@@ -420,24 +420,6 @@ TEST(CopyWin, APackRequestPacksIntoTheDestinationAndCloses)
     EXPECT_EQ(ReadFileBytes(root + "/file"), "content");
 }
 
-// A server that sends the first 1,000 bytes of a file and then nothing until
-// the client hangs up.
-void SilentAfterTheFirstBlock(ScriptedServer::Session &s)
-{
-    s.Send("220 hi\r\n");
-    for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "200 ok\r\n"}) {
-        s.ReadLine(); // USER, PASS, CWD /x, TYPE I
-        s.Send(reply);
-    }
-    s.ReadLine(); // SIZE f
-    s.Send("213 100000\r\n");
-    platform::TcpSocket data;
-    if (!s.SendPassiveData(&data))
-        return;
-    data.SendAll(std::string(1000, 'x').data(), 1000);
-    s.ReadLine(); // nothing more comes until the client hangs up
-}
-
 // How the user leaves a running download: the Stop button, or quitting,
 // which deletes the window.
 enum class WayOut { StopButton, Quitting };
@@ -452,7 +434,7 @@ class CopyWinSilentServer : public testing::TestWithParam<WayOut>
 // waits for the worker on the GUI thread, so it cuts at once.
 TEST_P(CopyWinSilentServer, LeavingIsNotHeldUpAndLeavesNothing)
 {
-    ScriptedServer server(SilentAfterTheFirstBlock);
+    ScriptedServer server(ScriptedServer::SilentAfterTheFirstBlock);
     TempHome home;
     platform::AlertRecorder alerts;
     const std::string dest = home.Root() + "/dest";

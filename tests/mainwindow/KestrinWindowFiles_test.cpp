@@ -257,28 +257,6 @@ TEST_F(FilesTest, DroppedEntriesAreCopiedOrMoved)
     EXPECT_TRUE(WaitFor([&] { return !fs::exists(Left() + "/moved"); }));
 }
 
-} // namespace
-
-namespace {
-
-// A server that sends the first 1,000 bytes of a file, then nothing until the
-// client hangs up (or its own wait of five seconds ends).
-void SilentAfterTheFirstBlock(ScriptedServer::Session &s)
-{
-    s.Send("220 hi\r\n");
-    for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "200 ok\r\n"}) {
-        s.ReadLine(); // USER, PASS, CWD /x, TYPE I
-        s.Send(reply);
-    }
-    s.ReadLine(); // SIZE f
-    s.Send("213 100000\r\n");
-    platform::TcpSocket data;
-    if (!s.SendPassiveData(&data))
-        return;
-    data.SendAll(std::string(1000, 'x').data(), 1000);
-    s.ReadLine();
-}
-
 // Ctrl+Q's item of the menu bar.
 QAction *QuitCommand(QWidget &window)
 {
@@ -322,7 +300,7 @@ TEST_F(FilesTest, QuittingWithWorkUnderWayEndsAtOnceAndLeavesNoPartialFile)
         lines += "line " + std::to_string(i) + " of a text that the viewer indexes\n";
     WriteFileBytes(Left() + "/long.txt", lines);
     fs::create_directories(Right() + "/download");
-    ScriptedServer server(SilentAfterTheFirstBlock);
+    ScriptedServer server(ScriptedServer::SilentAfterTheFirstBlock);
     kestrin::KestrinWindow &window = Start();
 
     new kestrin::CopyWin(QRect(100, 100, 400, 130), "Download", Right() + "/download",

@@ -122,3 +122,19 @@ std::string PassiveNumbers(const std::string &host, unsigned port)
     std::replace(numbers.begin(), numbers.end(), '.', ',');
     return numbers + "," + std::to_string(port / 256) + "," + std::to_string(port % 256);
 }
+
+void ScriptedServer::SilentAfterTheFirstBlock(Session &s)
+{
+    s.Send("220 hi\r\n");
+    for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "200 ok\r\n"}) {
+        s.ReadLine(); // USER, PASS, CWD /x, TYPE I
+        s.Send(reply);
+    }
+    s.ReadLine(); // SIZE f
+    s.Send("213 100000\r\n");
+    platform::TcpSocket data;
+    if (!s.SendPassiveData(&data))
+        return;
+    data.SendAll(std::string(1000, 'x').data(), 1000);
+    s.ReadLine();
+}

@@ -56,6 +56,11 @@ public:
 
     static constexpr long kWaitSeconds = 5;
 
+    // A download that stalls: a login, the first 1,000 bytes of file "f" in
+    // folder "/x" (of 100,000 announced), then nothing until the client
+    // hangs up or the wait ends.
+    static void SilentAfterTheFirstBlock(Session &s);
+
 private:
     void Run();
 

@@ -567,8 +567,11 @@ void KestrinWindow::DoDrag(platform::Message &message)
     // would write into the local folder of the same path.
     const bool archiveWork = message.what == kMsgPackRequest || message.what == kMsgUnpackRequest;
     if (archiveWork && into.IsRemote()) {
-        MsgBox("Archives cannot be packed or unpacked into a folder on an FTP server. "
-               "Pack or unpack into a local folder, then upload from there.");
+        platform::Alerts::Go({message.what == kMsgPackRequest ? "Packing" : "Unpacking",
+                              "Archives cannot be packed or unpacked into a folder on an FTP "
+                              "server. Pack or unpack into a local folder, then upload from there.",
+                              {"OK"},
+                              B_WARNING_ALERT});
         return;
     }
     QString title = "Copy";

@@ -123,6 +123,8 @@ TEST_F(FtpPanesTest, PackingOrUnpackingIntoAServerPaneIsRefused)
 
     EXPECT_EQ(CopyTitle(), "");
     ASSERT_EQ(fAlerts.Count(), 2u);
+    EXPECT_EQ(fAlerts.Shown()[0].title, "Packing");
+    EXPECT_EQ(fAlerts.Shown()[1].title, "Unpacking");
     for (const platform::Alert &alert : fAlerts.Shown())
         EXPECT_NE(alert.text.find("FTP server"), std::string::npos) << alert.text;
     std::vector<std::string> names;

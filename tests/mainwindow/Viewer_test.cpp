@@ -6,7 +6,7 @@
 
 #include "fileops/GetInfo.h"
 #include "panes/KsFtr.h"
-#include "support/SpecialFiles.h"
+#include "support/PipesAndSockets.h"
 #include "viewer/TImageView.h"
 #include "viewer/TextPager.h"
 #include "viewer/ViewerWindow.h"

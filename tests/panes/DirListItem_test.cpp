@@ -3,7 +3,7 @@
 #include "app/AppUtils.h"
 #include "platform/Entry.h"
 #include "platform/FolderScan.h"
-#include "support/SpecialFiles.h"
+#include "support/PipesAndSockets.h"
 #include "widgets/StableMergeSort.h"
 
 #include <QImage>

@@ -4,7 +4,7 @@
 #include "panes/PaneCommands.h"
 #include "platform/Entry.h"
 #include "platform/NodeMonitor.h"
-#include "support/SpecialFiles.h"
+#include "support/PipesAndSockets.h"
 #include "support/TestArchives.h"
 
 #include <QApplication>

@@ -2,10 +2,10 @@
 // prefix, the installed program started there, and the desktop's own
 // validators on the files that make it a desktop application.
 
+#include "ProgramRun.h"
 #include "TempHome.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -13,36 +13,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-struct Outcome
-{
-    bool ended = false;
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
-
-// Runs a program to its end, the event loop running meanwhile.
-Outcome RunProgram(const QString &program,
-                   const QStringList &arguments,
-                   const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
-{
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(program, arguments);
-    Outcome run;
-    if (!process.waitForStarted())
-        return run;
-    run.ended = QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, 90000);
-    if (!run.ended) {
-        process.kill();
-        process.waitForFinished();
-    }
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    run.out = QString::fromUtf8(process.readAllStandardOutput());
-    run.err = QString::fromUtf8(process.readAllStandardError());
-    return run;
-}
 
 // The values of the marker lines "kestrin-startup KEY VALUE".
 QStringList Marked(const QString &output, const QString &key)
@@ -62,7 +32,7 @@ TEST(Installed, TheInstalledTreeRunsOnItsOwnFiles)
     QTemporaryDir prefix;
     ASSERT_TRUE(prefix.isValid());
     const QString root = prefix.path();
-    const Outcome install = RunProgram(KESTRIN_CMAKE,
+    const ProgramRun install = ProgramRun::Of(KESTRIN_CMAKE,
                                        {"--install", KESTRIN_BUILD_DIR, "--prefix", root});
     ASSERT_EQ(install.exitCode, 0) << install.err.toStdString();
     for (const char *file : {"/bin/kestrin",
@@ -79,7 +49,7 @@ TEST(Installed, TheInstalledTreeRunsOnItsOwnFiles)
     environment.insert("KESTRIN_STARTUP_MARKER", "1");
     environment.remove("DBUS_SESSION_BUS_ADDRESS");
     environment.insert("XDG_RUNTIME_DIR", QString::fromStdString(home.Root()));
-    const Outcome kestrin = RunProgram(root + "/bin/kestrin", {}, environment);
+    const ProgramRun kestrin = ProgramRun::Of(root + "/bin/kestrin", {}, environment);
     ASSERT_TRUE(kestrin.ended) << "no marker, no end";
     EXPECT_EQ(kestrin.exitCode, 0);
     EXPECT_FALSE(kestrin.err.contains("bus", Qt::CaseInsensitive)) << kestrin.err.toStdString();
@@ -104,10 +74,10 @@ TEST(Installed, TheDesktopsValidatorsAcceptTheEntryAndTheMetainfo)
         GTEST_SKIP()
             << "desktop-file-utils or appstream is not installed (scripts/setup installs them)";
     const QString data = KESTRIN_SOURCE_DIR "/data";
-    const Outcome entry = RunProgram(validate, {data + "/kestrin.desktop"});
+    const ProgramRun entry = ProgramRun::Of(validate, {data + "/kestrin.desktop"});
     EXPECT_EQ(entry.exitCode, 0) << entry.out.toStdString() << entry.err.toStdString();
     // Warnings fail too; --no-net keeps the check on this machine.
-    const Outcome metainfo = RunProgram(appstream,
+    const ProgramRun metainfo = ProgramRun::Of(appstream,
                                         {"validate",
                                          "--no-net",
                                          "--explain",

@@ -1,6 +1,7 @@
 // Kestrin on a session bus of its own: a dbus-daemon started for each test.
 
 #include "MainWindowTestSupport.h"
+#include "ProgramRun.h"
 
 #include "app/AppInfo.h"
 #include "fileops/GetInfo.h"
@@ -50,11 +51,8 @@ private:
 // Kestrin started again as another process, in a settings folder of its own
 // and with the start-up marker on: a start that opens a window prints its
 // paint times and quits, rather than running on.
-struct SecondStart
+struct SecondStart : ProgramRun
 {
-    int exitCode = -1;
-    QString out;
-    QString err;
     bool wroteSettings = false;
 };
 
@@ -64,22 +62,9 @@ SecondStart StartAgain(const QStringList &arguments, const QProcessEnvironment &
     QProcessEnvironment own = environment;
     own.insert("XDG_CONFIG_HOME", config.path());
     own.insert("KESTRIN_STARTUP_MARKER", "1");
-    QProcess process;
-    process.setProcessEnvironment(own);
-    process.start(KESTRIN_EXECUTABLE, arguments);
-    SecondStart result;
-    if (!process.waitForStarted())
-        return result;
-    if (!WaitFor([&] { return process.state() == QProcess::NotRunning; }, 30000)) {
-        process.kill();
-        process.waitForFinished();
-        result.err = "still running";
-        return result;
-    }
-    if (process.exitStatus() == QProcess::NormalExit)
-        result.exitCode = process.exitCode();
-    result.out = QString::fromUtf8(process.readAllStandardOutput());
-    result.err += QString::fromUtf8(process.readAllStandardError());
+    SecondStart result{ProgramRun::Of(KESTRIN_EXECUTABLE, arguments, own, 30000)};
+    if (!result.ended)
+        result.err.prepend("still running; ");
     result.wroteSettings = QFileInfo::exists(config.path() + "/Kestrin/Kestrin.pref");
     return result;
 }

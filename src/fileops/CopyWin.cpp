@@ -1,6 +1,7 @@
 #include "fileops/CopyWin.h"
 
 #include "fileops/CopyEngine.h"
+#include "fileops/TransferRun.h"
 #include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
 #include "platform/Alerts.h"
@@ -103,6 +104,15 @@ CopyWin::CopyWin(const QRect &frame,
 
     show();
 }
+
+CopyWin::CopyWin(const QRect &frame, const TransferPlan &plan, platform::Handler *target)
+    : CopyWin(frame,
+              QString::fromStdString(plan.title),
+              plan.destination,
+              plan.steps.empty() ? platform::Message(0) : plan.steps.front().request,
+              target,
+              [plan](CopyControl &control) { TransferRun(plan, control).Run(); })
+{}
 
 CopyWin::~CopyWin()
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "fileops/CopyControl.h"
+#include "fileops/TransferPlan.h"
 #include "platform/Handler.h"
 #include "platform/Message.h"
 
@@ -51,6 +52,9 @@ public:
             const platform::Message &request,
             platform::Handler *target,
             Job job = {});
+    // The window of a whole plan: its title and target, sized for its first
+    // step, running every step on the one worker.
+    CopyWin(const QRect &frame, const TransferPlan &plan, platform::Handler *target);
     // Stops the worker, cuts what it waits on (a server's connection) at once,
     // wakes it wherever it waits on this window (pause, an overwrite question)
     // and joins it. An alert the worker is showing through

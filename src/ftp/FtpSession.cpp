@@ -5,6 +5,7 @@
 #include "app/Profile.h"
 #include "platform/Directory.h"
 #include "platform/Entry.h"
+#include "platform/PathNames.h"
 
 #include <array>
 
@@ -94,6 +95,15 @@ bool FtpSession::Remove(const std::string &fileName)
 {
     const std::string folder = Folder();
     return !folder.empty() && platform::Entry(folder + "/" + fileName).Remove() == B_OK;
+}
+
+std::string FtpSession::FileOfSavedPlace(const std::string &savedPlace)
+{
+    if (savedPlace.empty() || savedPlace[0] == '/')
+        return {};
+    const std::string file = FileNameOf(savedPlace);
+    struct stat info;
+    return platform::StatPath(Folder() + "/" + file, &info) == B_OK ? file : "";
 }
 
 unsigned FtpSession::PortNumber() const

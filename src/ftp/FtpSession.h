@@ -43,6 +43,9 @@ struct FtpSession
     bool Write() const;
     // Removes the session's file; false when it could not be removed.
     static bool Remove(const std::string &fileName);
+    // The session file ("<name>.ftp") that a pane's saved place names, when
+    // it is stored; empty for a folder's path.
+    static std::string FileOfSavedPlace(const std::string &savedPlace);
 
     // The control port as the client takes it.
     unsigned PortNumber() const;

@@ -8,6 +8,7 @@
 #include "fileops/GetInfo.h"
 #include "fileops/OverWin.h"
 #include "fileops/PermissionsWin.h"
+#include "fileops/TransferPlanner.h"
 #include "fileops/Trash.h"
 #include "ftp/ConWin.h"
 #include "mainwindow/AddOns.h"
@@ -19,7 +20,6 @@
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
-#include "panes/FtpSource.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
 #include "platform/Entry.h"
@@ -423,7 +423,7 @@ void KestrinWindow::GetSettings()
                 type = kestrin::atoi(value.c_str());
             // A pane left on a server keeps its session's name: it connects
             // again, from the home folder.
-            const std::string session = FtpSource::SessionFileOf(path);
+            const std::string session = FtpSession::FileOfSavedPlace(path);
             AddFilePane(session.empty() ? path : Home(), type, sort, mode);
             if (!session.empty())
                 fPanes.back()->DoFtp(session);
@@ -516,76 +516,46 @@ void KestrinWindow::DoAboutBox()
                           B_INFO_ALERT});
 }
 
-CopyWin *KestrinWindow::StartCopyWindow(const QString &title,
-                                        const std::string &destination,
-                                        const platform::Message &request)
+CopyWin *KestrinWindow::StartCopyWindow(const TransferPlan &plan)
 {
-    // The window shows itself, runs the request on a worker of its own and
+    // The window shows itself, runs the plan on a worker of its own and
     // deletes itself when done.
     QRect frame(0, 0, 400, 160);
     frame.moveCenter(geometry().center());
-    return new CopyWin(frame, title, destination, request, this);
+    return new CopyWin(frame, plan, this);
 }
 
 void KestrinWindow::DoDrag(platform::Message &message)
 {
     DirPane *source = GetFocusedPane();
+    if (message.what == kMsgDeleteRequest) {
+        if (source != nullptr) {
+            const std::string folder = source->List()->CurrentPath();
+            StartCopyWindow({"Delete", folder, {{message, folder}}, {}});
+        }
+        return;
+    }
     void *targetView = nullptr;
     DirPane *target = message.FindPointer("Target", &targetView) == B_OK ? PaneOfView(targetView)
                                                                          : OtherPane(source);
-    if (message.what == kMsgDeleteRequest) {
-        if (source != nullptr)
-            StartCopyWindow("Delete", source->List()->CurrentPath(), message);
-        return;
-    }
     if (target == nullptr)
         return;
-    const PaneSource &into = target->List()->Source();
-    std::string destination;
-    if (message.FindString("DropFolder", &destination) != B_OK)
-        destination = into.CopyDestination();
-    if (const std::string refusal = into.CopyRefusal(); !refusal.empty()) {
-        MsgBox(refusal.c_str());
+    // What is dropped comes from disk, whichever pane has the focus.
+    std::string dragging, from;
+    message.FindString("From", &from);
+    const TransferPlace origin = source != nullptr
+                                         && !(message.FindString("Dragging", &dragging) == B_OK
+                                              && dragging == "true")
+                                     ? source->List()->Source().Place()
+                                     : TransferPlace::LocalFolder(from);
+    const TransferPlan plan = TransferPlanner::Plan(message,
+                                                    origin,
+                                                    target->List()->Source().Place());
+    if (plan.Refused()) {
+        platform::Alerts::Go(*plan.refusal);
         return;
     }
-    // The root of a server is a folder like any other.
-    if (destination == "/" && !into.IsRemote()) {
-        platform::Alerts::Go({"Warning",
-                              "Sorry can't copy files or folders to the root of the file system!",
-                              {"OK"}});
-        return;
-    }
-    if (source != nullptr && source->List()->Source().IsRemote()
-        && target->List()->Source().IsRemote()) {
-        platform::Alerts::Go({"Foo",
-                              "Transferring from one Ftp server to another is not "
-                              "supported(Yet...we will support this.",
-                              {"OK"}});
-        return;
-    }
-    // The archive routines write local files only: given a remote folder they
-    // would write into the local folder of the same path.
-    const bool archiveWork = message.what == kMsgPackRequest || message.what == kMsgUnpackRequest;
-    if (archiveWork && into.IsRemote()) {
-        platform::Alerts::Go({message.what == kMsgPackRequest ? "Packing" : "Unpacking",
-                              "Archives cannot be packed or unpacked into a folder on an FTP "
-                              "server. Pack or unpack into a local folder, then upload from there.",
-                              {"OK"},
-                              B_WARNING_ALERT});
-        return;
-    }
-    QString title = "Copy";
-    if (message.what == kMsgPackRequest)
-        title = "Packing";
-    else if (message.what == kMsgUnpackRequest)
-        title = "Unpacking";
-    else if (message.what == kMsgFtpDownload)
-        title = "Download";
-    else if (into.IsRemote()) {
-        title = "Upload";
-        into.AddCopyInFields(message);
-    }
-    CopyWin *copy = StartCopyWindow(title, destination, message);
+    CopyWin *copy = StartCopyWindow(plan);
     for (DirPane *pane : {source, target}) {
         if (pane != nullptr)
             pane->ListAgainAfter(copy);

@@ -11,6 +11,7 @@ class QMenu;
 namespace kestrin {
 
 class CopyWin;
+struct TransferPlan;
 class DirPane;
 class DirView;
 class FirstPaint;
@@ -94,9 +95,7 @@ private:
     // The pane a request of the focused pane goes to: its right-hand
     // neighbour, or its left-hand one for the last pane.
     DirPane *OtherPane(const DirPane *pane) const;
-    CopyWin *StartCopyWindow(const QString &title,
-                             const std::string &destination,
-                             const platform::Message &request);
+    CopyWin *StartCopyWindow(const TransferPlan &plan);
 
     std::vector<DirPane *> fPanes;
     QWidget *fPaneRow = nullptr;

@@ -142,9 +142,9 @@ Opening ArchiveSource::Open(const DirListItem &row) const
     return opening;
 }
 
-std::string ArchiveSource::CopyRefusal() const
+TransferPlace ArchiveSource::Place() const
 {
-    return "This view shows the contents of an archive. You cannot copy or move to it.";
+    return {TransferPlace::Kind::Archive, fFolder, {}};
 }
 
 CopyOut ArchiveSource::CopyRequest() const

@@ -28,7 +28,7 @@ public:
     Opening Open(const DirListItem &row) const override;
 
     bool HoldsLocalEntries() const override { return false; }
-    std::string CopyRefusal() const override;
+    TransferPlace Place() const override;
     CopyOut CopyRequest() const override;
     // "Archive", "CopyFrom", a "ZipDir" for each folder row and a "ZipFile"
     // for each other row, and "From".

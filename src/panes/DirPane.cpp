@@ -156,10 +156,10 @@ void DirPane::Disconnect()
 
 void DirPane::ListAgainAfter(QObject *transfer)
 {
-    if (!fList->Source().IsRemote())
+    if (!fList->Source().ListsAgainAfterTransfers())
         return;
     connect(transfer, &QObject::destroyed, fList, [list = fList] {
-        if (list->Source().IsRemote())
+        if (list->Source().ListsAgainAfterTransfers())
             list->Refresh();
     });
 }

@@ -94,15 +94,6 @@ std::string FtpSource::HeaderText() const
     return "ftp: " + RemoteFolder();
 }
 
-std::string FtpSource::SessionFileOf(const std::string &savedPlace)
-{
-    if (savedPlace.empty() || savedPlace[0] == '/')
-        return {};
-    const std::string file = FtpSession::FileNameOf(savedPlace);
-    struct stat info;
-    return platform::StatPath(FtpSession::Folder() + "/" + file, &info) == B_OK ? file : "";
-}
-
 std::string FtpSource::SavedPlace() const
 {
     return fConversation->Session().name;
@@ -189,10 +180,9 @@ Opening FtpSource::Open(const DirListItem &row) const
     return opening;
 }
 
-void FtpSource::AddCopyInFields(platform::Message &request) const
+TransferPlace FtpSource::Place() const
 {
-    request.AddString("Session", fConversation->Session().name);
-    AddServerFields(request);
+    return {TransferPlace::Kind::FtpFolder, RemoteFolder(), fConversation->Session()};
 }
 
 void FtpSource::AddServerFields(platform::Message &request) const
@@ -232,10 +222,6 @@ std::optional<platform::Alert> FtpSource::EditRefusal() const
 platform::Message FtpSource::Request(uint32_t what,
                                      const std::vector<const DirListItem *> &rows) const
 {
-    // Only a download takes rows off a server; moving or linking them
-    // means nothing here.
-    if (what != kMsgFtpDownload)
-        return platform::Message(0);
     platform::Message request(what);
     AddServerFields(request);
     std::string refused;

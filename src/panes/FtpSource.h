@@ -45,23 +45,19 @@ public:
 
     bool HoldsLocalEntries() const override { return false; }
     bool IsRemote() const override { return true; }
-    std::string CopyDestination() const override { return RemoteFolder(); }
-    // "Session", "Host", "User", "Password", "FtpPath", "Port".
-    void AddCopyInFields(platform::Message &request) const override;
+    // The server's folder, with the session that reaches it.
+    TransferPlace Place() const override;
+    bool ListsAgainAfterTransfers() const override { return true; }
     std::unique_ptr<PaneSource> WithNewFolder(const std::string &name) const override;
     std::unique_ptr<PaneSource> WithoutRows(
         const std::vector<const DirListItem *> &rows) const override;
     CopyOut CopyRequest() const override;
     std::optional<platform::Alert> EditRefusal() const override;
-    // The download (604) of these rows: the server's fields, an "FtpFile"
-    // or "FtpDir" for each. Rows whose names cannot be local names are
-    // refused with an alert; other requests of remote rows are empty.
+    // A request of these rows (a download with F5): the server's fields,
+    // an "FtpFile" or "FtpDir" for each. Rows whose names cannot be local
+    // names are refused with an alert.
     platform::Message Request(uint32_t what,
                               const std::vector<const DirListItem *> &rows) const override;
-
-    // The session file ("<name>.ftp") that a saved place names, when it is
-    // stored; empty for a folder's path.
-    static std::string SessionFileOf(const std::string &savedPlace);
 
     // The remote folder, once the place has been listed.
     const std::string &RemoteFolder() const;

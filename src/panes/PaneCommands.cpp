@@ -86,10 +86,9 @@ void PaneCommands::CopyOut()
 
 void PaneCommands::Pack()
 {
-    // Only entries on disk can be packed; members of an archive or files on
-    // a server would first have to be fetched.
-    if (fView.Source().HoldsLocalEntries())
-        SendRequest(kMsgPackRequest, "Pack", true);
+    // Members of an archive and files on a server are fetched first; where
+    // they go is the transfer planner's to decide.
+    SendRequest(kMsgPackRequest, "Pack", true);
 }
 
 std::string PaneCommands::TrashQuestion(const std::vector<std::string> &names, bool permanent)

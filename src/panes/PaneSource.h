@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fileops/TransferPlace.h"
 #include "panes/FolderLister.h"
 #include "platform/Alert.h"
 #include "platform/EntryRef.h"
@@ -38,8 +39,8 @@ struct CopyOut
 // archive's contents. Everything that differs between those kinds lives
 // here, so the list, its keys, commands and drag and drop ask the source and
 // never the mode: how the place is read (on a worker), which folder node
-// monitoring watches, where "up" goes, what opening a row does, whether
-// copies may land here and how a request of rows is built.
+// monitoring watches, where "up" goes, what opening a row does, what kind
+// of place a transfer plans on and how a request of rows is built.
 //
 // A source belongs to its list, on the GUI thread. What it hands to a
 // worker (its reader) carries copies, never the source itself.
@@ -91,16 +92,13 @@ public:
     // Entries can be renamed and made here, drops go into folder rows, and
     // the folder tree follows the place.
     virtual bool IsLocalFolder() const { return false; }
-    // Why nothing may be copied or moved here; empty when copies may land.
-    virtual std::string CopyRefusal() const { return {}; }
-    // On a server: nothing is transferred between two such places.
+    // On a server: the pane keeps a conversation and shows its log.
     virtual bool IsRemote() const { return false; }
-    // Where a copy into this place is said to land (the copy window's
-    // target text).
-    virtual std::string CopyDestination() const { return Folder(); }
-    // What a copy into this place must carry besides its entries (the
-    // server to send them to).
-    virtual void AddCopyInFields(platform::Message &) const {}
+    // What a transfer to or from this place is planned on.
+    virtual TransferPlace Place() const { return TransferPlace::LocalFolder(Folder()); }
+    // The place shows what a transfer changed only once it is listed again
+    // (nothing reports changes on a server).
+    virtual bool ListsAgainAfterTransfers() const { return false; }
     // Where the place makes and deletes entries itself (on a server): the
     // same place once the folder `name` is made, or once `rows` are
     // deleted; null where the pane does it on disk.

@@ -82,9 +82,9 @@ Opening QuerySource::Open(const DirListItem &row) const
     return FolderSource::OpenEntry(PathOf(row));
 }
 
-std::string QuerySource::CopyRefusal() const
+TransferPlace QuerySource::Place() const
 {
-    return "This view contains Query Results. You cannot copy or move to it.";
+    return {TransferPlace::Kind::QueryResults, fFolder, {}};
 }
 
 } // namespace kestrin

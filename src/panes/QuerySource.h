@@ -25,7 +25,7 @@ public:
 
     std::unique_ptr<PaneSource> Parent(std::string *selectAfter) const override;
     Opening Open(const DirListItem &row) const override;
-    std::string CopyRefusal() const override;
+    TransferPlace Place() const override;
 
 private:
     std::vector<entry_ref> fRefs;

@@ -56,6 +56,15 @@ Directory &Directory::operator=(Directory &&other) noexcept
     return *this;
 }
 
+status_t Directory::CreatePrivate(const std::string &pattern, std::string *path)
+{
+    std::string name = pattern;
+    if (mkdtemp(name.data()) == nullptr)
+        return LastError();
+    *path = name;
+    return B_OK;
+}
+
 status_t Directory::SetTo(const std::string &path)
 {
     Unset();

@@ -49,6 +49,10 @@ public:
     status_t CreateFile(const std::string &path, File *file, bool failIfExists = false) const;
     status_t CreateSymLink(const std::string &path, const std::string &linkTarget) const;
 
+    // Makes a new folder only its owner may enter, named after `pattern`
+    // whose last six characters are "XXXXXX", and leaves its path in `path`.
+    static status_t CreatePrivate(const std::string &pattern, std::string *path);
+
     // The folder itself.
     status_t GetEntry(Entry *entry) const;
 

@@ -103,6 +103,12 @@ status_t FindDirectory(DirectoryWhich which, std::string *path, bool create)
     case DirectoryWhich::Icons:
         result = PrefixFolder("share/icons/hicolor", KESTRIN_BUILD_ICONS_DIR);
         break;
+    case DirectoryWhich::Transfers:
+        // On the home disk rather than /tmp, which is often a small tmpfs:
+        // an archive unpacked on its way to a server can be big.
+        known = XdgDir("XDG_CACHE_HOME", "/.cache", &result);
+        result += "/kestrin/transfers";
+        break;
     }
     if (!known)
         return B_ENTRY_NOT_FOUND;

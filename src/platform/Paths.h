@@ -16,6 +16,7 @@ enum class DirectoryWhich {
     SystemAddOns, // <install prefix>/lib/kestrin/add-ons when installed, else the build tree's
     Help,         // <prefix>/share/kestrin/help when installed, else docs/help of the source tree
     Icons,        // <prefix>/share/icons/hicolor when installed, else the source tree's
+    Transfers,    // $XDG_CACHE_HOME/kestrin/transfers, else ~/.cache/...: work folders of transfers
 };
 
 // B_ENTRY_NOT_FOUND when the environment names no such folder (no HOME). With

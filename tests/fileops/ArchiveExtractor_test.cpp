@@ -12,22 +12,6 @@ using namespace kestrin;
 
 namespace {
 
-platform::Message Unpack(const std::string &archive,
-                         const std::string &from,
-                         const std::vector<std::string> &folders,
-                         const std::vector<std::string> &files)
-{
-    platform::Message request(kMsgUnpackRequest);
-    request.AddString("Archive", archive);
-    request.AddString("CopyFrom", from);
-    for (const std::string &folder : folders)
-        request.AddString("ZipDir", folder);
-    for (const std::string &file : files)
-        request.AddString("ZipFile", file);
-    request.AddString("TypeOfCopy", "UnPack");
-    return request;
-}
-
 struct stat Stat(const std::string &path)
 {
     struct stat info = {};

@@ -15,18 +15,6 @@ using namespace kestrin;
 
 namespace {
 
-// Every entry below `root` by its relative path, with a file's bytes ("/" for
-// a folder).
-std::map<std::string, std::string> Tree(const std::string &root)
-{
-    std::map<std::string, std::string> tree;
-    for (const auto &entry : fs::recursive_directory_iterator(root)) {
-        const std::string relative = fs::relative(entry.path(), root).string();
-        tree[relative] = entry.is_directory() ? "/" : ReadFileBytes(entry.path().string()).value();
-    }
-    return tree;
-}
-
 platform::Message FtpRequest(uint32_t what, unsigned port, const std::string &ftpPath)
 {
     platform::Message request(what);

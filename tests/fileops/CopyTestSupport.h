@@ -17,6 +17,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -72,7 +73,10 @@ public:
     }
     void SetProgressVisible(bool visible) override { visibility.push_back(visible); }
     // An FTP transfer's progress calls count as chunks.
-    bool StopRequested() override { return chunks.size() + transfers.size() >= stopAfterChunks; }
+    bool StopRequested() override
+    {
+        return chunks.size() + transfers.size() >= stopAfterChunks || (stopWhen && stopWhen());
+    }
     int32_t AskOverwrite(const kestrin::OverwriteQuestion &question) override
     {
         questions.push_back(question);
@@ -100,6 +104,8 @@ public:
 
     std::deque<int32_t> answers;
     size_t stopAfterChunks = size_t(-1) >> 1;
+    // Another reason to stop, asked each time the engine asks.
+    std::function<bool()> stopWhen;
     std::function<void(size_t chunkCount)> onChunk;
 
     std::vector<Batch> batches;
@@ -135,6 +141,35 @@ inline platform::Message Request(uint32_t what,
         request.AddRef("refs", RefFor(path));
     if (typeOfCopy)
         request.AddString("TypeOfCopy", typeOfCopy);
+    return request;
+}
+
+// Every entry below `root` by its relative path, with a file's bytes ("/" for
+// a folder).
+inline std::map<std::string, std::string> Tree(const std::string &root)
+{
+    std::map<std::string, std::string> tree;
+    for (const auto &entry : fs::recursive_directory_iterator(root)) {
+        const std::string relative = fs::relative(entry.path(), root).string();
+        tree[relative] = entry.is_directory() ? "/" : ReadFileBytes(entry.path().string()).value();
+    }
+    return tree;
+}
+
+// An unpack request (618) of members of `archive` below its folder `from`.
+inline platform::Message Unpack(const std::string &archive,
+                                const std::string &from,
+                                const std::vector<std::string> &folders,
+                                const std::vector<std::string> &files)
+{
+    platform::Message request(kestrin::kMsgUnpackRequest);
+    request.AddString("Archive", archive);
+    request.AddString("CopyFrom", from);
+    for (const std::string &folder : folders)
+        request.AddString("ZipDir", folder);
+    for (const std::string &file : files)
+        request.AddString("ZipFile", file);
+    request.AddString("TypeOfCopy", "UnPack");
     return request;
 }
 

@@ -99,10 +99,11 @@ TEST_F(FtpPanesTest, ConnectTransferDisconnectAndComeBackAtStartUp)
     EXPECT_TRUE(fAlerts.Shown().empty());
 }
 
-// The archive routines write local files: packing or unpacking into a pane
-// on the server would write into the local folder of the remote path (here
-// the server's own folder), so both are refused and nothing is written.
-TEST_F(FtpPanesTest, PackingOrUnpackingIntoAServerPaneIsRefused)
+// Packing or unpacking into a pane on the server goes through a work folder
+// and lands on the server, never in the local folder of the remote path;
+// the work folder goes with the copy window. What the server cannot take
+// (a move off it) is refused before any window opens.
+TEST_F(FtpPanesTest, PackingAndUnpackingIntoAServerPaneLandOnTheServer)
 {
     WriteTestArchive(Local() + "/bundle.zip", "zip", {{"inner.txt", "inner"}});
     kestrin::KestrinWindow &window = Start();
@@ -115,20 +116,32 @@ TEST_F(FtpPanesTest, PackingOrUnpackingIntoAServerPaneIsRefused)
     window.FocusPane(window.Panes()[0]);
     SelectIn(0, "up.txt");
     QTest::keyClick(List(0), Qt::Key_F5, Qt::ControlModifier);
+    EXPECT_EQ(CopyTitle(), "Packing");
+    ASSERT_TRUE(WaitFor([] { return CopyTitle().isEmpty(); }));
+
+    window.FocusPane(window.Panes()[1]);
+    SelectIn(1, "down.txt");
+    QTest::keyClick(List(1), Qt::Key_F6);
+    EXPECT_EQ(CopyTitle(), "");
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].title, "Move");
+    EXPECT_TRUE(fs::exists(Upload() + "/down.txt"));
+
+    window.FocusPane(window.Panes()[0]);
     SelectIn(0, "bundle.zip");
     QTest::keyClick(List(0), Qt::Key_Return);
     ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("inner.txt") > 0; }));
     List(0)->Select(List(0)->FindItem("inner.txt"));
     QTest::keyClick(List(0), Qt::Key_F5);
+    EXPECT_EQ(CopyTitle(), "Unpacking");
+    ASSERT_TRUE(WaitFor([] { return CopyTitle().isEmpty(); }));
+    EXPECT_EQ(fAlerts.Count(), 1u) << fAlerts.Shown().back().text;
 
-    EXPECT_EQ(CopyTitle(), "");
-    ASSERT_EQ(fAlerts.Count(), 2u);
-    EXPECT_EQ(fAlerts.Shown()[0].title, "Packing");
-    EXPECT_EQ(fAlerts.Shown()[1].title, "Unpacking");
-    for (const platform::Alert &alert : fAlerts.Shown())
-        EXPECT_NE(alert.text.find("FTP server"), std::string::npos) << alert.text;
-    std::vector<std::string> names;
-    for (const auto &entry : fs::directory_iterator(Upload()))
-        names.push_back(entry.path().filename().string());
-    EXPECT_EQ(names, std::vector<std::string>{"down.txt"});
+    EXPECT_EQ(ReadFileBytes(Upload() + "/inner.txt"), "inner");
+    EXPECT_TRUE(fs::is_regular_file(Upload() + "/up.txt.zip"));
+    EXPECT_FALSE(fs::exists(Local() + Upload())) << "nothing under the remote path's local twin";
+    const fs::path work = fHome.TransferWork();
+    EXPECT_TRUE(!fs::exists(work) || fs::is_empty(work));
+    ASSERT_TRUE(WaitFor([&] { return List(1)->FindItem("up.txt.zip") > 0; }));
+
 }

@@ -136,9 +136,13 @@ TEST_F(ArchivePaneTest, F5AsksToUnpackTheMarkedMembers)
     EXPECT_EQ(Strings(*request, "TypeOfCopy"), std::vector<std::string>{"UnPack"});
     EXPECT_EQ(Strings(*request, "Direction"), std::vector<std::string>{"Right"});
     EXPECT_EQ(Strings(*request, "Dragging"), std::vector<std::string>{"false"});
-    // Members are not entries on disk: Ctrl+F5 has nothing to pack.
+    // Ctrl+F5 names the same members; the planner fetches them first.
     Key(Qt::Key_F5, Qt::ControlModifier);
-    EXPECT_EQ(fWindow.Last(kestrin::kMsgPackRequest), nullptr);
+    request = fWindow.Last(kestrin::kMsgPackRequest);
+    ASSERT_NE(request, nullptr);
+    EXPECT_EQ(Strings(*request, "Archive"), std::vector<std::string>{Archive()});
+    EXPECT_EQ(Strings(*request, "ZipDir"), std::vector<std::string>{"docs"});
+    EXPECT_EQ(Strings(*request, "TypeOfCopy"), std::vector<std::string>{"Pack"});
 
     // Inside a folder, the selected row alone, and its folder as "CopyFrom".
     view.Select(view.FindItem("src"));
@@ -149,7 +153,8 @@ TEST_F(ArchivePaneTest, F5AsksToUnpackTheMarkedMembers)
     EXPECT_EQ(Strings(*request, "CopyFrom"), std::vector<std::string>{"src/"});
     EXPECT_EQ(Strings(*request, "ZipFile"), std::vector<std::string>{"main.c"});
     EXPECT_TRUE(Strings(*request, "ZipDir").empty());
-    EXPECT_FALSE(view.Source().CopyRefusal().empty());
+    EXPECT_EQ(view.Source().Place().kind, kestrin::TransferPlace::Kind::Archive);
+    EXPECT_EQ(view.Source().Place().folder, Folder());
 }
 
 TEST_F(ArchivePaneTest, AFileThatIsNoArchiveLeavesThePaneInItsFolder)

@@ -605,7 +605,7 @@ TEST_F(DirViewTest, QueryResultsShowPathsAndLeadBackToTheFolder)
     EXPECT_EQ(RowNames(view),
               (std::vector<std::string>{Folder() + "/deep/er", Folder() + "/deep/found.txt"}));
     EXPECT_FALSE(view.IsWatching());
-    EXPECT_FALSE(view.Source().CopyRefusal().empty());
+    EXPECT_EQ(view.Source().Place().kind, kestrin::TransferPlace::Kind::QueryResults);
 
     // A request out of it names the entries where they are.
     view.Select(1);

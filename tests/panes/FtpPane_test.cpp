@@ -229,17 +229,14 @@ TEST_F(FtpPaneTest, OddLinesAndNamesAreShownButNeverFetched)
     EXPECT_EQ(request->FindString("FtpDir", &text), B_OK);
     EXPECT_EQ(text, "sub");
 
-    // What an upload into the pane carries to the copy engine.
-    platform::Message upload(kestrin::kMsgCopyRequest);
-    list.Source().AddCopyInFields(upload);
-    EXPECT_EQ(upload.FindString("Session", &text), B_OK);
-    EXPECT_EQ(text, "site");
-    EXPECT_EQ(upload.FindString("FtpPath", &text), B_OK);
-    EXPECT_EQ(text, "/");
-    EXPECT_EQ(upload.FindString("User", &text), B_OK);
-    EXPECT_EQ(text, "anonymous");
-    EXPECT_EQ(upload.FindString("Password", &text), B_OK);
-    EXPECT_EQ(upload.FindInt32("Port", &port), B_OK);
+    // What a transfer into the pane is planned on: the folder and the session.
+    const kestrin::TransferPlace place = list.Source().Place();
+    EXPECT_EQ(place.kind, kestrin::TransferPlace::Kind::FtpFolder);
+    EXPECT_EQ(place.folder, "/");
+    ASSERT_TRUE(place.server.has_value());
+    EXPECT_EQ(place.server->name, "site");
+    EXPECT_EQ(place.server->user, "anonymous");
+    EXPECT_EQ(place.server->PortNumber(), server.Port());
 
     // Nothing is above "/".
     Key(Qt::Key_Backspace);

@@ -14,6 +14,7 @@ TempHome::TempHome()
     SetEnv("HOME", Home());
     SetEnv("XDG_CONFIG_HOME", std::nullopt);
     SetEnv("XDG_DATA_HOME", std::nullopt);
+    SetEnv("XDG_CACHE_HOME", std::nullopt);
 }
 
 TempHome::~TempHome()
@@ -39,6 +40,11 @@ std::string TempHome::Home() const
 std::string TempHome::ConfigDir() const
 {
     return Home() + "/.config";
+}
+
+std::string TempHome::TransferWork() const
+{
+    return Home() + "/.cache/kestrin/transfers";
 }
 
 void TempHome::SetEnv(const char *name, const std::optional<std::string> &value)

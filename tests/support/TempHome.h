@@ -22,6 +22,8 @@ public:
     std::string Home() const;
     // ~/.config, where Kestrin's settings live unless XDG_CONFIG_HOME says otherwise.
     std::string ConfigDir() const;
+    // Where transfers make their work folders (none may stay after one).
+    std::string TransferWork() const;
 
     // Sets or clears (nullopt) one environment variable until the end of the test.
     void SetEnv(const char *name, const std::optional<std::string> &value);

@@ -98,9 +98,13 @@ status_t FileCopier::CopyFile(KestrinEntry &source, const entry_ref &target, boo
     }
 
     status = listed != B_OK ? listed : CopyAttributes(out, xattrs, replaced);
-    // Last, since a read-only mode would keep an ordinary user from writing
-    // the attributes. Set-id bits do not travel, as with `cp`.
+    // After the attributes, since a read-only mode would keep an ordinary
+    // user from writing them. Set-id bits do not travel, as with `cp`.
     out.SetPermissions(info.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO));
+    // The times last, as nothing written after them would keep them: those
+    // the source had before it was read. Another user's file that was
+    // replaced may keep the time of the copy; the data is what counts.
+    out.SetTimes(info.st_atim, info.st_mtim);
     return status;
 }
 

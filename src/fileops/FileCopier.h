@@ -16,13 +16,15 @@ class KestrinEntry;
 class OverwritePolicy;
 
 // Copies one file: its data, then its attributes (typed attributes and every
-// other extended attribute, byte for byte), and its permission bits. Reports
-// each chunk to the progress window and stops when the user asks it to. A target whose
+// other extended attribute, byte for byte), its permission bits and, last,
+// its access and modification times, as `cp -a` does. Reports each chunk to
+// the progress window and stops when the user asks it to. A target whose
 // data is not complete never stays behind: a stopped or failed data copy
 // removes it. (A failed attribute leaves the complete data in place.)
 //
-// The modification time is not carried over, as `cp` without -p does not:
-// the copy is new, and "Overwrite All Older" compares against that.
+// The copy carries the original's date, so sorting by date, comparing
+// folders and "Overwrite All Older" judge the original, not the moment of
+// the copy.
 class FileCopier
 {
 public:

@@ -87,6 +87,21 @@ bool IsUploadableFile(const platform::ScannedEntry &entry)
     return S_ISREG(entry.info.st_mode);
 }
 
+// What a server answers to a command it does not have.
+bool IsUnknownCommand(int code)
+{
+    return code == 500 || code == 502;
+}
+
+// The modification time of what an upload of `entry` sends: a link's target.
+time_t UploadedTime(const platform::ScannedEntry &entry, const std::string &path)
+{
+    time_t modified = entry.info.st_mtime;
+    if (S_ISLNK(entry.info.st_mode))
+        platform::Entry(path, true).GetModificationTime(&modified);
+    return modified;
+}
+
 // A listing's size text as a number; -1 when it is none, so the server is
 // asked instead.
 int64_t ListedSize(const std::string &text)
@@ -186,14 +201,14 @@ void FtpTransfer::UploadItem(const std::string &localPath)
     if (!IsSafeRemoteName(name))
         Refuse("upload", name, "nothing on the server can have that name");
     else if (IsRealFolder(entry))
-        UploadDir(localPath, name);
+        UploadDir(localPath, name, entry.info.st_mtime);
     else if (IsUploadableFile(entry))
-        UploadFile(localPath, name);
+        UploadFile(localPath, name, UploadedTime(entry, localPath));
     else
         Refuse("upload", name, "it is neither a file nor a folder");
 }
 
-void FtpTransfer::UploadFile(const std::string &localPath, const std::string &name)
+void FtpTransfer::UploadFile(const std::string &localPath, const std::string &name, time_t modified)
 {
     StartFile(localPath, RemoteJoin(fRemoteFolder, name), name);
     const int code = Transfer(
@@ -205,10 +220,23 @@ void FtpTransfer::UploadFile(const std::string &localPath, const std::string &na
     }
     if (code != 0 && fFtp->ControlLoss() != clsFTP::Loss::None && !Interrupted())
         RemovePartialUpload(name);
-    if (code != 0)
+    if (code != 0) {
         TransferFailed("upload", name, code);
-    else
-        fDoneBytes += fFileBytes;
+        return;
+    }
+    fDoneBytes += fFileBytes;
+    SetRemoteTime(name, modified);
+}
+
+void FtpTransfer::SetRemoteTime(const std::string &name, time_t modified)
+{
+    if (!fServerSetsTimes || Ended())
+        return;
+    // Many servers (vsftpd among them) have no MFMT: the copy stays dated
+    // as the server dates it, which is no failure to tell the user of. Some
+    // date files only, and refuse a folder.
+    if (IsUnknownCommand(fFtp->SetModificationTime(name.c_str(), modified)))
+        fServerSetsTimes = false;
 }
 
 void FtpTransfer::RemovePartialUpload(const std::string &name)
@@ -224,7 +252,7 @@ void FtpTransfer::RemovePartialUpload(const std::string &name)
     ftp.Leave();
 }
 
-void FtpTransfer::UploadDir(const std::string &localPath, const std::string &name)
+void FtpTransfer::UploadDir(const std::string &localPath, const std::string &name, time_t modified)
 {
     platform::FolderScan scan(localPath);
     std::vector<platform::ScannedEntry> entries;
@@ -248,6 +276,8 @@ void FtpTransfer::UploadDir(const std::string &localPath, const std::string &nam
         }
     }
     LeaveRemoteFolder(parent);
+    // After its contents, whose arrival changed its time.
+    SetRemoteTime(name, modified);
 }
 
 void FtpTransfer::DownloadAll()
@@ -272,7 +302,10 @@ void FtpTransfer::DownloadAll()
     }
 }
 
-void FtpTransfer::DownloadFile(const std::string &localFolder, const std::string &name, int64_t size)
+void FtpTransfer::DownloadFile(const std::string &localFolder,
+                               const std::string &name,
+                               int64_t size,
+                               std::optional<time_t> listed)
 {
     if (!IsSafeLocalName(name)) {
         Refuse("download", name, "a local file cannot have that name");
@@ -294,6 +327,10 @@ void FtpTransfer::DownloadFile(const std::string &localFolder, const std::string
     });
     platform::Entry received(partial);
     if (code == 0 && !fStopped) {
+        // Dated before it takes its name, so it never shows the time of the
+        // download.
+        if (const std::optional<timespec> time = RemoteTime(name, listed))
+            received.SetModificationTime(*time);
         // Renaming replaces whatever had the name, a link included, and never
         // writes through it.
         const status_t status = received.MoveTo(localFolder, name.c_str(), true);
@@ -308,7 +345,27 @@ void FtpTransfer::DownloadFile(const std::string &localFolder, const std::string
         TransferFailed("download", name, code);
 }
 
-void FtpTransfer::DownloadDir(const std::string &localFolder, const std::string &name)
+std::optional<timespec> FtpTransfer::RemoteTime(const std::string &name,
+                                                std::optional<time_t> listed)
+{
+    // MDTM tells the second, a listing the day at best. A server without it
+    // says so once, and only the listings serve for the rest of the request.
+    if (fServerTellsTimes) {
+        timespec told{};
+        const int code = fFtp->ModificationTime(name.c_str(), &told);
+        if (code == 0)
+            return told;
+        if (IsUnknownCommand(code))
+            fServerTellsTimes = false;
+    }
+    if (listed)
+        return timespec{*listed, 0};
+    return std::nullopt;
+}
+
+void FtpTransfer::DownloadDir(const std::string &localFolder,
+                              const std::string &name,
+                              std::optional<time_t> listed)
 {
     if (!IsSafeLocalName(name)) {
         Refuse("download", name, "a local folder cannot have that name");
@@ -325,10 +382,13 @@ void FtpTransfer::DownloadDir(const std::string &localFolder, const std::string 
                 break;
             // A link on the server may lead anywhere there; it is left out.
             if (row.permissions.starts_with("d"))
-                DownloadDir(local, row.name);
+                DownloadDir(local, row.name, ListedTime(row.date));
             else if (row.permissions.starts_with("-"))
-                DownloadFile(local, row.name, ListedSize(row.size));
+                DownloadFile(local, row.name, ListedSize(row.size), ListedTime(row.date));
         }
+        // Last: every entry made in it changed its time.
+        if (listed && !Ended())
+            platform::Entry(local).SetModificationTime({*listed, 0});
     }
     LeaveRemoteFolder(parent);
 }

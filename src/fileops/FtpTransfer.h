@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace kestrin {
@@ -24,6 +25,11 @@ class clsFTP;
 // replaces stays until the new one is complete. A name from the server that
 // holds "/" or is made of dots is never used as a local name: that item is
 // refused with an alert and the rest goes on.
+//
+// Dates travel where the server allows: a download keeps the modification
+// time the server tells (MDTM, else the listing's date when it names a year),
+// a folder's set once its contents are in; an upload sets the local file's
+// on the server (MFMT). A server without either command is asked once.
 class FtpTransfer
 {
 public:
@@ -54,17 +60,31 @@ private:
     void UploadAll();
     void DownloadAll();
     void UploadItem(const std::string &localPath);
-    void UploadFile(const std::string &localPath, const std::string &name);
+    void UploadFile(const std::string &localPath, const std::string &name, time_t modified);
     // Deletes what a lost connection left of an upload, over a new one.
     void RemovePartialUpload(const std::string &name);
     // Makes the remote folder, changes into it, sends its files and then its
     // sub-folders, and changes back.
-    void UploadDir(const std::string &localPath, const std::string &name);
-    // `size` is what a listing said of the file; -1 asks the server.
-    void DownloadFile(const std::string &localFolder, const std::string &name, int64_t size = -1);
+    void UploadDir(const std::string &localPath, const std::string &name, time_t modified);
+    // Gives the remote entry `name` of the current folder the time `modified`
+    // where the server takes it; silent either way.
+    void SetRemoteTime(const std::string &name, time_t modified);
+    // `size` and `listed` are what a listing said of the file: -1 asks the
+    // server for the size, and its date only serves when the server tells
+    // none.
+    void DownloadFile(const std::string &localFolder,
+                      const std::string &name,
+                      int64_t size = -1,
+                      std::optional<time_t> listed = std::nullopt);
+    // The modification time of the remote file `name` as the server tells
+    // it, else `listed`.
+    std::optional<timespec> RemoteTime(const std::string &name, std::optional<time_t> listed);
     // The mirror: lists the remote folder, makes the local one, fetches its
-    // files and sub-folders, and changes back.
-    void DownloadDir(const std::string &localFolder, const std::string &name);
+    // files and sub-folders, and changes back; the folder takes the time
+    // `listed`, when known, after its contents.
+    void DownloadDir(const std::string &localFolder,
+                     const std::string &name,
+                     std::optional<time_t> listed = std::nullopt);
     bool EnterRemoteFolder(const std::string &name, const std::string &verb);
     void LeaveRemoteFolder(const std::string &parent);
     bool MakeLocalFolder(const std::string &path, const std::string &name);
@@ -97,6 +117,9 @@ private:
     bool fPassive = true;
     bool fStopped = false;
     bool fAborted = false;
+    // Until the server answers that it has no MDTM, or no MFMT.
+    bool fServerTellsTimes = true;
+    bool fServerSetsTimes = true;
     // Where the conversation stands on the server, for the progress lines.
     std::string fRemoteFolder;
     // The file in transfer: its name, the percentage last shown, when it

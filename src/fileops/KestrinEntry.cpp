@@ -159,12 +159,19 @@ bool KestrinEntry::CopyInto(const Destination &into, const std::string &targetNa
     if (S_ISDIR(info.st_mode)) {
         // Not checked: a folder of that name already there is merged into.
         platform::Directory(into.path).CreateDirectory(name);
-        return CopyFolder(ownPath, leaf, targetPath, walk);
+        if (!CopyFolder(ownPath, leaf, targetPath, walk))
+            return false;
+        // Every entry made in a folder changes its modification time, so the
+        // source's times go on once its contents are in: the deepest folder
+        // first, as the walk comes back up. A stopped copy is no copy of it.
+        if (!walk.StopRequested())
+            KestrinEntry(FolderRead{}, targetPath).SetTimes(info.st_atim, info.st_mtim);
+        return true;
     }
 
     if (S_ISLNK(info.st_mode)) {
         // A link that cannot be copied is missing from the copy; the rest goes on.
-        CopyLink(ownPath, into.path, name, walk);
+        CopyLink(ownPath, into.path, name, info, walk);
         return true;
     }
 
@@ -177,6 +184,7 @@ bool KestrinEntry::CopyInto(const Destination &into, const std::string &targetNa
 void KestrinEntry::CopyLink(const std::string &ownPath,
                             const std::string &destPath,
                             const std::string &name,
+                            const struct stat &info,
                             CopyWalk &walk)
 {
     // The new link points where this one ends up, through every link on the
@@ -196,7 +204,12 @@ void KestrinEntry::CopyLink(const std::string &ownPath,
     if (status != B_OK) {
         ShowError(status, walk.control);
         walk.complete = false;
+        return;
     }
+    // The link's own times, never its target's; a file system that keeps
+    // none for links leaves the new link's.
+    KestrinEntry(FolderRead{}, platform::JoinPath(destPath, name))
+        .SetTimes(info.st_atim, info.st_mtim);
 }
 
 bool KestrinEntry::CopyFolder(const std::string &ownPath,

@@ -38,7 +38,8 @@ public:
     // when given): a file with its attributes, a folder with everything below
     // it (files, then links, then sub-folders; a sub-folder of the folder's
     // own name is left out, so a folder copied into itself stops at one
-    // copy), a link as a new link to what it resolves to. False when the item
+    // copy), a link as a new link to what it resolves to. Each keeps the
+    // source's access and modification times. False when the item
     // is refused or fails; a folder fails only when its copy cannot be made.
     // Errors are reported through `control`. Both `control` and `overwrite`
     // may be null: without `control` errors are shown as alerts of their own,
@@ -101,6 +102,7 @@ private:
     void CopyLink(const std::string &ownPath,
                   const std::string &destPath,
                   const std::string &name,
+                  const struct stat &info,
                   CopyWalk &walk);
 
     int32_t fEntryCount = 0;

@@ -1,6 +1,10 @@
 #include "ftp/FtpListing.h"
 
+#include "ftp/FtpWireText.h"
+
 #include <algorithm>
+#include <cstdio>
+#include <cstring>
 #include <optional>
 
 namespace kestrin {
@@ -56,6 +60,23 @@ std::vector<FtpListingRow> GetEntries(std::string_view listing)
         listing.remove_prefix(end + 1);
     }
     return rows;
+}
+
+std::optional<time_t> ListedTime(const std::string &date)
+{
+    static constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
+    char month[4] = {};
+    unsigned day = 0;
+    int year = 0, yearStart = 0, end = 0;
+    // Four digits to the end of the text; a time of day stands there instead
+    // in the dates of the last half year.
+    if (sscanf(date.c_str(), "%3s %u %n%d%n", month, &day, &yearStart, &year, &end) != 3
+        || end - yearStart != 4 || size_t(end) != date.size())
+        return std::nullopt;
+    const size_t named = kMonths.find(month);
+    if (strlen(month) != 3 || named == std::string_view::npos || named % 3 != 0)
+        return std::nullopt;
+    return FtpWireText::UtcTime(year, unsigned(named / 3) + 1, day, 0, 0, 0);
 }
 
 bool IsPlainName(const std::string &name)

@@ -2,6 +2,8 @@
 
 // Rows of a remote folder, taken from the text of a Unix-style LIST reply.
 
+#include <ctime>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +27,11 @@ struct FtpListingRow
 // too few fields (the "total" line among them) and the names "." and ".." give
 // no row. The text ends at its first NUL byte, as the C text of a listing does.
 std::vector<FtpListingRow> GetEntries(std::string_view listing);
+
+// The moment a row's date text names when it has a year ("Jan  2  2020":
+// that day's start, in UTC, as servers list times by default); a date with a
+// time of day instead of a year ("Jan  2 12:00") or anything else names none.
+std::optional<time_t> ListedTime(const std::string &date);
 
 // Whether a listed name can stand for an entry inside its folder, here or on
 // the server: not empty, no "/", not "." or "..".

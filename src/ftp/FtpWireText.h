@@ -3,6 +3,8 @@
 #include "platform/TcpSocket.h"
 
 #include <cstdint>
+#include <ctime>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,6 +42,17 @@ public:
     static int64_t ExpectedSize(const char *reply);
     // The byte count of a 213 reply to SIZE.
     static int64_t SizeReply(const char *reply);
+
+    // Seconds since 1970 of a moment in UTC, the calendar checked (no
+    // February 30th); nothing for a moment that does not exist.
+    static std::optional<time_t> UtcTime(
+        int year, unsigned month, unsigned day, unsigned hour, unsigned minute, unsigned second);
+    // The moment a 213 reply to MDTM names: "213 YYYYMMDDHHMMSS", UTC,
+    // perhaps with a fraction of a second after a "."; nothing when the
+    // reply names none.
+    static std::optional<timespec> ModificationTimeReply(const char *reply);
+    // "YYYYMMDDHHMMSS" in UTC, the time MFMT sets.
+    static std::string TimeText(time_t time);
 };
 
 } // namespace kestrin

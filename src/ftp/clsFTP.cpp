@@ -378,6 +378,25 @@ int clsFTP::FileSize(const char *name, int64_t *size)
     return 0;
 }
 
+int clsFTP::ModificationTime(const char *name, timespec *time)
+{
+    const int code = Command(std::string("MDTM ") + name + "\r\n");
+    if (code != 213)
+        return code;
+    const std::optional<timespec> told = FtpWireText::ModificationTimeReply(fReply);
+    if (!told)
+        return code;
+    *time = *told;
+    return 0;
+}
+
+int clsFTP::SetModificationTime(const char *name, time_t time)
+{
+    const int code = Command("MFMT " + FtpWireText::TimeText(time) + " " + std::string(name)
+                             + "\r\n");
+    return code == 213 ? 0 : code;
+}
+
 int clsFTP::RenameFile(const char *from, const char *to)
 {
     int code = Command(std::string("RNFR ") + from + "\r\n");

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <deque>
 #include <string>
 
@@ -83,6 +84,13 @@ public:
     int RenameFile(const char *from, const char *to);
     // 0 with *size set to what SIZE answers (213), else the reply's code.
     int FileSize(const char *name, int64_t *size);
+    // 0 with *time set to the modification time MDTM answers (213, UTC),
+    // else the reply's code (213 too when it names no time).
+    int ModificationTime(const char *name, timespec *time);
+    // Sets a file's modification time on the server to `time` in whole
+    // seconds (MFMT): 0 on 213, else the reply's code; a server without the
+    // command answers 500 or 502.
+    int SetModificationTime(const char *name, time_t time);
     // The byte count the next download's progress is measured against when
     // its reply names none (some servers never do). Used once.
     void ExpectSize(int64_t bytes) { fExpectedHint = bytes; }

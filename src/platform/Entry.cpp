@@ -359,6 +359,21 @@ status_t Entry::GetCreationTime(time_t *time) const
     return B_OK;
 }
 
+status_t Entry::SetTimes(const timespec &accessed, const timespec &modified)
+{
+    if (fStatus != B_OK)
+        return B_NO_INIT;
+    const timespec times[2] = {accessed, modified};
+    if (utimensat(AT_FDCWD, fPath.c_str(), times, AT_SYMLINK_NOFOLLOW) != 0)
+        return LastError();
+    return B_OK;
+}
+
+status_t Entry::SetModificationTime(const timespec &modified)
+{
+    return SetTimes({0, UTIME_OMIT}, modified);
+}
+
 status_t Entry::MoveTo(const std::string &folder, const char *newName, bool clobber)
 {
     if (fStatus != B_OK)

@@ -53,6 +53,11 @@ public:
     // one, else the earlier of its modification and status-change times,
     // the oldest moment known of it.
     status_t GetCreationTime(time_t *time) const;
+    // Sets the entry's own access and modification times (a link's, never
+    // its target's), to the nanosecond where the file system keeps them.
+    status_t SetTimes(const timespec &accessed, const timespec &modified);
+    // The modification time alone; the access time stays as it is.
+    status_t SetModificationTime(const timespec &modified);
 
     // Renames the entry into `folder` (empty: where it is now) under `newName`
     // (nullptr: its current name). Never copies: another volume answers

@@ -70,6 +70,9 @@ public:
     void AdviseSequential();
     // The permission bits (chmod of the open file).
     status_t SetPermissions(mode_t mode);
+    // The access and modification times of the open file, to the nanosecond
+    // where the file system keeps them (futimens).
+    status_t SetTimes(const timespec &accessed, const timespec &modified);
     status_t GetSize(off_t *size) const;
     status_t GetStat(struct stat *info) const;
 

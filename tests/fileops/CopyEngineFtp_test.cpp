@@ -50,6 +50,18 @@ platform::Message Upload(unsigned port,
     return request;
 }
 
+// Moments the servers are given and are to tell back, in UTC.
+constexpr time_t kJan2Noon = 1577966400;    // 2020-01-02 12:00:00
+constexpr time_t kJan2 = 1577923200;        // 2020-01-02 00:00:00
+constexpr time_t kMar4 = 1551657600;        // 2019-03-04 00:00:00
+constexpr time_t kMar4Morning = 1551694272; // 2019-03-04 10:11:12
+constexpr time_t kMay6 = 1525590489;        // 2018-05-06 07:08:09
+
+time_t Modified(const std::string &path)
+{
+    return TimesOf(path).modified.tv_sec;
+}
+
 std::vector<std::string> AlertTexts(const FakeCopyControl &control)
 {
     std::vector<std::string> texts;
@@ -69,6 +81,32 @@ protected:
 
     VsftpdServer server;
     const std::string upload = server.Root() + "/upload";
+};
+
+// pyftpdlib, for a user with a password and for MFMT, which vsftpd lacks.
+class CopyEnginePyftpdlib : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!server.Unavailable().empty())
+            GTEST_SKIP() << server.Unavailable();
+        fs::create_directory(local);
+    }
+
+    // The request as the server's one user makes it.
+    static platform::Message LoggedIn(platform::Message request)
+    {
+        request.ReplaceString("User", 0, "kestrin");
+        request.ReplaceString("Password", 0, "secret");
+        return request;
+    }
+
+    PyftpdlibServer server;
+    TempHome home;
+    platform::AlertRecorder alerts;
+    FakeCopyControl control;
+    const std::string local = home.Root() + "/local";
 };
 
 } // namespace
@@ -174,20 +212,135 @@ TEST_F(CopyEngineFtp, AFullDiskLeavesNoPartialFile)
               std::vector<std::string>{"Cannot Copy file.\nInsufficient space on destination."});
 }
 
-TEST(CopyEngineFtpLogin, PasswordsAreCheckedAndFilesGoBothWays)
+TEST_F(CopyEngineFtp, DownloadsKeepTheServersTimesAndUploadsGoOnWhereItSetsNone)
 {
-    PyftpdlibServer server;
-    if (!server.Unavailable().empty())
-        GTEST_SKIP() << server.Unavailable();
+    WriteFileBytes(upload + "/dated", "dated");
+    fs::create_directories(upload + "/tree/sub");
+    WriteFileBytes(upload + "/tree/sub/deep", "deep");
+    SetModified(upload + "/dated", kJan2Noon);
+    SetModified(upload + "/tree/sub/deep", kMay6);
+    SetModified(upload + "/tree/sub", kMar4Morning);
+
+    Run(Download(server.Port(), upload, {"dated"}, {"tree"}), dest);
+    EXPECT_TRUE(control.errors.empty());
+    // A file's time as MDTM tells it; a folder's as its listing does, to the day.
+    EXPECT_EQ(Modified(dest + "/dated"), kJan2Noon);
+    EXPECT_EQ(Modified(dest + "/tree/sub/deep"), kMay6);
+    EXPECT_EQ(Modified(dest + "/tree/sub"), kMar4) << "after its contents";
+
+    // vsftpd has no MFMT: the upload neither says so nor stops for it.
+    fs::create_directory(upload + "/back");
+    Run(Upload(server.Port(), upload + "/back", {dest + "/dated", dest + "/tree"}), dest);
+    EXPECT_TRUE(control.errors.empty());
+    EXPECT_EQ(Tree(upload + "/back"), Tree(dest));
+}
+
+TEST_F(CopyEnginePyftpdlib, UploadsSetTheirTimesWhereTheServerTakesThem)
+{
+    fs::create_directory(local + "/D");
+    WriteFileBytes(local + "/D/inner", "inner");
+    WriteFileBytes(local + "/after", "after");
+    SetModified(local + "/D/inner", kMay6);
+    SetModified(local + "/after", kJan2Noon);
+    CopyEngine(LoggedIn(Upload(server.Port(), "/", {local + "/D", local + "/after"})), "/", control)
+        .Run();
+    // It dates files only: the folder's refusal stops nothing that follows.
+    EXPECT_TRUE(control.errors.empty());
+    EXPECT_EQ(Modified(server.Root() + "/D/inner"), kMay6);
+    EXPECT_EQ(Modified(server.Root() + "/after"), kJan2Noon);
+
+    SetModified(server.Root() + "/after", kMar4Morning);
+    fs::remove(local + "/after");
+    CopyEngine(LoggedIn(Download(server.Port(), "/", {"after"})), local, control).Run();
+    EXPECT_EQ(Modified(local + "/after"), kMar4Morning);
+}
+
+// A server without MDTM and MFMT says so once for each; downloads take their
+// times from the listing, and neither direction tells the user.
+TEST(CopyEngineFtpTimes, AServerWithoutTheCommandsIsAskedOnce)
+{
+    const auto answer = [](ScriptedServer::Session &s, const char *reply) {
+        s.ReadLine();
+        s.Send(reply);
+    };
+    const auto logIn = [&](ScriptedServer::Session &s, const char *type) {
+        s.Send("220 hi\r\n");
+        for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", type})
+            answer(s, reply); // USER, PASS, CWD /x, then CWD d or TYPE I
+    };
+    const auto sendFile = [&](ScriptedServer::Session &s, const std::string &bytes) {
+        platform::TcpSocket data;
+        if (!s.SendPassiveData(&data)) // PASV, RETR
+            return;
+        data.SendAll(bytes.data(), bytes.size());
+        data.Close();
+        s.Send("226 done\r\n");
+    };
+    const auto receiveFile = [&](ScriptedServer::Session &s) {
+        platform::TcpSocket data;
+        if (!s.SendPassiveData(&data)) // PASV, STOR
+            return;
+        char buffer[256];
+        while (data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
+               && data.Receive(buffer, sizeof buffer) > 0) {
+        }
+        s.Send("226 done\r\n");
+    };
+    ScriptedServer server(
+        std::vector<ScriptedServer::Script>{[&](ScriptedServer::Session &s) {
+                                                logIn(s, "250 ok\r\n");
+                                                answer(s, "200 ok\r\n"); // TYPE A
+                                                platform::TcpSocket data;
+                                                if (!s.SendPassiveData(&data)) // PASV, LIST
+                                                    return;
+                                                const std::string listing
+                                                    = "-rw-r--r-- 1 u g 1 Jan  2  2020 f\r\n"
+                                                      "-rw-r--r-- 1 u g 1 Mar 04  2019 g\r\n";
+                                                data.SendAll(listing.data(), listing.size());
+                                                data.Close();
+                                                s.Send("226 done\r\n");
+                                                answer(s, "200 ok\r\n"); // TYPE I
+                                                sendFile(s, "f");
+                                                answer(s, "502 no MDTM here\r\n");
+                                                sendFile(s, "g");
+                                                answer(s, "250 ok\r\n"); // CDUP
+                                                s.WaitForClose();
+                                            },
+                                            [&](ScriptedServer::Session &s) {
+                                                logIn(s, "200 ok\r\n");
+                                                receiveFile(s);
+                                                answer(s, "500 Unknown command.\r\n"); // MFMT
+                                                receiveFile(s);
+                                                s.WaitForClose();
+                                            }});
     TempHome home;
     platform::AlertRecorder alerts;
     FakeCopyControl control;
-    const std::string folder = home.Root() + "/local";
-    fs::create_directory(folder);
-    const std::string bytes = RandomBytes(300 * 1024, 5);
-    WriteFileBytes(folder + "/f", bytes);
+    const std::string dest = home.Root() + "/dest";
+    fs::create_directory(dest);
 
-    platform::Message upload = Upload(server.Port(), "/", {folder + "/f"});
+    CopyEngine(Download(server.Port(), "/x", {}, {"d"}), dest, control).Run();
+    EXPECT_EQ(Modified(dest + "/d/f"), kJan2);
+    EXPECT_EQ(Modified(dest + "/d/g"), kMar4);
+    CopyEngine(Upload(server.Port(), "/x", {dest + "/d/f", dest + "/d/g"}), dest, control).Run();
+    const std::vector<std::string> received = server.Finish();
+    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    const auto count = [&](const char *command) {
+        return std::count_if(received.begin(), received.end(), [&](const std::string &line) {
+            return line.starts_with(command);
+        });
+    };
+    EXPECT_EQ(count("MDTM"), 1);
+    EXPECT_EQ(count("MFMT"), 1);
+    EXPECT_EQ(count("STOR"), 2);
+}
+
+TEST_F(CopyEnginePyftpdlib, PasswordsAreCheckedAndFilesGoBothWays)
+{
+    const std::string bytes = RandomBytes(300 * 1024, 5);
+    WriteFileBytes(local + "/f", bytes);
+
+    platform::Message upload = Upload(server.Port(), "/", {local + "/f"});
     upload.ReplaceString("User", 0, "kestrin");
     upload.ReplaceString("Password", 0, "wrong");
     CopyEngine(upload, "/", control).Run();
@@ -201,14 +354,11 @@ TEST(CopyEngineFtpLogin, PasswordsAreCheckedAndFilesGoBothWays)
 
     upload.ReplaceString("Password", 0, "secret");
     CopyEngine(upload, "/", control).Run();
-    fs::remove(folder + "/f");
-    platform::Message download = Download(server.Port(), "/", {"f"});
-    download.ReplaceString("User", 0, "kestrin");
-    download.ReplaceString("Password", 0, "secret");
+    fs::remove(local + "/f");
     control.transfers.clear();
-    CopyEngine(download, folder, control).Run();
+    CopyEngine(LoggedIn(Download(server.Port(), "/", {"f"})), local, control).Run();
     EXPECT_EQ(control.errors.size(), 1u);
-    EXPECT_TRUE(ReadFileBytes(folder + "/f") == bytes);
+    EXPECT_TRUE(ReadFileBytes(local + "/f") == bytes);
     // This server names no size when it starts sending; the bars still go
     // all the way.
     int32_t percent = 0;

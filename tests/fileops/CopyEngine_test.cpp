@@ -3,6 +3,7 @@
 #include "CopyTestSupport.h"
 #include "platform/Node.h"
 
+#include <map>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -12,6 +13,66 @@ namespace {
 
 constexpr time_t kJan10 = 947505600; // Mon Jan 10 12:00:00 2000 UTC
 constexpr time_t kDay = 24 * 60 * 60;
+constexpr time_t kJan2 = 1577966400; // Thu Jan  2 12:00:00 2020 UTC
+
+// A tree of every kind of entry, each with times of its own, for the copies
+// to keep: the entry's path below the tree's folder, its kind ('f' file, 'd'
+// folder, 'l' link to "b" beside it), and how many days before Jan 2, 2020
+// noon it was modified; it was read an hour and a quarter after that.
+struct DatedEntry
+{
+    const char *path;
+    char kind;
+    int daysBefore;
+};
+constexpr DatedEntry kDatedTree[] = {
+    {"f", 'f', 0},
+    {"T", 'd', 1},
+    {"T/a", 'f', 2},
+    {"T/S", 'd', 3},
+    {"T/S/b", 'f', 4},
+    {"T/S/l", 'l', 5},
+    {"T/S/E", 'd', 6},
+};
+
+// Makes the tree in `root` and answers the times each entry has, as the
+// file system keeps them and TimesBelow compares them; set once everything
+// is made, since a folder's times change as entries are made in it.
+std::map<std::string, EntryTimes> MakeDatedTree(const std::string &root)
+{
+    for (const DatedEntry &entry : kDatedTree) {
+        const std::string path = root + "/" + entry.path;
+        if (entry.kind == 'd')
+            fs::create_directory(path);
+        else if (entry.kind == 'l')
+            fs::create_symlink("b", path);
+        else
+            WriteFileBytes(path, entry.path);
+    }
+    std::map<std::string, EntryTimes> times;
+    for (const DatedEntry &entry : kDatedTree) {
+        const time_t modified = kJan2 - entry.daysBefore * kDay;
+        times[entry.path] = SetTimes(root + "/" + entry.path,
+                                     {{modified + 4500, 250000000}, {modified, 500000000}});
+        if (entry.kind == 'd')
+            times[entry.path].accessed = {};
+    }
+    return times;
+}
+
+// The times of the tree's entries in `root`; a folder's modification time
+// alone, since measuring the request lists every folder, which dates its
+// access before the copy begins (as showing it in a pane would).
+std::map<std::string, EntryTimes> TimesBelow(const std::string &root)
+{
+    std::map<std::string, EntryTimes> times;
+    for (const DatedEntry &entry : kDatedTree) {
+        times[entry.path] = TimesOf(root + "/" + entry.path);
+        if (entry.kind == 'd')
+            times[entry.path].accessed = {};
+    }
+    return times;
+}
 
 class CopyEngineTest : public CopyTest
 {
@@ -233,4 +294,44 @@ TEST_F(CopyEngineTest, LinksThatCannotBeMadeAreReportedAndTheRestGoesOn)
     EXPECT_EQ(control.errors[0].text, "A portion of the path is not a directory.");
     EXPECT_EQ(ReadFileBytes(dest + "/a"), "mine");
     EXPECT_EQ(alerts.Count(), 0u) << "nothing goes past the progress window";
+}
+
+TEST_F(CopyEngineTest, CopiesAndMovesKeepTheirDatesFoldersAfterTheirContents)
+{
+    const std::map<std::string, EntryTimes> times = MakeDatedTree(src);
+    Run(Request(kMsgCopyRequest, {src + "/f", src + "/T"}), dest);
+    EXPECT_TRUE(control.errors.empty());
+    EXPECT_EQ(TimesBelow(dest), times);
+
+    // Across devices a move is a copy and a delete: the copy keeps them too.
+    const QTemporaryDir shm(kShmTemplate);
+    const std::string from = ShmPath(shm);
+    const std::map<std::string, EntryTimes> shmTimes = MakeDatedTree(from);
+    const std::string moved = dest + "/moved";
+    fs::create_directory(moved);
+    Run(Request(kMsgCopyRequest, {from + "/f", from + "/T"}, "Move"), moved);
+    EXPECT_FALSE(Exists(from + "/f"));
+    EXPECT_EQ(TimesBelow(moved), shmTimes);
+}
+
+TEST_F(CopyEngineTest, OverwriteAllOlderJudgesTheOriginalsDateNotTheCopys)
+{
+    for (const char *name : {"x", "y", "z"}) {
+        WriteFileBytes(src + "/" + name, "first");
+        SetModified(src + "/" + name, kJan10);
+    }
+    Run(Request(kMsgCopyRequest, {src + "/x", src + "/y", src + "/z"}), dest);
+
+    // Edited since: y later, z put back to its old date.
+    for (const char *name : {"x", "y", "z"})
+        WriteFileBytes(src + "/" + name, "second");
+    SetModified(src + "/x", kJan10);
+    SetModified(src + "/y", kJan10 + kDay);
+    SetModified(src + "/z", kJan10);
+    control.answers = {kOverwriteAllOlder};
+    Run(Request(kMsgCopyRequest, {src + "/x", src + "/y", src + "/z"}), dest);
+    EXPECT_EQ(control.questions.size(), 1u);
+    EXPECT_EQ(ReadFileBytes(dest + "/x"), "second") << "the one answered";
+    EXPECT_EQ(ReadFileBytes(dest + "/y"), "second") << "its copy is older than it";
+    EXPECT_EQ(ReadFileBytes(dest + "/z"), "first") << "its copy is as old as it";
 }

@@ -179,6 +179,42 @@ inline void SetModified(const std::string &path, time_t when)
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << path;
 }
 
+// An entry's own access and modification times (a link's, not its
+// target's), to the nanosecond.
+struct EntryTimes
+{
+    timespec accessed{}, modified{};
+
+    bool operator==(const EntryTimes &other) const
+    {
+        return accessed.tv_sec == other.accessed.tv_sec
+               && accessed.tv_nsec == other.accessed.tv_nsec
+               && modified.tv_sec == other.modified.tv_sec
+               && modified.tv_nsec == other.modified.tv_nsec;
+    }
+    friend std::ostream &operator<<(std::ostream &out, const EntryTimes &times)
+    {
+        return out << "accessed " << times.accessed.tv_sec << "." << times.accessed.tv_nsec
+                   << ", modified " << times.modified.tv_sec << "." << times.modified.tv_nsec;
+    }
+};
+
+inline EntryTimes TimesOf(const std::string &path)
+{
+    struct stat info = {};
+    EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
+    return {info.st_atim, info.st_mtim};
+}
+
+// Sets them and answers them as the file system keeps them, which may be
+// coarser than asked.
+inline EntryTimes SetTimes(const std::string &path, const EntryTimes &times)
+{
+    const struct timespec both[2] = {times.accessed, times.modified};
+    EXPECT_EQ(utimensat(AT_FDCWD, path.c_str(), both, AT_SYMLINK_NOFOLLOW), 0) << path;
+    return TimesOf(path);
+}
+
 // Bytes that no compressor shrinks, the same for the same seed.
 inline std::string RandomBytes(size_t size, unsigned seed)
 {

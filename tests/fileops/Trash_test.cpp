@@ -120,6 +120,8 @@ TEST_F(TrashTest, ItemsOnAnotherVolumeAreCopiedInThenDeleted)
     ASSERT_EQ(lsetxattr((from + "/doc").c_str(), "user.comment", "kept", 4, 0), 0);
     fs::create_directory(from + "/dir");
     WriteFileBytes(from + "/dir/inner", "inner");
+    SetModified(from + "/dir/inner", 1577966400);
+    SetModified(from + "/dir", 1577966400);
     WriteFileBytes(src + "/doc", "from home");
     ASSERT_TRUE(KestrinEntry(src + "/doc").TrashIt());
 
@@ -133,6 +135,8 @@ TEST_F(TrashTest, ItemsOnAnotherVolumeAreCopiedInThenDeleted)
     char comment[8] = {};
     EXPECT_EQ(lgetxattr((trash + "/files/doc copy").c_str(), "user.comment", comment, 8), 4);
     EXPECT_EQ(ReadFileBytes(trash + "/files/dir/inner"), "inner");
+    EXPECT_EQ(TimesOf(trash + "/files/dir/inner").modified.tv_sec, 1577966400);
+    EXPECT_EQ(TimesOf(trash + "/files/dir").modified.tv_sec, 1577966400) << "after its contents";
     EXPECT_FALSE(Exists(from + "/doc") || Exists(from + "/dir"));
     EXPECT_NE(Info("doc copy").find("\nPath=" + from + "/doc\n"), std::string::npos);
     EXPECT_NE(Info("dir").find("\nPath=" + from + "/dir\n"), std::string::npos);

@@ -3,10 +3,12 @@
 
 #include "CallbackLog.h"
 #include "ScriptedServer.h"
+#include "ftp/FtpListing.h"
 #include "ftp/clsFTP.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <optional>
 
 using kestrin::clsFTP;
 using kestrin::FtpWireText;
@@ -139,6 +141,59 @@ TEST(FtpReplyReader, PortAndPassiveTextsAreReadAndWritten)
                   "150 Opening BINARY mode data connection for f (1234 bytes)."),
               1234);
     EXPECT_EQ(FtpWireText::ExpectedSize("150 Opening data connection."), 0);
+}
+
+TEST(FtpReplyReader, TimesAreReadFromRepliesAndListingsAndWrittenForMfmt)
+{
+    constexpr time_t kJan2Noon = 1577966400; // 2020-01-02 12:00:00 UTC
+    constexpr time_t kJan2 = 1577923200;
+    struct Row
+    {
+        const char *text;
+        std::optional<time_t> seconds;
+        long nanoseconds = 0;
+    };
+    const Row replies[] = {
+        {"213 20200102120000", kJan2Noon},
+        {"213 20200102120000.5", kJan2Noon, 500000000},
+        {"213 20200102120000.123 UTC", kJan2Noon, 123000000},
+        {"213 20200102120000 f", kJan2Noon},
+        {"213 19700101000000", 0},
+        {"213 20240229235960", 1709251200}, // a leap day, and a leap second
+        {"213 20230229120000", std::nullopt},
+        {"213 20200102126000", std::nullopt},
+        {"213 2020010212000", std::nullopt},
+        {"213 20200102120000x", std::nullopt},
+        {"213 1234", std::nullopt}, // a SIZE reply
+        {"550 f: not a plain file.", std::nullopt},
+    };
+    for (const Row &row : replies) {
+        const std::optional<timespec> time = FtpWireText::ModificationTimeReply(row.text);
+        EXPECT_EQ(time.has_value(), row.seconds.has_value()) << row.text;
+        if (time && row.seconds) {
+            EXPECT_EQ(time->tv_sec, *row.seconds) << row.text;
+            EXPECT_EQ(time->tv_nsec, row.nanoseconds) << row.text;
+        }
+    }
+
+    // A listing's date names a day only when it names a year.
+    const Row dates[] = {
+        {"Jan  2  2020", kJan2},
+        {"Jan 02  2020", kJan2},
+        {"Dec 31   1999", 946598400},
+        {"Jan  2 12:00", std::nullopt},
+        {"Feb 30  2020", std::nullopt},
+        {"jan  2  2020", std::nullopt},
+        {"Jan  2  20", std::nullopt},
+        {"Jan 2x 2020", std::nullopt},
+        {"Jan 258  2020", std::nullopt}, // day 2 in a byte
+        {"Janu  2  2020", std::nullopt},
+    };
+    for (const Row &row : dates)
+        EXPECT_EQ(kestrin::ListedTime(row.text), row.seconds) << row.text;
+
+    EXPECT_EQ(FtpWireText::TimeText(kJan2Noon + 59), "20200102120059");
+    EXPECT_EQ(FtpWireText::TimeText(0), "19700101000000");
 }
 
 TEST(FtpScripted, GreetingRulesAndSilentServer)

@@ -1,14 +1,15 @@
 // Feeds arbitrary server bytes to the FTP client's reply reader, as one
 // stream that ends with the connection closing. Besides what the sanitizers
 // catch, it checks that every reply stays inside the 1024-byte buffer, that
-// the reader comes to an end, and that the PASV and byte-count parsers only
-// ever yield values a connection could use.
+// the reader comes to an end, and that the PASV, byte-count and time parsers
+// only ever yield values a connection or a file could use.
 
 #include "ftp/clsFTP.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -42,6 +43,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         if (kestrin::FtpWireText::ParsePassiveReply(buffer, &address) && address.port > 65535)
             abort();
         if (kestrin::FtpWireText::ExpectedSize(buffer) < 0)
+            abort();
+        const std::optional<timespec> time = kestrin::FtpWireText::ModificationTimeReply(buffer);
+        if (time && (time->tv_nsec < 0 || time->tv_nsec >= 1000000000))
             abort();
         if (code == 2 && strcmp(buffer, "TIMEOUT") == 0 && ftp.PendingLineCount() == 0)
             break;

@@ -189,7 +189,7 @@ from pyftpdlib.authorizers import DummyAuthorizer
 from pyftpdlib.handlers import FTPHandler
 from pyftpdlib.servers import FTPServer
 authorizer = DummyAuthorizer()
-authorizer.add_user("kestrin", "secret", sys.argv[1], perm="elradfmw")
+authorizer.add_user("kestrin", "secret", sys.argv[1], perm="elradfmwT")
 FTPHandler.authorizer = authorizer
 FTPHandler.auth_failed_timeout = 0
 server = FTPServer(("127.0.0.1", 0), FTPHandler)

@@ -68,6 +68,8 @@ public:
 
     std::string Unavailable() const { return fUnavailable; }
     unsigned Port() const { return fPort; }
+    // The folder the user logs in to, "/" on the server.
+    std::string Root() const { return fDir.path().toStdString(); }
 
 private:
     QTemporaryDir fDir;

@@ -32,6 +32,7 @@ TextPager::TextPager(std::shared_ptr<TextIndex> index, QWidget *parent)
     , fIndex(std::move(index))
 {
     setObjectName("TextScroll");
+    setAccessibleName("Text");
     viewport()->setObjectName("textView");
     viewport()->setBackgroundRole(QPalette::Base);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));

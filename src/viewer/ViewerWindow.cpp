@@ -125,7 +125,14 @@ void ViewerWindow::AddFindKeys()
     statusBar()->addPermanentWidget(fFindField);
     statusBar()->hide();
     fFindField->setAccessibleName("Find");
-    connect(fFindField, &QLineEdit::returnPressed, this, [this] { FindAgain(true); });
+    // Enter starts a new search, from the top row shown; F3 goes on from
+    // the match.
+    connect(fFindField, &QLineEdit::returnPressed, this, [this] {
+        if (fTextView == nullptr || fFindField->text().isEmpty())
+            return;
+        statusBar()->showMessage("Searching...");
+        fTextView->FindFromTop(fFindField->text());
+    });
     connect(new QShortcut(QKeySequence::Find, this),
             &QShortcut::activated,
             this,

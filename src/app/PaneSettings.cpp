@@ -65,9 +65,9 @@ bool PaneSettings::ReadFlag(const char *key, bool fallback)
 PaneSettings PaneSettings::Load()
 {
     PaneSettings settings;
-    std::string format;
-    if (Read("DateFormat", &format) && !format.empty())
-        settings.dateFormat = format;
+    // A key that is there with nothing after its "=" is an empty format,
+    // not a missing one: only a missing key takes the default.
+    Read("DateFormat", &settings.dateFormat);
     settings.showProgress = ReadFlag("ShowProgressBar", true);
     settings.caseSensitiveSort = ReadFlag("bCaseSensitiveSort", true);
     settings.alternateColors = ReadFlag("bAlternateColors", true);

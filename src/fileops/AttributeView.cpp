@@ -24,6 +24,9 @@ void AttributeView::SetRows(const std::vector<AttributeText::Row> &rows)
     for (const AttributeText::Row &row : rows)
         items.push_back(std::make_unique<AttVListItem>(row.name, row.value, kRowColor));
     AddList(std::move(items));
+    // The keys move from a row the user can see.
+    if (CountItems() > 0)
+        Select(0);
 }
 
 } // namespace kestrin

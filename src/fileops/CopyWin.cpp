@@ -8,6 +8,7 @@
 #include "platform/Entry.h"
 #include "widgets/RgbColor.h"
 #include "widgets/StatusBar.h"
+#include "widgets/WindowConventions.h"
 
 #include <QCloseEvent>
 #include <QLabel>
@@ -97,6 +98,9 @@ CopyWin::CopyWin(const QRect &frame,
 
     BuildViews();
     LayoutViews();
+    // Stop is the way out of a copy, and what Escape does; nothing else
+    // closes the window.
+    WindowConventions::Apply(this, {.cancelButton = fStopButton, .closable = false});
 
     fProgressTimer = new QTimer(this);
     fProgressTimer->setInterval(kTimerInterval);
@@ -161,6 +165,7 @@ void CopyWin::BuildViews()
     fPauseButton->setIcon(PauseIcon());
     fPauseButton->setCheckable(true);
     fPauseButton->setFocusPolicy(Qt::NoFocus);
+    fPauseButton->setAccessibleName("Pause");
     connect(fPauseButton, &QToolButton::clicked, this, [this] {
         platform::Message pause(kMsgPauseCopy);
         Dispatch(pause);
@@ -169,6 +174,7 @@ void CopyWin::BuildViews()
     fStopButton->setObjectName("StopButton");
     fStopButton->setIcon(StopIcon());
     fStopButton->setFocusPolicy(Qt::NoFocus);
+    fStopButton->setAccessibleName("Stop");
     connect(fStopButton, &QToolButton::clicked, this, [this] {
         platform::Message stop(kMsgStopCopy);
         Dispatch(stop);

@@ -3,6 +3,7 @@
 #include "app/PaneSettings.h"
 #include "fileops/AttributeView.h"
 #include "fileops/KestrinEntry.h"
+#include "widgets/WindowConventions.h"
 
 #include <QCoreApplication>
 #include <QFileIconProvider>
@@ -75,12 +76,17 @@ GetInfo::GetInfo(const std::string &path, const QRect &near, QWidget *parent)
     pair("lblPath", "Path", "path", fFacts.path);
     if (fFacts.kind == EntryFacts::Kind::Link)
         pair("lbllinkto", "Link To", "linkto", fFacts.linkTo);
-    AddLabel("lblAttributes", "Attributes", y);
+    QLabel *attributesLabel = AddLabel("lblAttributes", "Attributes", y);
     y += kLineHeight;
     fAttributes = new AttributeView(this);
     fAttributes->setObjectName("AttributeView");
     fAttributes->setGeometry(kLabelLeft, y, kWidth - kLabelLeft - 8, kHeight - y - 8);
     fAttributes->SetRows(fFacts.attributes);
+    attributesLabel->setBuddy(fAttributes);
+    // A list is not named by its label's buddy link alone.
+    fAttributes->setAccessibleName(attributesLabel->text());
+    // Nothing to fill in: the window is read, from its list of attributes.
+    WindowConventions::Apply(this, {.firstField = fAttributes});
 
     if (fFacts.kind == EntryFacts::Kind::Folder)
         CountFolder();

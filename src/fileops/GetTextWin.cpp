@@ -1,7 +1,7 @@
 #include "fileops/GetTextWin.h"
 #include "widgets/RgbColor.h"
+#include "widgets/WindowConventions.h"
 
-#include <QEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
@@ -67,7 +67,6 @@ GetTextWin::GetTextWin(const QRect &frame,
         });
         buttons.push_back(pushButton);
     }
-    buttons.front()->setDefault(true);
 
     // Buttons sit in a row along the bottom right; the window widens when
     // they need more room than the frame gives.
@@ -93,6 +92,15 @@ GetTextWin::GetTextWin(const QRect &frame,
         button->setGeometry(left, buttonTop, kButtonWidth, buttonHeight);
         left += kButtonWidth + kButtonGap;
     }
+    label->setBuddy(fText);
+    // Only a button ends the prompt, so that its target always hears. The
+    // first reports the text; of the others, which report nothing, Escape
+    // presses the last.
+    WindowConventions::Apply(this,
+                             {.firstField = fText,
+                              .defaultButton = buttons.front(),
+                              .cancelButton = count > 1 ? buttons.back() : nullptr,
+                              .closable = false});
 }
 
 GetTextWin::~GetTextWin() = default;
@@ -125,13 +133,6 @@ void GetTextWin::MessageReceived(platform::Message &message)
         fTarget->Dispatch(reply);
     if (self)
         close();
-}
-
-bool GetTextWin::event(QEvent *event)
-{
-    if (event->type() == QEvent::WindowActivate)
-        fText->setFocus(Qt::ActiveWindowFocusReason);
-    return QWidget::event(event);
 }
 
 } // namespace kestrin

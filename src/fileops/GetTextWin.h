@@ -45,9 +45,6 @@ public:
 
     void MessageReceived(platform::Message &message) override;
 
-protected:
-    bool event(QEvent *event) override;
-
 private:
     QString fTitle;
     QLineEdit *fText; // child of this window

@@ -39,7 +39,8 @@ public:
     // kMsgModalOk and kMsgModalCancel end the dialog; anything else is dropped.
     void MessageReceived(platform::Message &message) override;
 
-    // Return on the default button and Escape come through these.
+    // QDialog's own ways to end a dialog (closing it, a subclass without
+    // buttons of its own) come through these as OK and Cancel.
     void accept() override;
     void reject() override;
 

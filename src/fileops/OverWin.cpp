@@ -2,6 +2,7 @@
 
 #include "fileops/FileOpsMessages.h"
 #include "widgets/RgbColor.h"
+#include "widgets/WindowConventions.h"
 
 #include <QCloseEvent>
 #include <QLabel>
@@ -56,13 +57,22 @@ OverWin::OverWin(const QRect &frame, const QString &title, QWidget *parent)
                               {"Cancel", "Cancel", kCancelBatch}};
     const int buttonWidth = (kWidth - 2 * kMargin - 2 * kButtonGap) / 3;
     const int firstRow = kHeight - kMargin - 2 * kButtonHeight - kButtonGap;
+    QPushButton *buttons[6] = {};
     for (int i = 0; i < 6; i++) {
-        QPushButton *button = AddButton(answers[i].label, answers[i].name, answers[i].code);
-        button->setGeometry(kMargin + (i % 3) * (buttonWidth + kButtonGap),
-                            firstRow + (i / 3) * (kButtonHeight + kButtonGap),
-                            buttonWidth,
-                            kButtonHeight);
+        buttons[i] = AddButton(answers[i].label, answers[i].name, answers[i].code);
+        buttons[i]->setGeometry(kMargin + (i % 3) * (buttonWidth + kButtonGap),
+                                firstRow + (i / 3) * (kButtonHeight + kButtonGap),
+                                buttonWidth,
+                                kButtonHeight);
     }
+    // Return keeps the target, the answer that loses nothing; Escape ends
+    // the batch. Only an answer closes the question.
+    QPushButton *skip = buttons[3];
+    WindowConventions::Apply(this,
+                             {.firstField = skip,
+                              .defaultButton = skip,
+                              .cancelButton = buttons[5],
+                              .closable = false});
 }
 
 OverWin::~OverWin() = default;

@@ -3,6 +3,7 @@
 #include "app/EntryTexts.h"
 #include "fileops/FileOpsMessages.h"
 #include "widgets/RgbColor.h"
+#include "widgets/WindowConventions.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -41,14 +42,9 @@ PermissionsWin::PermissionsWin(const QRect &frame, platform::Handler *target, QW
 
     const char *rows[][2] = {{"bsvOwner", "Owner"}, {"bsvGroup", "Group"}, {"bsvPublic", "Public"}};
     const char *columns[][2] = {{"bsvRead", "R"}, {"bsvWrite", "W"}, {"bsvExecute", "E"}};
-    for (int i = 0; i < 3; i++) {
-        auto *row = new QLabel(rows[i][1], background);
-        row->setObjectName(rows[i][0]);
-        row->setGeometry(kRowLabelLeft, kGridTop + i * kCell, kGridLeft - kRowLabelLeft, 20);
-        auto *column = new QLabel(columns[i][1], background);
-        column->setObjectName(columns[i][0]);
-        column->setGeometry(kGridLeft + i * kCell + 2, kGridTop - 24, kCell, 20);
-    }
+    // The boxes have no text of their own: a screen reader says whose bit
+    // each one is.
+    const char *spokenColumns[] = {"read", "write", "execute"};
     for (int box = 0; box < 9; box++) {
         fBoxes[size_t(box)] = new QCheckBox(background);
         fBoxes[size_t(box)]->setObjectName(QString("CheckBox%1").arg(box + 1));
@@ -56,6 +52,17 @@ PermissionsWin::PermissionsWin(const QRect &frame, platform::Handler *target, QW
                                          kGridTop + (box / 3) * kCell,
                                          20,
                                          20);
+        fBoxes[size_t(box)]->setAccessibleName(
+            QString("%1 %2").arg(rows[box / 3][1], spokenColumns[box % 3]));
+    }
+    for (int i = 0; i < 3; i++) {
+        auto *row = new QLabel(rows[i][1], background);
+        row->setObjectName(rows[i][0]);
+        row->setGeometry(kRowLabelLeft, kGridTop + i * kCell, kGridLeft - kRowLabelLeft, 20);
+        row->setBuddy(fBoxes[size_t(3 * i)]);
+        auto *column = new QLabel(columns[i][1], background);
+        column->setObjectName(columns[i][0]);
+        column->setGeometry(kGridLeft + i * kCell + 2, kGridTop - 24, kCell, 20);
     }
 
     const auto addButton = [this,
@@ -71,6 +78,10 @@ PermissionsWin::PermissionsWin(const QRect &frame, platform::Handler *target, QW
     };
     addButton("bOK", "OK", kMsgPermissionsOK, kGridTop);
     addButton("bCancel", "Cancel", kMsgPermissionsCancel, kGridTop + kButtonHeight + 10);
+    WindowConventions::Apply(this,
+                             {.firstField = fBoxes[0],
+                              .defaultButton = findChild<QPushButton *>("bOK"),
+                              .cancelButton = findChild<QPushButton *>("bCancel")});
     show();
 }
 

@@ -1,7 +1,7 @@
 #include "fileops/mdlGetTextDlg.h"
 #include "widgets/RgbColor.h"
+#include "widgets/WindowConventions.h"
 
-#include <QEvent>
 #include <QFontMetrics>
 #include <QLabel>
 #include <QLineEdit>
@@ -62,6 +62,11 @@ mdlGetTextDlg::mdlGetTextDlg(const QString &prompt, char *buffer, int32_t capaci
     fText = new QLineEdit(QString::fromUtf8(buffer, qsizetype(initial)), background);
     fText->setObjectName("Text1");
     fText->setGeometry(Frame(0, 22, 150, 42));
+    fLabel->setBuddy(fText);
+    // The dialog has no title: the prompt is what it is called.
+    setAccessibleName(prompt);
+    WindowConventions::Apply(this,
+                             {.firstField = fText, .defaultButton = ok, .cancelButton = cancel});
 }
 
 mdlGetTextDlg::~mdlGetTextDlg() = default;
@@ -71,13 +76,6 @@ bool mdlGetTextDlg::ValidateData()
     if (fBuffer != nullptr && fCapacity > 0)
         strncpy(fBuffer, fText->text().toUtf8().constData(), size_t(fCapacity));
     return true;
-}
-
-bool mdlGetTextDlg::event(QEvent *event)
-{
-    if (event->type() == QEvent::WindowActivate)
-        fText->setFocus(Qt::ActiveWindowFocusReason);
-    return ModalDlg::event(event);
 }
 
 } // namespace kestrin

@@ -25,9 +25,6 @@ public:
 
     bool ValidateData() override;
 
-protected:
-    bool event(QEvent *event) override;
-
 private:
     QLabel *fLabel;   // child of the background
     QLineEdit *fText; // child of the background

@@ -6,6 +6,7 @@
 #include "ftp/FtpWin.h"
 #include "platform/Alerts.h"
 #include "platform/NodeMonitor.h"
+#include "widgets/WindowConventions.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -41,6 +42,9 @@ ConWin::ConWin(const QRect &frame, platform::Handler *target, QWidget *parent)
     label->setObjectName("label1");
     lvConnections = new QListWidget(container);
     lvConnections->setObjectName("lvConnections");
+    label->setBuddy(lvConnections);
+    // A list is not named by its label's buddy link alone.
+    lvConnections->setAccessibleName(label->text());
     lvConnections->setSelectionMode(QAbstractItemView::SingleSelection);
     connect(lvConnections, &QListWidget::itemActivated, this, [this] {
         platform::Message connect(kMsgFtpConnect);
@@ -58,6 +62,10 @@ ConWin::ConWin(const QRect &frame, platform::Handler *target, QWidget *parent)
     outer->addWidget(container);
 
     LoadConnectionList();
+    WindowConventions::Apply(this,
+                             {.firstField = lvConnections,
+                              .defaultButton = findChild<QPushButton *>("bConnect"),
+                              .cancelButton = findChild<QPushButton *>("bCancel")});
     show();
 }
 
@@ -95,16 +103,23 @@ QLayout *ConWin::BuildButtons(QWidget *container)
 
 void ConWin::LoadConnectionList()
 {
-    // A reload keeps the row the user chose, if it is still there.
+    // A reload keeps the row the user chose, if it is still there, and
+    // selects the first row otherwise: Return and Connect always have a
+    // session to act on.
     const std::string selected = lvConnections->selectedItems().isEmpty()
                                      ? std::string()
                                      : lvConnections->selectedItems().first()->text().toStdString();
     Clear();
+    QListWidgetItem *chosen = nullptr;
     for (const std::string &name : FtpSession::List()) {
         auto *row = new QListWidgetItem(QString::fromStdString(name), lvConnections);
-        if (!selected.empty() && name == selected)
-            row->setSelected(true);
+        if (chosen == nullptr && name == selected)
+            chosen = row;
     }
+    if (chosen == nullptr)
+        chosen = lvConnections->item(0);
+    if (chosen != nullptr)
+        lvConnections->setCurrentItem(chosen);
     Watch();
 }
 

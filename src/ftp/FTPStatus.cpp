@@ -2,6 +2,7 @@
 
 #include "ftp/FtpMessages.h"
 #include "widgets/StatusLog.h"
+#include "widgets/WindowConventions.h"
 
 #include <QVBoxLayout>
 
@@ -25,12 +26,14 @@ FTPStatus::FTPStatus(const QRect &frame, QWidget *owner)
     container->setObjectName("ScrollContainer");
     fLog = new StatusLog(container);
     fLog->setObjectName("StatusWindow");
+    fLog->setAccessibleName("FTP log");
     auto *inner = new QVBoxLayout(container);
     inner->setContentsMargins(0, 0, 0, 0);
     inner->addWidget(fLog);
     auto *outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->addWidget(container);
+    WindowConventions::Apply(this, {.firstField = fLog});
     show();
 }
 

@@ -3,6 +3,7 @@
 #include "app/AppUtils.h"
 #include "ftp/FtpMessages.h"
 #include "ftp/FtpSession.h"
+#include "widgets/WindowConventions.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -48,6 +49,10 @@ FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::stri
 
     if (sessionFile)
         LoadFtpSettings(*sessionFile);
+    WindowConventions::Apply(this,
+                             {.firstField = text1,
+                              .defaultButton = findChild<QPushButton *>("bOK"),
+                              .cancelButton = findChild<QPushButton *>("bCancel")});
     show();
 }
 
@@ -64,8 +69,8 @@ void FtpWin::BuildButtons()
     QWidget *container = fFields->parentWidget();
     auto *row = new QHBoxLayout;
     row->addStretch();
-    const std::pair<const char *, uint32_t> buttons[] = {{"Cancel", kMsgFtpCancel},
-                                                         {"OK", kMsgFtpConnect}};
+    const std::pair<const char *, uint32_t> buttons[] = {{"OK", kMsgFtpConnect},
+                                                         {"Cancel", kMsgFtpCancel}};
     for (const auto &[label, code] : buttons) {
         auto *button = new QPushButton(label, container);
         button->setObjectName(code == kMsgFtpConnect ? "bOK" : "bCancel");

@@ -492,7 +492,9 @@ void KestrinWindow::Help(int which)
         folder += "/Index.html";
     else if (which == 1)
         folder += "/keyboardks.html";
-    platform::Launcher::OpenWithPreferredApplication(folder, platform::FailureNotice::StandardError);
+    // Without a program that shows web pages the user is told where the
+    // page is, to open it by other means.
+    platform::Launcher::OpenWithPreferredApplication(folder, platform::FailureNotice::Alert);
 }
 
 void KestrinWindow::EmptyTrash()

@@ -269,6 +269,10 @@ void DirPane::MessageReceived(platform::Message &message)
     case B_NODE_MONITOR:
         fList->HandleNodeMonitor(message);
         break;
+    case kMsgHelpKeys:
+        // F1 in the list: the window opens the keyboard page.
+        fList->SendToWindow(message);
+        break;
     case kMsgFtpStatus: {
         std::string text;
         if (message.FindString("status", &text) == B_OK)

@@ -13,9 +13,9 @@ public:
     virtual status_t Start(const Launch &launch) = 0;
 };
 
-// How a document that nothing could open is told: an alert, or (for what
-// Kestrin opens on its own behalf, like its help pages) a line on standard
-// error.
+// How a document that nothing could open is told: an alert naming it, or
+// (for what Kestrin opens on its own behalf, like the file manager on a
+// folder) a line on standard error.
 enum class FailureNotice { Alert, StandardError };
 
 // Every program Kestrin starts (editor, terminal, file manager, documents,

@@ -14,9 +14,11 @@ ColorControl::ColorControl(QWidget *parent)
     layout->setContentsMargins(0, 0, 0, 0);
     const char *names[] = {"Red", "Green", "Blue"};
     for (int i = 0; i < 3; i++) {
-        layout->addWidget(new QLabel(names[i], this), i, 0);
+        auto *label = new QLabel(names[i], this);
+        layout->addWidget(label, i, 0);
         auto *slider = new QSlider(Qt::Horizontal, this);
         slider->setObjectName(names[i]);
+        label->setBuddy(slider);
         slider->setRange(0, 255);
         layout->addWidget(slider, i, 1);
         connect(slider, &QSlider::valueChanged, this, &ColorControl::Changed);

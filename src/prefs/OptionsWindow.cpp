@@ -5,6 +5,7 @@
 #include "prefs/PrefsMessages.h"
 #include "widgets/RgbColor.h"
 #include "widgets/TabbedPanel.h"
+#include "widgets/WindowConventions.h"
 
 #include <QCheckBox>
 #include <QFrame>
@@ -30,7 +31,10 @@ const char *const kDateFormats[] = {"%D %T", "%a %b %d %x %Y"};
 } // namespace
 
 OptionsWindow::OptionsWindow(const QRect &frame, platform::Handler *target, QWidget *parent)
-    : QWidget(parent, Qt::Tool)
+    // A dialog of the main window floats above it as a tool window would,
+    // and window managers give it the focus when it opens: some never focus
+    // a tool window, which the keyboard then cannot reach.
+    : QWidget(parent, Qt::Dialog)
     , fTarget(target)
 {
     setWindowTitle("Kestrin Preferences Dialog");
@@ -49,6 +53,10 @@ OptionsWindow::OptionsWindow(const QRect &frame, platform::Handler *target, QWid
     AddButton("OK", "SaveOptions", kMsgSaveOptions, kWidth - kButtonWidth - kMargin);
 
     GetOptions();
+    WindowConventions::Apply(this,
+                             {.firstField = fDateFormat,
+                              .defaultButton = findChild<QPushButton *>("SaveOptions"),
+                              .cancelButton = findChild<QPushButton *>("CancelOptions")});
     show();
 }
 
@@ -83,6 +91,7 @@ QWidget *OptionsWindow::BuildGeneralPage()
     fDateFormat = new QPushButton("Select Date Fomat", page);
     fDateFormat->setObjectName("DateFormat");
     fDateFormat->setGeometry(kMargin + 95, kMargin, 200, 24);
+    label->setBuddy(fDateFormat);
     auto *menu = new QMenu("Select Date Fomat", fDateFormat);
     menu->setObjectName("Select Date Fomat");
     for (const char *format : kDateFormats) {

@@ -5,6 +5,7 @@
 #include "query/QueryRun.h"
 #include "query/QueryVolumes.h"
 #include "widgets/TabbedPanel.h"
+#include "widgets/WindowConventions.h"
 
 #include <QActionGroup>
 #include <QCheckBox>
@@ -50,6 +51,10 @@ QueryWindow::QueryWindow(const QRect &frame, platform::Handler *target, QWidget 
     fCountTimer = new QTimer(this);
     fCountTimer->setInterval(kCountInterval);
     connect(fCountTimer, &QTimer::timeout, this, [this] { ShowCount(); });
+    WindowConventions::Apply(this,
+                             {.firstField = fName,
+                              .defaultButton = findChild<QPushButton *>("StartQuery"),
+                              .cancelButton = findChild<QPushButton *>("CancelQuery")});
     show();
 }
 
@@ -151,7 +156,7 @@ QWidget *QueryWindow::BuildGeneralPage()
 {
     auto *page = new QWidget;
     page->setObjectName("GeneralView");
-    AddLabel(page, "Name", QRect(kMargin, kMargin, 40, 24));
+    QLabel *nameLabel = AddLabel(page, "Name", QRect(kMargin, kMargin, 40, 24));
     // No item is marked until one is chosen; "contains" is what counts.
     AddMenuField(page,
                  "Name",
@@ -163,12 +168,13 @@ QWidget *QueryWindow::BuildGeneralPage()
                  -1,
                  QRect(55, kMargin, 100, 24));
     fName = AddTextField(page, "Text1", QRect(160, kMargin, 240, 24));
+    nameLabel->setBuddy(fName);
 
     std::vector<MenuItem> volumes = {{"All BFS Volumes", kMsgVolumeChosen}};
     for (const platform::Volume &volume : QueryVolumes::Local())
         volumes.push_back({volume.MountPath(), kMsgVolumeChosen, int32_t(volume.Device())});
-    AddLabel(page, "Select Volume(s)", QRect(kMargin, kMargin + kRow, 110, 24));
-    AddMenuField(page, "Volumes", volumes, 0, QRect(125, kMargin + kRow, 200, 24));
+    AddLabel(page, "Select Volume(s)", QRect(kMargin, kMargin + kRow, 110, 24))
+        ->setBuddy(AddMenuField(page, "Volumes", volumes, 0, QRect(125, kMargin + kRow, 200, 24)));
 
     AddCheckBox(page,
                 "Search Archives (ZIP,TAR,GZ)",
@@ -177,6 +183,7 @@ QWidget *QueryWindow::BuildGeneralPage()
     fFindText
         = AddCheckBox(page, "Find Text:", "FindText", QRect(kMargin, kMargin + 3 * kRow, 90, 22));
     fTextToFind = AddTextField(page, "TextToFind", QRect(105, kMargin + 3 * kRow, 295, 24));
+    fTextToFind->setAccessibleName("Text to find");
     AddCheckBox(page, "Whole Words Only", "WholeWords", QRect(kMargin, kMargin + 4 * kRow, 140, 22));
     AddCheckBox(page, "Case Sensative", "CaseSensative", QRect(150, kMargin + 4 * kRow, 120, 22));
     AddCheckBox(page, "ASCII Charset", "ASCII", QRect(280, kMargin + 4 * kRow, 120, 22));
@@ -192,6 +199,13 @@ QWidget *QueryWindow::BuildAdvancedPage()
                                "DateBetween",
                                QRect(kMargin, kMargin, 110, 22));
     const char *const names[6] = {"Date1m", "Date1d", "Date1y", "Date2m", "Date2d", "Date2y"};
+    // What a screen reader says for the six small fields that have no label.
+    const char *const spoken[6] = {"First date, month",
+                                   "First date, day",
+                                   "First date, year",
+                                   "Second date, month",
+                                   "Second date, day",
+                                   "Second date, year"};
     const int widths[6] = {28, 28, 44, 28, 28, 44};
     int x = 125;
     for (int i = 0; i < 6; i++) {
@@ -200,6 +214,7 @@ QWidget *QueryWindow::BuildAdvancedPage()
             x += 30;
         }
         fDates[i] = AddTextField(page, names[i], QRect(x, kMargin, widths[i], 24));
+        fDates[i]->setAccessibleName(spoken[i]);
         x += widths[i] + 2;
     }
 
@@ -209,6 +224,7 @@ QWidget *QueryWindow::BuildAdvancedPage()
                                 "NotOlderThan",
                                 QRect(kMargin, ageY, 120, 22));
     fAge = AddTextField(page, "TextControl", QRect(135, ageY, 60, 24));
+    fAge->setAccessibleName("Not older than, number");
     AddMenuField(page,
                  "Units",
                  {{"Hours", kMsgAgeHours},
@@ -226,6 +242,7 @@ QWidget *QueryWindow::BuildAdvancedPage()
                  2,
                  QRect(95, sizeY, 50, 24));
     fSize = AddTextField(page, "FileSizeValue", QRect(150, sizeY, 80, 24));
+    fSize->setAccessibleName("File size, number");
     AddMenuField(page,
                  "FileSizeUnits",
                  {{"Bytes", kMsgSizeBytes},

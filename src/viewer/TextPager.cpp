@@ -32,6 +32,7 @@ TextPager::TextPager(std::shared_ptr<TextIndex> index, QWidget *parent)
     , fIndex(std::move(index))
 {
     setObjectName("TextScroll");
+    setAccessibleName("Text");
     viewport()->setObjectName("textView");
     viewport()->setBackgroundRole(QPalette::Base);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
@@ -306,11 +307,21 @@ void TextPager::paintEvent(QPaintEvent *)
 
 void TextPager::Find(const QString &text, bool forward)
 {
+    Search(text, forward, fMatch < 0 ? fTop : (forward ? fMatch + 1 : fMatch));
+}
+
+void TextPager::FindFromTop(const QString &text)
+{
+    const bool shownAtTop = fMatch >= fTop && text.toUtf8() == fPattern
+                            && fIndex->RowContaining(fMatch) == fTop;
+    Search(text, true, shownAtTop ? fMatch + 1 : fTop);
+}
+
+void TextPager::Search(const QString &text, bool forward, int64_t from)
+{
     if (fSearchStop)
         *fSearchStop = true;
     fPattern = text.toUtf8();
-    fMatchLength = int(fPattern.size());
-    const int64_t from = fMatch < 0 ? fTop : (forward ? fMatch + 1 : fMatch);
     auto stop = std::make_shared<std::atomic<bool>>(false);
     fSearchStop = stop;
     QPointer<TextPager> self(this);
@@ -322,18 +333,23 @@ void TextPager::Find(const QString &text, bool forward)
             return;
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [self, found, stop] {
+            [self, found, length = int(pattern.size()), stop] {
                 if (self && !*stop)
-                    self->ShowMatch(found, found >= 0);
+                    self->ShowMatch(found, length);
             },
             Qt::QueuedConnection);
     });
 }
 
-void TextPager::ShowMatch(int64_t offset, bool found)
+// A match of `length` bytes at `offset`; none when `offset` is negative.
+void TextPager::ShowMatch(int64_t offset, int length)
 {
+    const bool found = offset >= 0;
+    // The old match goes either way: left in place, it would be drawn with
+    // a length that is not its own.
+    fMatch = offset;
+    fMatchLength = found ? length : 0;
     if (found) {
-        fMatch = offset;
         const int64_t row = fIndex->RowContaining(offset);
         SetTop(row);
         if (fWrap == Wrap::None) {

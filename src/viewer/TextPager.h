@@ -50,8 +50,13 @@ public:
     void ScrollToEnd();
 
     // Looks for `text` after (or before) the current match, or from the top
-    // row; SearchFinished tells how it went, and a match is scrolled to.
+    // row; SearchFinished tells how it went, and a match is scrolled to and
+    // highlighted. A search that fails leaves nothing highlighted.
     void Find(const QString &text, bool forward);
+    // A new search: from the top row shown, whatever was found before; only
+    // a match of the same text that the top row shows is gone past, so that
+    // asking again goes on.
+    void FindFromTop(const QString &text);
     int64_t MatchOffset() const { return fMatch; }
 
 signals:
@@ -73,7 +78,8 @@ private:
     int RowsOnScreen() const;
     void SyncScrollBars();
     void ScrollBarAction(int action);
-    void ShowMatch(int64_t offset, bool found);
+    void Search(const QString &text, bool forward, int64_t from);
+    void ShowMatch(int64_t offset, int length);
     int64_t OffsetOfValue(int value) const;
     int ValueOfOffset(int64_t offset) const;
 

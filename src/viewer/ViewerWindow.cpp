@@ -10,6 +10,7 @@
 #include "viewer/TextIndex.h"
 #include "viewer/TextPager.h"
 #include "viewer/ViewerMessages.h"
+#include "widgets/WindowConventions.h"
 
 #include <QCoreApplication>
 #include <QDragEnterEvent>
@@ -63,6 +64,9 @@ ViewerWindow::ViewerWindow(const QRect &frame, const std::string &path, QWidget 
             close();
     });
     OpenFile(frame, path);
+    // Escape closes a viewer (its find field, while shown, takes Escape
+    // first); Ctrl+W is the "Close" item's.
+    WindowConventions::Apply(this, {});
 }
 
 ViewerWindow::~ViewerWindow() = default;
@@ -120,7 +124,15 @@ void ViewerWindow::AddFindKeys()
     fFindField->setPlaceholderText("Find");
     statusBar()->addPermanentWidget(fFindField);
     statusBar()->hide();
-    connect(fFindField, &QLineEdit::returnPressed, this, [this] { FindAgain(true); });
+    fFindField->setAccessibleName("Find");
+    // Enter starts a new search, from the top row shown; F3 goes on from
+    // the match.
+    connect(fFindField, &QLineEdit::returnPressed, this, [this] {
+        if (fTextView == nullptr || fFindField->text().isEmpty())
+            return;
+        statusBar()->showMessage("Searching...");
+        fTextView->FindFromTop(fFindField->text());
+    });
     connect(new QShortcut(QKeySequence::Find, this),
             &QShortcut::activated,
             this,

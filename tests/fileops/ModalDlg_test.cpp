@@ -60,6 +60,8 @@ TEST(mdlGetTextDlg, ReturnTypedIntoTheFocusedFieldFillsTheBufferWithoutATerminat
         auto *field = dialog.findChild<QLineEdit *>("Text1");
         EXPECT_TRUE(QTest::qWaitForWindowActive(&dialog));
         EXPECT_EQ(QApplication::focusWidget(), field) << "activation focuses the field";
+        EXPECT_EQ(field->selectedText(), "ab") << "typing replaces the initial text";
+        QTest::keyClick(field, Qt::Key_End);
         QTest::keyClicks(field, "cdefg");
         QTest::keyClick(field, Qt::Key_Return);
     });

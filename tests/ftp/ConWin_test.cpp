@@ -6,6 +6,7 @@
 #include "ftp/FtpWin.h"
 #include "platform/AlertRecorder.h"
 
+#include <QApplication>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -88,6 +89,7 @@ TEST_F(ConWinTest, ConnectNeedsASelectionAndHandsTheSessionFileToTheMainWindow)
     WriteSession("work.ftp");
     WriteSession("home.ftp");
     auto window = Open();
+    fList->clearSelection();
     for (const char *button : {"bConnect", "bEdit", "bDelete"})
         Click(window.get(), button);
     ASSERT_EQ(fAlerts.Shown(), std::vector<platform::Alert>(3, kNoSelection));
@@ -113,6 +115,47 @@ TEST_F(ConWinTest, ConnectNeedsASelectionAndHandsTheSessionFileToTheMainWindow)
     fMain.messages[1].FindString("session", &session);
     EXPECT_EQ(session, "home.ftp");
     EXPECT_EQ(fAlerts.Count(), 3u);
+}
+
+// Without the mouse: the list has the focus and a selected row from the
+// start and after every change of the folder, and Return connects.
+TEST_F(ConWinTest, TheKeyboardAloneChoosesAndConnects)
+{
+    WriteSession("one.ftp");
+    auto window = Open();
+    QApplication::setActiveWindow(window.get());
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    EXPECT_EQ(QApplication::focusWidget(), fList);
+    const auto selected = [this] {
+        const QList<QListWidgetItem *> rows = fList->selectedItems();
+        return rows.size() == 1 ? rows.first()->text().toStdString() : std::string();
+    };
+    EXPECT_EQ(selected(), "one");
+
+    // A row chosen with the keys stays chosen when the folder changes; when
+    // it goes, the first row is chosen.
+    WriteSession("two.ftp");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fList->count() == 2; }));
+    const std::string last = fList->item(1)->text().toStdString();
+    QTest::keyClick(fList, Qt::Key_End);
+    EXPECT_EQ(selected(), last);
+    WriteSession("three.ftp");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fList->count() == 3; }));
+    EXPECT_EQ(selected(), last);
+    fs::remove(Folder() + "/" + last + ".ftp");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fList->count() == 2; }));
+    EXPECT_EQ(selected(), fList->item(0)->text().toStdString());
+
+    QTest::keyClick(fList, Qt::Key_End);
+    const std::string chosen = selected();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !fMain.messages.empty(); }));
+    std::string session;
+    fMain.messages[0].FindString("session", &session);
+    EXPECT_EQ(session, chosen + ".ftp");
+    EXPECT_EQ(fMain.messages.size(), 1u) << "one Return, one connection";
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
 TEST_F(ConWinTest, DeleteRemovesTheFileOnlyWhenConfirmed)

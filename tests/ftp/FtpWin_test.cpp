@@ -3,6 +3,7 @@
 #include "TempHome.h"
 #include "platform/AlertRecorder.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -72,6 +73,32 @@ TEST_F(FtpWinTest, OkStopsAtTheFirstEmptyRequiredFieldAndFocusesIt)
                   {"Info", "A session name cannot hold a \"/\".", {"OK"}}}));
     EXPECT_EQ(window->focusWidget(), fields[0]);
     EXPECT_FALSE(fs::exists(PathOf("../escaped.ftp")));
+}
+
+TEST_F(FtpWinTest, FieldsStandUnderTheirLabelsInOrderAndOKComesBeforeCancel)
+{
+    auto window = Open(std::nullopt);
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    const char *labels[]
+        = {"Session:", "Host:", "Port:", "User Name:", "Password:", "Remote Dir:", "Local Dir:"};
+    for (int i = 0; i < 7; i++) {
+        QLabel *label = nullptr;
+        for (QLabel *each : window->findChildren<QLabel *>()) {
+            if (each->buddy() == fields[i])
+                label = each;
+        }
+        ASSERT_NE(label, nullptr) << labels[i];
+        EXPECT_EQ(label->text(), labels[i]);
+        if (i > 0) {
+            EXPECT_GT(fields[i]->y(), fields[i - 1]->y()) << labels[i];
+        }
+    }
+    auto *ok = window->findChild<QPushButton *>("bOK");
+    auto *cancel = window->findChild<QPushButton *>("bCancel");
+    EXPECT_EQ(ok->text(), "OK");
+    EXPECT_EQ(cancel->text(), "Cancel");
+    EXPECT_LT(ok->x(), cancel->x());
 }
 
 TEST_F(FtpWinTest, ANewSessionIsSavedOwnerOnlyWithItsSixKeys)

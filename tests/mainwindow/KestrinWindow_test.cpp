@@ -291,6 +291,26 @@ TEST_F(KestrinWindowTest, LaunchingCommands)
         Command(window, code);
 }
 
+// Without a program that shows web pages, F1 and the Help items say so, and
+// where the page is.
+TEST_F(KestrinWindowTest, HelpWithoutABrowserTellsWhereThePageIs)
+{
+    KestrinWindow &window = Start();
+    fLaunches.SetResult(B_ENTRY_NOT_FOUND);
+    QTest::keyClick(List(0), Qt::Key_F1);
+    Command(window, kestrin::kCmdHelp);
+    const auto launches = fLaunches.Launches();
+    ASSERT_EQ(launches.size(), 2u);
+    ASSERT_EQ(fAlerts.Count(), 2u);
+    for (size_t i = 0; i < 2; i++) {
+        const std::string page = launches[i].arguments.at(0);
+        EXPECT_NE(fAlerts.Shown()[i].text.find("\"" + page + "\""), std::string::npos)
+            << fAlerts.Shown()[i].text;
+    }
+    EXPECT_NE(launches[0].arguments[0].find("/keyboardks.html"), std::string::npos);
+    EXPECT_NE(launches[1].arguments[0].find("/Index.html"), std::string::npos);
+}
+
 TEST_F(KestrinWindowTest, FtpConnectionsOpensTheSessionsWindowOnTheWindow)
 {
     KestrinWindow &window = Start();

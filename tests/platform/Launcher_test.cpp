@@ -80,10 +80,10 @@ TEST(Launcher, ADocumentNothingOpensIsToldAsAsked)
         home.SetEnv("PATH", bin);
     };
 
-    // Kestrin's own pages say it on standard error only; a document that
-    // opens says nothing.
+    // What Kestrin opens on its own behalf says it on standard error only;
+    // a document that opens says nothing.
     useOpener(3);
-    EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/help.html",
+    EXPECT_EQ(Launcher::OpenWithPreferredApplication("/tmp/folder",
                                                      platform::FailureNotice::StandardError),
               B_OK);
     useOpener(0);

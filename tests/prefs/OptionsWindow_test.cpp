@@ -6,6 +6,7 @@
 #include "support/MessageRecorder.h"
 #include "support/TempHome.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
 #include <QMenu>
@@ -138,4 +139,24 @@ TEST(OptionsWindow, OKWritesEveryKeyInItsOrderAndTellsTheMainWindow)
     EXPECT_FALSE(again.findChild<QCheckBox *>("ShowFooter")->isChecked());
     EXPECT_EQ(again.Options().dateFormat, "%a %b %d %x %Y");
     EXPECT_EQ(Sample(again, "TextColor"), QColor(10, 20, 30));
+}
+
+// "DateFormat=" says the dates are empty; only a key that is not there at
+// all takes the default. OK writes the empty value back over its own line.
+TEST(OptionsWindow, AKeyGivenEmptyIsKeptEmptyAndOKLeavesTheNextLineAlone)
+{
+    TempHome home;
+    MessageRecorder target;
+    const std::string written = "DateFormat=\nbCaseSensitiveSort=0\nShowProgressBar=1\n";
+    kestrin::CreatePrefFile("Kestrin", "Kestrin.pref");
+    WriteFileBytes(home.ConfigDir() + "/Kestrin/Kestrin.pref", written);
+    OptionsWindow window(QRect(), &target);
+    QApplication::setActiveWindow(&window);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    EXPECT_EQ(window.Options().dateFormat, "");
+    EXPECT_FALSE(window.findChild<QCheckBox *>("CaseSensitiveSort")->isChecked());
+
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    const std::string saved = ProfileFile(home);
+    EXPECT_EQ(saved.substr(0, written.size()), written);
 }

@@ -342,6 +342,62 @@ TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
     EXPECT_FALSE(finished.last().at(0).toBool());
 }
 
+// A new find starts from the top row shown, wherever the last one ended;
+// one that finds nothing leaves nothing highlighted.
+TEST_F(ViewerTest, ANewFindStartsFromTheTopRowAndAFailedOneClearsTheHighlight)
+{
+    std::string text = "alpha needle\n";
+    for (int i = 0; i < 200; i++)
+        text += "line " + std::to_string(i) + "\n";
+    text += "needle two\n";
+    for (int i = 0; i < 200; i++)
+        text += "more " + std::to_string(i) + "\n";
+    text += "needle three\n";
+    const int64_t first = int64_t(text.find("needle"));
+    const int64_t second = int64_t(text.find("needle two"));
+    ViewerWindow window(kFrame, File("needles.txt", text));
+    window.show();
+    QApplication::setActiveWindow(&window);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    ASSERT_TRUE(TextRead(window));
+    TextPager *view = window.TextView();
+    QSignalSpy finished(view, &TextPager::SearchFinished);
+    auto *field = window.findChild<QLineEdit *>("findField");
+    const auto find = [&](const QString &typed) {
+        QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
+        QTest::keyClicks(field, typed);
+        QTest::keyClick(field, Qt::Key_Return);
+        return finished.wait();
+    };
+
+    ASSERT_TRUE(find("needle"));
+    EXPECT_EQ(view->MatchOffset(), first) << "the top row's own match counts";
+    QTest::keyClick(&window, Qt::Key_F3);
+    ASSERT_TRUE(finished.wait());
+    QTest::keyClick(&window, Qt::Key_F3);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_EQ(view->ShownRows().front(), "needle three");
+
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_Home, Qt::ControlModifier);
+    ASSERT_TRUE(find("needle"));
+    EXPECT_EQ(view->MatchOffset(), first) << "from the top row, not from the last match";
+    QTest::keyClick(field, Qt::Key_Return);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_EQ(view->MatchOffset(), second) << "Enter again goes on";
+
+    ASSERT_TRUE(find("no such text"));
+    EXPECT_FALSE(finished.last().at(0).toBool());
+    EXPECT_EQ(view->MatchOffset(), -1) << "the old highlight is gone";
+
+    // Escape leaves the find field first, then closes the viewer.
+    QTest::keyClick(field, Qt::Key_Escape);
+    EXPECT_FALSE(field->isVisible());
+    EXPECT_TRUE(window.isVisible());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
+
 TEST_F(ViewerTest, TheWindowOpensBeforeTheFileIsReadAndFillsWhenItIs)
 {
     // Fonts, the type database and the window machinery are read once, here.

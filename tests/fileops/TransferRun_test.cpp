@@ -141,6 +141,7 @@ TEST_F(TransferRunTest, FilesOnTheServerPackedIntoALocalZip)
     WriteFileBytes(upload + "/one.txt", "one");
     fs::create_directory(upload + "/tree");
     WriteFileBytes(upload + "/tree/big.bin", big);
+    SetModified(upload + "/one.txt", 1500000000);
     platform::Message pack(kMsgPackRequest);
     pack.AddString("Host", "127.0.0.1");
     pack.AddString("User", "anonymous");
@@ -156,6 +157,8 @@ TEST_F(TransferRunTest, FilesOnTheServerPackedIntoALocalZip)
     // Named after the server's folder the files came from.
     ASSERT_TRUE(fs::is_regular_file(dest + "/upload.zip"));
     EXPECT_EQ(ZipTree(dest + "/upload.zip", src + "/unpacked", {"tree"}, {"one.txt"}), Tree(upload));
+    // The server's date came down with the file and went into the zip.
+    EXPECT_EQ(fs::last_write_time(src + "/unpacked/one.txt"), fs::last_write_time(upload + "/one.txt"));
     EXPECT_EQ(WorkFolders(), 0u);
 
     // Stopped while downloading: the zip is never made.

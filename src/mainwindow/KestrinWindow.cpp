@@ -141,14 +141,17 @@ void KestrinWindow::RunAddOn(const std::string &label)
 
 // ---- Panes ----------------------------------------------------------------
 
-void KestrinWindow::AddFilePane(const std::string &path, int type, int sort, int mode)
+void KestrinWindow::AddFilePane(const std::string &place, int type, int sort, int mode)
 {
     if (int(fPanes.size()) >= kMaxPanes)
         return;
     const int number = int(fPanes.size()) + 1;
-    auto *pane = new DirPane(path, QString::number(number % 10), fPaneRow);
+    auto *pane = new DirPane(Home(), QString::number(number % 10), fPaneRow);
     pane->setObjectName(QString("pane%1").arg(number));
     pane->List()->SetWindowTarget(this);
+    // The place as the profile keeps it: a folder's path, or a server's
+    // session by its name (connected again, from the home folder).
+    pane->Restore(place);
     fPanes.push_back(pane);
     pane->show();
     if (type == 1)
@@ -421,12 +424,7 @@ void KestrinWindow::GetSettings()
                 mode = kestrin::atoi(value.c_str());
             if (Read(key + "_Type", &value))
                 type = kestrin::atoi(value.c_str());
-            // A pane left on a server keeps its session's name: it connects
-            // again, from the home folder.
-            const std::string session = FtpSession::FileOfSavedPlace(path);
-            AddFilePane(session.empty() ? path : Home(), type, sort, mode);
-            if (!session.empty())
-                fPanes.back()->DoFtp(session);
+            AddFilePane(path, type, sort, mode);
         }
     }
     if (fPanes.empty())

@@ -30,9 +30,10 @@ public:
     KestrinWindow(const QRect &frame, const QString &title);
     ~KestrinWindow() override;
 
-    // Adds a pane at the right end; nothing when ten are there. Type 1 shows
+    // Adds a pane at the right end showing `place` (a folder's path, or what
+    // the profile keeps for a pane); nothing when ten are there. Type 1 shows
     // the folder tree.
-    void AddFilePane(const std::string &path, int type, int sort, int mode);
+    void AddFilePane(const std::string &place, int type, int sort, int mode);
     DirPane *GetFocusedPane() const;
     void FocusFirst();
     // Makes `pane` the focused one: its header selected, the others not, and

@@ -3,7 +3,6 @@
 #include "fileops/ArchiveContents.h"
 #include "fileops/FileOpsMessages.h"
 #include "panes/DirListItem.h"
-#include "panes/FolderSource.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
 #include "platform/FolderScan.h"
@@ -72,9 +71,13 @@ bool IsPlainName(const std::string &name)
 
 } // namespace
 
-ArchiveSource::ArchiveSource(std::string archive, std::string folder, std::string subPath)
+ArchiveSource::ArchiveSource(std::string archive,
+                             std::string folder,
+                             Outside outside,
+                             std::string subPath)
     : fArchive(std::move(archive))
     , fFolder(folder.empty() ? "/" : std::move(folder))
+    , fOutside(std::move(outside))
     , fSubPath(std::move(subPath))
 {}
 
@@ -109,6 +112,15 @@ void ArchiveSource::Listed(const FolderLister::Job &job)
                           B_WARNING_ALERT});
 }
 
+std::unique_ptr<PaneSource> ArchiveSource::Fallback(std::string *selectAfter) const
+{
+    // Whatever folder of the archive was asked for, an archive that cannot
+    // be read is left for the place it was opened from, on its row.
+    if (selectAfter != nullptr)
+        *selectAfter = platform::LeafName(fArchive);
+    return fOutside();
+}
+
 std::string ArchiveSource::PathOf(const DirListItem &row) const
 {
     return fArchive + "/" + fSubPath + row.Name();
@@ -119,7 +131,7 @@ std::unique_ptr<PaneSource> ArchiveSource::Parent(std::string *selectAfter) cons
     if (fSubPath.empty()) {
         if (selectAfter != nullptr)
             *selectAfter = platform::LeafName(fArchive);
-        return std::make_unique<FolderSource>(fFolder);
+        return fOutside();
     }
     const std::string inside = fSubPath.substr(0, fSubPath.size() - 1);
     const size_t slash = inside.rfind('/');
@@ -127,6 +139,7 @@ std::unique_ptr<PaneSource> ArchiveSource::Parent(std::string *selectAfter) cons
         *selectAfter = slash == std::string::npos ? inside : inside.substr(slash + 1);
     return std::make_unique<ArchiveSource>(fArchive,
                                            fFolder,
+                                           fOutside,
                                            slash == std::string::npos
                                                ? ""
                                                : inside.substr(0, slash + 1));
@@ -138,6 +151,7 @@ Opening ArchiveSource::Open(const DirListItem &row) const
     if (row.IsFolder() && IsPlainName(row.Name()))
         opening.place = std::make_unique<ArchiveSource>(fArchive,
                                                         fFolder,
+                                                        fOutside,
                                                         fSubPath + row.Name() + "/");
     return opening;
 }

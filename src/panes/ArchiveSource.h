@@ -12,8 +12,14 @@ namespace kestrin {
 class ArchiveSource : public PaneSource
 {
 public:
-    // `subPath` is "" at the archive's top, else a folder path ending in "/".
-    ArchiveSource(std::string archive, std::string folder, std::string subPath = {});
+    // The place up a level leads to from the archive's top (and where the
+    // pane goes when the archive cannot be read): the place it was opened
+    // from, made afresh each time.
+    using Outside = std::function<std::unique_ptr<PaneSource>()>;
+
+    // `folder` is the local folder the pane stands in; `subPath` is "" at
+    // the archive's top, else a folder path ending in "/".
+    ArchiveSource(std::string archive, std::string folder, Outside outside, std::string subPath = {});
 
     int32_t Mode() const override;
     const std::string &Folder() const override { return fFolder; }
@@ -21,6 +27,7 @@ public:
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
     void Listed(const FolderLister::Job &job) override;
+    std::unique_ptr<PaneSource> Fallback(std::string *selectAfter) const override;
 
     std::string PathOf(const DirListItem &row) const override;
 
@@ -41,6 +48,7 @@ public:
 private:
     std::string fArchive;
     std::string fFolder;
+    Outside fOutside;
     std::string fSubPath;
 };
 

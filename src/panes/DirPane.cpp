@@ -1,9 +1,7 @@
 #include "panes/DirPane.h"
 
 #include "app/PaneSettings.h"
-#include "ftp/FtpConversation.h"
 #include "ftp/FtpMessages.h"
-#include "panes/ArchiveSource.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
 #include "panes/FtpSource.h"
@@ -11,8 +9,8 @@
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
 #include "panes/PaneMessages.h"
+#include "panes/SavedPlace.h"
 #include "platform/NodeMonitor.h"
-#include "platform/PathNames.h"
 #include "widgets/RgbColor.h"
 #include "widgets/StatusLog.h"
 
@@ -109,36 +107,36 @@ void DirPane::GoToDir(const std::string &path)
 
 void DirPane::DoZip(const std::string &archive)
 {
-    DirView *list = fList;
-    const std::string folder = list->CurrentPath();
-    list->Clear();
-    list->Show(std::make_unique<ArchiveSource>(archive, folder), [this, list, folder, archive] {
-        if (list->LastOpenStatus() == B_OK) {
-            SetPath();
-            return;
-        }
-        const std::string leaf = platform::LeafName(archive);
-        list->Show(std::make_unique<FolderSource>(folder), [this, list, leaf] {
-            list->SelectByName(leaf);
-            SetPath();
-        });
-    });
+    // An archive that cannot be read leads back to the folder (its
+    // source's fallback).
+    const std::string folder = fList->CurrentPath();
+    fList->Clear();
+    fList->Show(FolderSource::Archive(archive, folder), [this] { SetPath(); });
     SetPath();
 }
 
 void DirPane::DoFtp(const std::string &sessionFile)
 {
-    auto conversation = std::make_shared<FtpConversation>(FtpSession::Read(sessionFile));
-    connect(conversation.get(), &FtpConversation::LogLine, this, [this](const QString &line) {
-        platform::Message status(kMsgFtpStatus);
-        status.AddString("status", line.toStdString());
-        MessageReceived(status);
-    });
-    connect(conversation.get(), &FtpConversation::Changed, this, [this] { SetPath(); });
-    const std::string standing = fList->Source().Folder();
+    Follow(FtpSource::Connect(sessionFile, fList->Source().Folder()));
+}
+
+void DirPane::Restore(const std::string &saved)
+{
+    Follow(SavedPlace::Read(saved, fList->Source().Folder()));
+}
+
+void DirPane::Follow(std::unique_ptr<PaneSource> place)
+{
+    place->Follow(
+        this,
+        [this](const std::string &line) {
+            platform::Message status(kMsgFtpStatus);
+            status.AddString("status", line);
+            MessageReceived(status);
+        },
+        [this] { SetPath(); });
     fList->Clear();
-    fList->Show(std::make_unique<FtpSource>(std::move(conversation), standing),
-                [this] { SetPath(); });
+    fList->Show(std::move(place), [this] { SetPath(); });
     SetPath();
 }
 

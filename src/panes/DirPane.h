@@ -4,11 +4,13 @@
 #include "widgets/RgbColor.h"
 
 #include <QWidget>
+#include <memory>
 #include <string>
 
 namespace kestrin {
 
 class DirView;
+class PaneSource;
 class StatusLog;
 class KsFtr;
 class KsHeader;
@@ -53,6 +55,9 @@ public:
     // and lists its remote folder; the log view below the list shows the
     // conversation.
     void DoFtp(const std::string &sessionFile);
+    // Shows the place the profile kept for the pane (a folder's path, or a
+    // server's session by its name).
+    void Restore(const std::string &saved);
     // Back from a server to the local folder of its session, else to the
     // folder the pane stood in.
     void Disconnect();
@@ -75,6 +80,8 @@ protected:
 private:
     void Layout();
     void FocusList();
+    // Shows a place that has more to tell than its rows (a server's log).
+    void Follow(std::unique_ptr<PaneSource> place);
 
     KsHeader *fHeader;
     DirView *fList;

@@ -155,6 +155,12 @@ void DirView::Populate(const platform::Message &results)
 void DirView::Show(std::unique_ptr<PaneSource> place, std::function<void()> then)
 {
     fSource = std::move(place);
+    // Before the list is first shown, the listing that showing it starts
+    // reads the place; reading it now as well would be done twice.
+    if (!fAttached) {
+        fAfterFirstListing = std::move(then);
+        return;
+    }
     StartListing(std::move(then));
 }
 
@@ -253,6 +259,20 @@ void DirView::ListingArrived(std::shared_ptr<FolderLister::Job> job)
     emit ListingFinished();
     if (vanished)
         LeaveVanishedFolder();
+    else if (job->openStatus != B_OK)
+        ShowFallback();
+}
+
+void DirView::ShowFallback()
+{
+    std::string selectAfter;
+    std::unique_ptr<PaneSource> instead = fSource->Fallback(&selectAfter);
+    if (!instead)
+        return;
+    Show(std::move(instead), [this, selectAfter] {
+        SelectByName(selectAfter);
+        Notify(kMsgPaneChanged);
+    });
 }
 
 bool DirView::ErrorCheck(status_t status)
@@ -612,12 +632,14 @@ void DirView::showEvent(QShowEvent *event)
     if (fAttached)
         return;
     fAttached = true;
-    StartListing([this] {
+    StartListing([this, then = std::exchange(fAfterFirstListing, nullptr)] {
         if (fLastOpenStatus != B_OK) {
             Show(std::make_unique<FolderSource>(DefaultPath()), [this] { Notify(kMsgPaneChanged); });
             return;
         }
         Notify(kMsgPaneChanged);
+        if (then)
+            then();
     });
 }
 

@@ -179,6 +179,8 @@ private:
     void PumpProgress();
     void EndProgress();
     bool ErrorCheck(status_t status);
+    // Shows what the source offers instead of a place it could not open.
+    void ShowFallback();
     void FolderVanished();
     // To the nearest folder still there, or home, with the alert that says so.
     void LeaveVanishedFolder();
@@ -202,6 +204,8 @@ private:
     // The listing in flight, its progress and what follows it.
     std::shared_ptr<FolderLister::Job> fJob;
     Continuation fAfterListing;
+    // What follows the first listing, for a place shown before the list was.
+    Continuation fAfterFirstListing;
     std::vector<platform::Message> fEventsDuringListing;
     QTimer *fProgressTimer;
     bool fMaxSent = false;

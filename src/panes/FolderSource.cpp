@@ -1,6 +1,7 @@
 #include "panes/FolderSource.h"
 
 #include "fileops/FileType.h"
+#include "panes/ArchiveSource.h"
 #include "panes/DirListItem.h"
 #include "panes/PaneMessages.h"
 #include "platform/FolderScan.h"
@@ -86,10 +87,10 @@ std::unique_ptr<PaneSource> FolderSource::Parent(std::string *selectAfter) const
 
 Opening FolderSource::Open(const DirListItem &row) const
 {
-    return OpenEntry(PathOf(row));
+    return OpenEntry(PathOf(row), fFolder);
 }
 
-Opening FolderSource::OpenEntry(const std::string &path)
+Opening FolderSource::OpenEntry(const std::string &path, const std::string &standing)
 {
     Opening opening;
     struct stat info;
@@ -100,13 +101,19 @@ Opening FolderSource::OpenEntry(const std::string &path)
         return opening;
     }
     if (FileType::IsArchive(FileType::Of(path))) {
-        platform::Message archive(kMsgOpenArchive);
-        archive.AddString("session", path);
-        opening.request = std::move(archive);
+        opening.place = Archive(path, standing);
         return opening;
     }
     platform::Launcher::OpenWithPreferredApplication(path);
     return opening;
+}
+
+std::unique_ptr<PaneSource> FolderSource::Archive(const std::string &archive,
+                                                  const std::string &standing)
+{
+    return std::make_unique<ArchiveSource>(archive, standing, [standing] {
+        return std::make_unique<FolderSource>(standing);
+    });
 }
 
 } // namespace kestrin

@@ -29,9 +29,13 @@ public:
     bool IsLocalFolder() const override { return true; }
 
     // What opening a local entry does, wherever it is listed: a folder is
-    // shown, an archive handed to the main window, any other file launched
-    // with its preferred application; a link that leads nowhere opens nothing.
-    static Opening OpenEntry(const std::string &path);
+    // shown, an archive's contents are shown (and left for `standing`), any
+    // other file is launched with its preferred application; a link that
+    // leads nowhere opens nothing.
+    static Opening OpenEntry(const std::string &path, const std::string &standing);
+    // The contents of an archive, opened from the local folder `standing`.
+    static std::unique_ptr<PaneSource> Archive(const std::string &archive,
+                                               const std::string &standing);
 
 private:
     std::string fFolder;

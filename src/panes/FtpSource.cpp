@@ -77,6 +77,21 @@ FtpSource::FtpSource(std::shared_ptr<FtpConversation> conversation,
     , fReached(std::make_shared<Reached>())
 {}
 
+std::unique_ptr<PaneSource> FtpSource::Connect(const std::string &sessionFile,
+                                              const std::string &localFolder)
+{
+    return std::make_unique<FtpSource>(std::make_shared<FtpConversation>(
+                                           FtpSession::Read(sessionFile)),
+                                       localFolder);
+}
+
+std::unique_ptr<PaneSource> FtpSource::FromSaved(const std::string &saved,
+                                                const std::string &localFolder)
+{
+    const std::string sessionFile = FtpSession::FileOfSavedPlace(saved);
+    return sessionFile.empty() ? nullptr : Connect(sessionFile, localFolder);
+}
+
 int32_t FtpSource::Mode() const
 {
     return kModeFtp;
@@ -143,6 +158,19 @@ void FtpSource::Listed(const FolderLister::Job &job)
 {
     if (!job.problem.empty())
         platform::Alerts::Go({"Connect Failed", job.problem, {"OK"}, B_WARNING_ALERT});
+}
+
+void FtpSource::Follow(QObject *context,
+                       std::function<void(const std::string &)> logLine,
+                       std::function<void()> changed) const
+{
+    QObject::connect(fConversation.get(),
+                     &FtpConversation::LogLine,
+                     context,
+                     [logLine = std::move(logLine)](const QString &line) {
+                         logLine(line.toStdString());
+                     });
+    QObject::connect(fConversation.get(), &FtpConversation::Changed, context, std::move(changed));
 }
 
 std::string FtpSource::PathOf(const DirListItem &row) const

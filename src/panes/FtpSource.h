@@ -24,6 +24,14 @@ public:
     FtpSource(std::shared_ptr<FtpConversation> conversation,
               const std::string &localFolder,
               FtpRequest step = {});
+    // A new conversation with the session stored in `sessionFile`
+    // ("<name>.ftp"), at its remote folder once listed.
+    static std::unique_ptr<PaneSource> Connect(const std::string &sessionFile,
+                                               const std::string &localFolder);
+    // The place a profile's saved text names when it is a stored session's
+    // name (SavedPlace); null for anything else.
+    static std::unique_ptr<PaneSource> FromSaved(const std::string &saved,
+                                                 const std::string &localFolder);
 
     int32_t Mode() const override;
     // The session's local folder, else the one the pane stood in.
@@ -36,6 +44,10 @@ public:
                                                     QObject *context,
                                                     FolderLister::Done done) const override;
     void Listed(const FolderLister::Job &job) override;
+    // The conversation's log lines and its changes of status.
+    void Follow(QObject *context,
+                std::function<void(const std::string &line)> logLine,
+                std::function<void()> changed) const override;
 
     std::string PathOf(const DirListItem &row) const override;
     entry_ref RefOf(const DirListItem &row) const override;

@@ -321,8 +321,6 @@ void PaneCommands::Invoke()
         return;
     }
     Opening opening = fView.Source().Open(*row);
-    if (opening.request)
-        fView.SendToWindow(*opening.request);
     if (opening.place) {
         fView.Clear();
         fView.Show(std::move(opening.place),

@@ -7,6 +7,7 @@
 #include "platform/Message.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,14 +19,14 @@ namespace kestrin {
 class DirListItem;
 class PaneSource;
 
-// What opening a row leads to: another place in the pane (with the row to
-// select once it is listed), a request for the main window, or nothing.
-// Launching a document is done by the source itself.
+// What opening a row leads to: another place in the pane (a folder, an
+// archive, a folder inside an archive or on a server), with the row to
+// select once it is listed, or nothing. Launching a document is done by the
+// source itself.
 struct Opening
 {
     std::unique_ptr<PaneSource> place;
     std::string selectAfter;
-    std::optional<platform::Message> request;
 };
 
 // The F5 request of a kind of place: its code and its "TypeOfCopy".
@@ -69,6 +70,17 @@ public:
                                                             FolderLister::Done done) const;
     // The listing arrived (GUI thread), opened or not.
     virtual void Listed(const FolderLister::Job &) {}
+    // The place the pane shows instead when this one cannot be opened (an
+    // archive that is none: the folder it was opened from), and in
+    // `selectAfter` the row to select there; null where the pane stays, empty.
+    virtual std::unique_ptr<PaneSource> Fallback(std::string *) const { return nullptr; }
+    // Hands what the place has to tell besides its rows to the pane, for as
+    // long as `context` lives: the lines of a server's conversation, and
+    // that the header's text changed. Nothing for places without either.
+    virtual void Follow(QObject *,
+                        std::function<void(const std::string &line)>,
+                        std::function<void()>) const
+    {}
     // The folder whose changes node monitoring reports to the pane; empty
     // for a place that changes only when it is listed again.
     virtual std::string WatchedFolder() const { return {}; }

@@ -79,7 +79,7 @@ std::unique_ptr<PaneSource> QuerySource::Parent(std::string *) const
 
 Opening QuerySource::Open(const DirListItem &row) const
 {
-    return FolderSource::OpenEntry(PathOf(row));
+    return FolderSource::OpenEntry(PathOf(row), fFolder);
 }
 
 TransferPlace QuerySource::Place() const

@@ -436,16 +436,24 @@ TEST_F(DirViewTest, OpeningRows)
     WriteFileBytes(Folder() + "/t.txt", "text");
     DirView &view = Open(Folder());
 
+    // An archive opens in the pane itself.
     view.Select(view.FindItem("a.zip"));
-    Key(Qt::Key_Return);
-    ASSERT_NE(fTarget.Last(kestrin::kMsgOpenArchive), nullptr);
-    EXPECT_EQ(Text(*fTarget.Last(kestrin::kMsgOpenArchive), "session"), Folder() + "/a.zip");
+    Relist([&] { Key(Qt::Key_Return); });
+    EXPECT_EQ(view.Mode(), kestrin::kModeArchive);
+    EXPECT_EQ(view.Source().HeaderText(), Folder() + "/a.zip");
+    Relist([&] { Key(Qt::Key_Backspace); });
+    EXPECT_EQ(view.Row(view.CurrentSelection())->Name(), "a.zip");
     // Any kind of archive opens in the pane, found by its type.
     WriteTestArchive(Folder() + "/b.tar.gz", "tar.gz", {{"member", "data"}});
     Relist([&] { view.Refresh(); });
     view.Select(view.FindItem("b.tar.gz"));
-    Key(Qt::Key_Return);
-    EXPECT_EQ(Text(*fTarget.Last(kestrin::kMsgOpenArchive), "session"), Folder() + "/b.tar.gz");
+    Relist([&] { Key(Qt::Key_Return); });
+    EXPECT_EQ(view.Mode(), kestrin::kModeArchive);
+    EXPECT_EQ(view.Source().HeaderText(), Folder() + "/b.tar.gz");
+    EXPECT_EQ(RowNames(view), (std::vector<std::string>{"..", "member"}));
+    Relist([&] { Key(Qt::Key_Backspace); });
+    EXPECT_EQ(view.CurrentPath(), Folder());
+    EXPECT_EQ(fTarget.Count(kestrin::kMsgOpenArchive), 0);
 
     view.Select(view.FindItem("t.txt"));
     Key(Qt::Key_Return);

@@ -5,11 +5,8 @@
 #include "fileops/KestrinEntry.h"
 #include "widgets/WindowConventions.h"
 
-#include <QCoreApplication>
 #include <QFileIconProvider>
 #include <QLabel>
-#include <QPointer>
-#include <QThreadPool>
 
 namespace kestrin {
 
@@ -30,7 +27,6 @@ const QColor kBandColor(152, 168, 200);
 GetInfo::GetInfo(const std::string &path, const QRect &near, QWidget *parent)
     : QWidget(parent, Qt::Window)
     , fFacts(EntryFacts::Read(path, PaneSettings::Load().dateFormat))
-    , fStop(std::make_shared<std::atomic<bool>>(false))
 {
     setWindowTitle(QString::fromStdString(fFacts.name) + " Info");
     resize(kWidth, kHeight);
@@ -94,7 +90,7 @@ GetInfo::GetInfo(const std::string &path, const QRect &near, QWidget *parent)
 
 GetInfo::~GetInfo()
 {
-    fStop->store(true);
+    fCount.Stop();
 }
 
 QLabel *GetInfo::AddLabel(const QString &name, const QString &text, int y)
@@ -118,22 +114,17 @@ QLabel *GetInfo::AddValue(const QString &name, const std::string &text, int y)
 void GetInfo::CountFolder()
 {
     fCounting = true;
-    QPointer<GetInfo> window(this);
-    QThreadPool::globalInstance()->start([path = fFacts.path, stop = fStop, window] {
-        KestrinEntry folder(path);
-        folder.SetStopFlag(stop.get());
-        const double size = folder.CopySize();
-        const int32_t count = folder.EntryCount();
-        if (stop->load())
-            return;
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [window, size, count] {
-                if (!window.isNull())
-                    window->FolderCounted(size, count);
-            },
-            Qt::QueuedConnection);
-    });
+    fCount = platform::Background::Run(
+        this,
+        [path = fFacts.path](const std::atomic<bool> &stop) {
+            KestrinEntry folder(path);
+            folder.SetStopFlag(&stop);
+            const double size = folder.CopySize();
+            return std::pair{size, folder.EntryCount()};
+        },
+        [this](std::pair<double, int32_t> counted) {
+            FolderCounted(counted.first, counted.second);
+        });
 }
 
 void GetInfo::FolderCounted(double size, int32_t count)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "fileops/EntryFacts.h"
+#include "platform/Background.h"
 
 #include <QWidget>
 #include <atomic>
@@ -46,7 +47,7 @@ private:
     EntryFacts fFacts;
     QLabel *fSize = nullptr;
     AttributeView *fAttributes = nullptr;
-    std::shared_ptr<std::atomic<bool>> fStop;
+    platform::Background::Task fCount;
     bool fCounting = false;
 };
 

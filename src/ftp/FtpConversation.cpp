@@ -3,11 +3,9 @@
 #include "ftp/FtpFolderClient.h"
 #include "platform/SocketInterrupt.h"
 
-#include <QMetaObject>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
-#include <thread>
 
 namespace kestrin {
 
@@ -33,39 +31,30 @@ struct FtpConversation::Shared
     std::optional<Job> pending; // guarded by lock
     bool busy = false;          // guarded by lock
     bool quit = false;          // guarded by lock
-    // Null once the conversation is gone: nothing more reaches it.
-    FtpConversation *receiver = nullptr; // guarded by lock
     platform::SocketInterrupt interrupt;
-
-    // Runs `call` on the GUI thread with the conversation, while it lives.
-    // Qt drops the call when the receiver is deleted before it runs.
-    void PostLocked(std::function<void(FtpConversation &)> call)
-    {
-        if (receiver == nullptr)
-            return;
-        FtpConversation *to = receiver;
-        QMetaObject::invokeMethod(
-            to, [to, call = std::move(call)] { call(*to); }, Qt::QueuedConnection);
-    }
-    void Post(std::function<void(FtpConversation &)> call)
-    {
-        std::lock_guard<std::mutex> hold(lock);
-        PostLocked(std::move(call));
-    }
 };
 
 FtpConversation::FtpConversation(FtpSession session, unsigned timeoutMs)
     : fSession(std::move(session))
     , fShared(std::make_shared<Shared>())
 {
-    fShared->receiver = this;
-    std::thread(&FtpConversation::Work, fShared, fSession, timeoutMs).detach();
+    // A thread of its own, which waits on the server as long as it takes;
+    // what it posts reaches the conversation only while it lives.
+    fWork = platform::Background::Start(
+        this,
+        [shared = fShared, session = fSession, timeoutMs, self = this](
+            const platform::Background::Task &task) {
+            Work(shared, session, timeoutMs, [&task, self](Call call) {
+                task.Post([self, call = std::move(call)] { call(*self); });
+            });
+        },
+        platform::Background::Thread::Own);
 }
 
 FtpConversation::~FtpConversation()
 {
+    fWork.Stop();
     std::lock_guard<std::mutex> hold(fShared->lock);
-    fShared->receiver = nullptr;
     fShared->quit = true;
     fShared->pending.reset();
     // A request under way is cut short; an idle connection is closed with
@@ -117,11 +106,14 @@ void FtpConversation::Deliver(uint64_t id, FtpResult &result, const Done &done)
     emit Changed();
 }
 
-void FtpConversation::Work(std::shared_ptr<Shared> shared, FtpSession session, unsigned timeoutMs)
+void FtpConversation::Work(std::shared_ptr<Shared> shared,
+                           FtpSession session,
+                           unsigned timeoutMs,
+                           const std::function<void(Call)> &post)
 {
     platform::SocketInterrupt::Scope scope(&shared->interrupt);
-    FtpFolderClient client(std::move(session), timeoutMs, [&shared](const std::string &line) {
-        shared->Post([text = QString::fromStdString(line)](FtpConversation &conversation) {
+    FtpFolderClient client(std::move(session), timeoutMs, [&post](const std::string &line) {
+        post([text = QString::fromStdString(line)](FtpConversation &conversation) {
             emit conversation.LogLine(text);
         });
     });
@@ -136,8 +128,7 @@ void FtpConversation::Work(std::shared_ptr<Shared> shared, FtpSession session, u
         hold.unlock();
 
         auto result = std::make_shared<FtpResult>(client.Run(job.request, [&] {
-            shared->Post(
-                [id = job.id](FtpConversation &conversation) { conversation.Connected(id); });
+            post([id = job.id](FtpConversation &conversation) { conversation.Connected(id); });
         }));
         const bool cut = shared->interrupt.Triggered();
         if (!cut && job.prepare)
@@ -149,10 +140,9 @@ void FtpConversation::Work(std::shared_ptr<Shared> shared, FtpSession session, u
             shared->interrupt.Reset();
             client.ConnectionLost();
         } else {
-            shared->PostLocked(
-                [id = job.id, result, done = std::move(job.done)](FtpConversation &conversation) {
-                    conversation.Deliver(id, *result, done);
-                });
+            post([id = job.id, result, done = std::move(job.done)](FtpConversation &conversation) {
+                conversation.Deliver(id, *result, done);
+            });
         }
     }
     hold.unlock();

@@ -2,6 +2,7 @@
 
 #include "ftp/FtpRequest.h"
 #include "ftp/FtpSession.h"
+#include "platform/Background.h"
 
 #include <QObject>
 #include <QString>
@@ -51,13 +52,19 @@ signals:
 
 private:
     struct Shared;
-    static void Work(std::shared_ptr<Shared> shared, FtpSession session, unsigned timeoutMs);
+    // What the worker hands to the GUI thread.
+    using Call = std::function<void(FtpConversation &)>;
+    static void Work(std::shared_ptr<Shared> shared,
+                     FtpSession session,
+                     unsigned timeoutMs,
+                     const std::function<void(Call)> &post);
     void Connected(uint64_t id);
     void Deliver(uint64_t id, FtpResult &result, const Done &done);
     void SetStatus(const std::string &status);
 
     FtpSession fSession;
     std::shared_ptr<Shared> fShared;
+    platform::Background::Task fWork;
     std::string fStatus;
     uint64_t fLatest = 0;
 };

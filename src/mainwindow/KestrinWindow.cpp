@@ -22,6 +22,7 @@
 #include "panes/FolderSource.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
+#include "platform/Background.h"
 #include "platform/Entry.h"
 #include "platform/Launcher.h"
 #include "platform/MountWatcher.h"
@@ -34,12 +35,11 @@
 #include "viewer/ViewerWindow.h"
 
 #include <QApplication>
-#include <QPointer>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QMenuBar>
+#include <QPointer>
 #include <QScreen>
-#include <QThreadPool>
 #include <sys/stat.h>
 
 namespace kestrin {
@@ -499,7 +499,7 @@ void KestrinWindow::EmptyTrash()
 {
     // No question and no progress window; a trash of many thousands of
     // items is emptied off the GUI thread all the same.
-    QThreadPool::globalInstance()->start([] {
+    platform::Background::Start(nullptr, [](const platform::Background::Task &) {
         Trash trash;
         if (trash.InitCheck() == B_OK)
             trash.Empty();

@@ -2,11 +2,7 @@
 
 #include "panes/DirListItem.h"
 
-#include <QCoreApplication>
-#include <QMetaObject>
-#include <QObject>
-#include <QPointer>
-#include <QThreadPool>
+#include "platform/Background.h"
 
 namespace kestrin {
 
@@ -70,22 +66,15 @@ std::shared_ptr<FolderLister::Job> FolderLister::Start(Reader reader,
                                                        Done done)
 {
     auto job = std::make_shared<Job>();
-    QPointer<QObject> guard(context);
-    QThreadPool::globalInstance()->start(
-        [job, reader = std::move(reader), style, guard, done = std::move(done)]() {
+    // The job's own flag is the stop flag: readers look at it as they go.
+    platform::Background::Run(
+        context,
+        [job, reader = std::move(reader), style](const std::atomic<bool> &) {
             Run(reader, style, *job);
-            if (job->cancel)
-                return;
-            // Delivered through the application, which outlives every pane:
-            // the guard is read only on the GUI thread, where the context
-            // is destroyed.
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(),
-                [job, guard, done]() {
-                    if (guard)
-                        done(job);
-                },
-                Qt::QueuedConnection);
+        },
+        [job, done = std::move(done)] {
+            if (!job->cancel)
+                done(job);
         });
     return job;
 }

@@ -2,13 +2,10 @@
 
 #include "panes/DirListItem.h"
 #include "panes/MarkedList.h"
+#include "platform/Background.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
 
-#include <QCoreApplication>
-#include <QMetaObject>
-#include <QPointer>
-#include <QThreadPool>
 #include <algorithm>
 
 namespace kestrin {
@@ -163,21 +160,16 @@ void FolderRows::ApplyLater(const std::string &folder,
         return;
     fReading = true;
     std::shared_ptr<Batch> batch = TakeBatch(folder, style);
-    QPointer<QObject> guard(context);
-    QThreadPool::globalInstance()->start([this, batch, guard, applied = std::move(applied)] {
-        Read(*batch);
-        // Delivered through the application, which outlives every pane; the
-        // guard is read on the GUI thread, where the context is destroyed.
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [this, batch, guard, applied] {
-                if (!guard || batch->listing != fListing)
-                    return;
-                fReading = false;
-                applied(Merge(*batch));
-            },
-            Qt::QueuedConnection);
-    });
+    // The rows belong to the context: while it lives, so does this.
+    platform::Background::Run(
+        context,
+        [batch](const std::atomic<bool> &) { Read(*batch); },
+        [this, batch, applied = std::move(applied)] {
+            if (batch->listing != fListing)
+                return;
+            fReading = false;
+            applied(Merge(*batch));
+        });
 }
 
 bool FolderRows::ApplyNow(const std::string &folder, const RowStyle &style)

@@ -1,13 +1,11 @@
 #include "panes/KsTree.h"
 
 #include "panes/KsTreeListItem.h"
+#include "platform/Background.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
 #include "widgets/RgbColor.h"
 
-#include <QCoreApplication>
-#include <QPointer>
-#include <QThreadPool>
 #include <algorithm>
 #include <strings.h>
 
@@ -142,17 +140,10 @@ void KsTree::ReadBranch(const std::string &path, Then then)
     // A read of it is under way already: `then` waits for that one.
     if (!fresh)
         return;
-    QPointer<KsTree> self(this);
-    QThreadPool::globalInstance()->start([self, path] {
-        std::vector<Child> children = ReadChildren(path);
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [self, path, children = std::move(children)]() mutable {
-                if (self)
-                    self->BranchArrived(path, std::move(children));
-            },
-            Qt::QueuedConnection);
-    });
+    platform::Background::Run(
+        this,
+        [path](const std::atomic<bool> &) { return ReadChildren(path); },
+        [this, path](std::vector<Child> children) { BranchArrived(path, std::move(children)); });
 }
 
 void KsTree::BranchArrived(const std::string &path, std::vector<Child> children)

@@ -12,17 +12,18 @@
 #include "panes/EditControl.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
+#include "platform/Background.h"
 #include "platform/Directory.h"
 #include "platform/Entry.h"
 #include "platform/Launcher.h"
 #include "platform/PathNames.h"
 
-#include <QCoreApplication>
+#include "platform/Background.h"
+
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QPointer>
-#include <QThreadPool>
 #include <unordered_set>
 
 namespace kestrin {
@@ -361,24 +362,19 @@ void PaneCommands::GetSize()
         return;
     const std::string path = fView.PathOf(row);
     const std::string name = row->Name();
-    QPointer<DirView> view(&fView);
-    QThreadPool::globalInstance()->start([path, name, view] {
-        const double size = KestrinEntry(path).CopySize();
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [view, name, size] {
-                if (view.isNull())
-                    return;
-                const int index = view->FindItem(name);
-                if (index < 0)
-                    return;
-                char text[32];
-                GetSizeString(int64_t(size), text);
-                view->Row(index)->SetSizeText(text);
-                view->InvalidateItem(index);
-            },
-            Qt::QueuedConnection);
-    });
+    DirView *view = &fView;
+    platform::Background::Run(
+        view,
+        [path](const std::atomic<bool> &) { return KestrinEntry(path).CopySize(); },
+        [view, name](double size) {
+            const int index = view->FindItem(name);
+            if (index < 0)
+                return;
+            char text[32];
+            GetSizeString(int64_t(size), text);
+            view->Row(index)->SetSizeText(text);
+            view->InvalidateItem(index);
+        });
 }
 
 } // namespace kestrin

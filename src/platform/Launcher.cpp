@@ -1,9 +1,8 @@
 #include "platform/Launcher.h"
 
 #include "platform/Alerts.h"
+#include "platform/Background.h"
 
-#include <QCoreApplication>
-#include <QMetaObject>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
@@ -17,7 +16,6 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 extern char **environ;
@@ -60,12 +58,6 @@ void TellFailure(const std::string &path, FailureNotice notice)
 // How long the desktop may take to name its text editor before Kestrin
 // falls back on its opener.
 constexpr std::chrono::seconds kAnswerBound{10};
-
-void PostToGui(std::function<void()> work)
-{
-    if (QCoreApplication *app = QCoreApplication::instance())
-        QMetaObject::invokeMethod(app, std::move(work), Qt::QueuedConnection);
-}
 
 // Starts `launch.program` (looked for on PATH) as a child of Kestrin's own.
 // With `output`, the child's standard output comes through a pipe whose
@@ -145,10 +137,14 @@ status_t StartWatched(const Launch &launch, std::function<void()> failed)
     const status_t status = Spawn(launch, &child, nullptr);
     if (status != B_OK)
         return status;
-    std::thread([child, failed = std::move(failed)] {
-        if (!AwaitSuccess(child))
-            PostToGui(failed);
-    }).detach();
+    Background::Run(
+        nullptr,
+        [child](const std::atomic<bool> &) { return AwaitSuccess(child); },
+        [failed = std::move(failed)](bool succeeded) {
+            if (!succeeded)
+                failed();
+        },
+        Background::Thread::Own);
     return B_OK;
 }
 
@@ -163,15 +159,19 @@ status_t AskWatched(const Launch &launch, std::function<void(const std::string &
     const status_t status = Spawn(launch, &child, &output);
     if (status != B_OK)
         return status;
-    std::thread([child, output, answered = std::move(answered)] {
-        std::string answer;
-        if (!ReadToEnd(output, std::chrono::steady_clock::now() + kAnswerBound, &answer))
-            kill(child, SIGKILL);
-        close(output);
-        if (!AwaitSuccess(child))
-            answer.clear();
-        PostToGui([answered, answer] { answered(answer); });
-    }).detach();
+    Background::Run(
+        nullptr,
+        [child, output](const std::atomic<bool> &) {
+            std::string answer;
+            if (!ReadToEnd(output, std::chrono::steady_clock::now() + kAnswerBound, &answer))
+                kill(child, SIGKILL);
+            close(output);
+            if (!AwaitSuccess(child))
+                answer.clear();
+            return answer;
+        },
+        std::move(answered),
+        Background::Thread::Own);
     return B_OK;
 }
 

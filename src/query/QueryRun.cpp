@@ -18,7 +18,13 @@ std::unique_ptr<QueryRun> QueryRun::Start(Request request,
         return nullptr;
     }
     std::unique_ptr<QueryRun> run(new QueryRun(std::move(request), std::move(*parsed.predicate)));
-    run->fWorker = std::thread([raw = run.get(), notify, doneWhat] { raw->Work(notify, doneWhat); });
+    // A thread of its own: a walk of every volume takes as long as it takes.
+    run->fWork = platform::Background::Start(
+        nullptr,
+        [raw = run.get(), notify, doneWhat](const platform::Background::Task &) {
+            raw->Work(notify, doneWhat);
+        },
+        platform::Background::Thread::Own);
     return run;
 }
 
@@ -35,8 +41,7 @@ QueryRun::QueryRun(Request request, QueryNode predicate)
 QueryRun::~QueryRun()
 {
     Cancel();
-    if (fWorker.joinable())
-        fWorker.join();
+    fWork.Wait();
 }
 
 void QueryRun::Work(platform::Handler *notify, uint32_t doneWhat)

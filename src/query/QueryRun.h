@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Background.h"
 #include "platform/Message.h"
 #include "query/QueryWalk.h"
 
@@ -7,7 +8,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace platform {
@@ -62,7 +62,7 @@ private:
     QueryWalk fWalk;
     platform::Message fResults;
     std::atomic<bool> fDone = false;
-    std::thread fWorker;
+    platform::Background::Task fWork;
 };
 
 } // namespace kestrin

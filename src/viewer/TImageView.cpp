@@ -1,13 +1,12 @@
 #include "viewer/TImageView.h"
 
-#include <QCoreApplication>
+#include "platform/Background.h"
+
 #include <QGuiApplication>
 #include <QImageReader>
 #include <QPainter>
-#include <QPointer>
 #include <QScreen>
 #include <QScrollBar>
-#include <QThreadPool>
 #include <cmath>
 #include <cstdio>
 
@@ -24,29 +23,29 @@ TImageView::TImageView(const std::string &path, QPoint origin, QWidget *parent)
 
 void TImageView::Decode(const std::string &path)
 {
-    QPointer<TImageView> self(this);
     const QString file = QString::fromUtf8(path.c_str());
-    QThreadPool::globalInstance()->start([self, file] {
-        QImageReader reader(file);
-        reader.setAutoTransform(true);
-        const QSize size = reader.size();
-        if (size.isValid() && int64_t(size.width()) * size.height() > kDecodedPixels) {
-            const double shrink = std::sqrt(double(kDecodedPixels) / size.width() / size.height());
-            reader.setScaledSize(QSize(std::max(1, int(size.width() * shrink)),
-                                       std::max(1, int(size.height() * shrink))));
-        }
-        // Pictures that shrink only after decoding need room for all of
-        // their pixels first.
-        QImageReader::setAllocationLimit(0);
-        const QImage image = reader.read();
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [self, image, size] {
-                if (self)
-                    self->Take(image, size.isValid() ? size : image.size());
-            },
-            Qt::QueuedConnection);
-    });
+    platform::Background::Run(
+        this,
+        [file](const std::atomic<bool> &) {
+            QImageReader reader(file);
+            reader.setAutoTransform(true);
+            const QSize size = reader.size();
+            if (size.isValid() && int64_t(size.width()) * size.height() > kDecodedPixels) {
+                const double shrink = std::sqrt(double(kDecodedPixels) / size.width()
+                                                / size.height());
+                reader.setScaledSize(QSize(std::max(1, int(size.width() * shrink)),
+                                           std::max(1, int(size.height() * shrink))));
+            }
+            // Pictures that shrink only after decoding need room for all of
+            // their pixels first.
+            QImageReader::setAllocationLimit(0);
+            QImage image = reader.read();
+            return std::pair{std::move(image), size};
+        },
+        [this](std::pair<QImage, QSize> decoded) {
+            const auto &[image, size] = decoded;
+            Take(image, size.isValid() ? size : image.size());
+        });
 }
 
 void TImageView::Take(const QImage &image, QSize size)

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <thread>
 
 namespace kestrin {
 
@@ -39,21 +38,29 @@ status_t TextIndex::Open()
 
 void TextIndex::Start(int64_t firstBytes, std::function<void()> grown)
 {
+    // An index stopped before it started stays so.
+    if (fWork.Stopping())
+        return;
     fGrown = std::move(grown);
-    // Detached: nobody waits for a read that a slow disk holds up. The
-    // worker's share keeps the index until it ends.
-    std::thread([self = shared_from_this(), firstBytes] { self->Work(firstBytes); }).detach();
+    // A thread of its own that nobody waits for: a slow disk may hold a read
+    // up. The worker's share keeps the index until it ends.
+    fWork = platform::Background::Start(
+        nullptr,
+        [self = shared_from_this(), firstBytes](const platform::Background::Task &task) {
+            self->Work(firstBytes, task.Flag());
+        },
+        platform::Background::Thread::Own);
 }
 
-void TextIndex::Work(int64_t firstBytes)
+void TextIndex::Work(int64_t firstBytes, const std::atomic<bool> &stop)
 {
     if (InitCheck() == B_OK || Open() == B_OK)
-        IndexUpTo(std::min(firstBytes, fSize));
+        IndexUpTo(std::min(firstBytes, fSize), stop);
     fFirstRead.store(true, std::memory_order_release);
     if (fGrown)
         fGrown();
-    while (!fStop && InitCheck() == B_OK && !Complete()) {
-        IndexUpTo(std::min(IndexedBytes() + kBlockBytes, fSize));
+    while (!stop && InitCheck() == B_OK && !Complete()) {
+        IndexUpTo(std::min(IndexedBytes() + kBlockBytes, fSize), stop);
         if (fGrown)
             fGrown();
     }
@@ -71,7 +78,7 @@ void TextIndex::AddRow(int64_t start)
 
 // Reads from where the index stopped up to `end`, adding a row after every
 // line end and wherever a line reaches kPieceBytes without one.
-void TextIndex::IndexUpTo(int64_t end)
+void TextIndex::IndexUpTo(int64_t end, const std::atomic<bool> &stop)
 {
     int64_t position = IndexedBytes();
     if (position == 0 && fSize > 0 && KnownRows() == 0)
@@ -84,7 +91,7 @@ void TextIndex::IndexUpTo(int64_t end)
             longestStart = fRowBegin;
         }
     };
-    while (position < end && !fStop) {
+    while (position < end && !stop) {
         const int64_t wanted = std::min<int64_t>(int64_t(buffer.size()), end - position);
         const int64_t got = ReadAt(position, buffer.data(), wanted);
         if (got <= 0) {

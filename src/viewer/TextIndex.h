@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Background.h"
 #include "platform/Errors.h"
 #include "platform/File.h"
 
@@ -52,7 +53,7 @@ public:
     // said with `grown` too, and InitCheck() tells why.
     void Start(int64_t firstBytes, std::function<void()> grown = {});
     // The worker ends after the block it reads: for an owner that goes.
-    void Stop() { fStop = true; }
+    void Stop() { fWork.Stop(); }
     // Whether the worker has the first bytes Start() asked for, or has
     // found that the file cannot be opened.
     bool FirstBytesRead() const { return fFirstRead.load(std::memory_order_acquire); }
@@ -91,8 +92,8 @@ public:
 private:
     static constexpr int64_t kChunkRows = 1 << 16;
 
-    void IndexUpTo(int64_t end);
-    void Work(int64_t firstBytes);
+    void IndexUpTo(int64_t end, const std::atomic<bool> &stop);
+    void Work(int64_t firstBytes, const std::atomic<bool> &stop);
     void AddRow(int64_t start);
     int64_t LineStart(int64_t offset) const;
 
@@ -110,7 +111,7 @@ private:
     std::pair<int64_t, int64_t> fLongest{0, 0}; // guarded by fLongestLock
     int64_t fRowBegin = 0;                      // worker's: where the current row began
     std::function<void()> fGrown;
-    std::atomic<bool> fStop{false};
+    platform::Background::Task fWork;
     std::atomic<bool> fFirstRead{false};
 };
 

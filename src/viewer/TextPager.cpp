@@ -1,18 +1,16 @@
 #include "viewer/TextPager.h"
 
+#include "platform/Background.h"
 #include "viewer/RowText.h"
 #include "viewer/TextFinder.h"
 #include "viewer/TextIndex.h"
 
-#include <QCoreApplication>
 #include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QPointer>
 #include <QScrollBar>
 #include <QTextLayout>
-#include <QThreadPool>
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -45,8 +43,7 @@ TextPager::TextPager(std::shared_ptr<TextIndex> index, QWidget *parent)
 
 TextPager::~TextPager()
 {
-    if (fSearchStop)
-        *fSearchStop = true;
+    fSearch.Stop();
     fIndex->Stop();
 }
 
@@ -319,26 +316,16 @@ void TextPager::FindFromTop(const QString &text)
 
 void TextPager::Search(const QString &text, bool forward, int64_t from)
 {
-    if (fSearchStop)
-        *fSearchStop = true;
+    // A newer find replaces the one under way, whose answer is dropped.
+    fSearch.Stop();
     fPattern = text.toUtf8();
-    auto stop = std::make_shared<std::atomic<bool>>(false);
-    fSearchStop = stop;
-    QPointer<TextPager> self(this);
-    std::shared_ptr<TextIndex> index = fIndex;
     const std::string pattern = fPattern.toStdString();
-    QThreadPool::globalInstance()->start([self, index, pattern, from, forward, stop] {
-        const int64_t found = TextFinder::Find(*index, pattern, from, forward, stop.get());
-        if (*stop)
-            return;
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [self, found, length = int(pattern.size()), stop] {
-                if (self && !*stop)
-                    self->ShowMatch(found, length);
-            },
-            Qt::QueuedConnection);
-    });
+    fSearch = platform::Background::Run(
+        this,
+        [index = fIndex, pattern, from, forward](const std::atomic<bool> &stop) {
+            return TextFinder::Find(*index, pattern, from, forward, &stop);
+        },
+        [this, length = int(pattern.size())](int64_t found) { ShowMatch(found, length); });
 }
 
 // A match of `length` bytes at `offset`; none when `offset` is negative.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Background.h"
+
 #include <QAbstractScrollArea>
 #include <atomic>
 #include <cstdint>
@@ -89,7 +91,7 @@ private:
     int64_t fMatch = -1;
     int fMatchLength = 0;
     QByteArray fPattern;
-    std::shared_ptr<std::atomic<bool>> fSearchStop;
+    platform::Background::Task fSearch;
     bool fSyncing = false;
     bool fShowing = false;
 };

@@ -3,6 +3,7 @@
 // rows, laying them out, sorting, scattered inserts and removals, and one
 // paint of the visible part. Runs on Qt's offscreen platform.
 
+#include "widgets/CLVPaintedItem.h"
 #include "widgets/ColumnListView.h"
 
 #include <QApplication>
@@ -18,7 +19,7 @@ using kestrin::CLVListItem;
 using kestrin::ColumnListView;
 
 // A row with two independent random keys, drawn as a plain fill.
-class BenchRow : public CLVListItem
+class BenchRow : public CLVPaintedItem
 {
 public:
     BenchRow(uint32_t first, uint32_t second)

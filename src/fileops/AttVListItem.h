@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/RgbColor.h"
-#include "widgets/CLVListItem.h"
+#include "widgets/CLVPaintedItem.h"
 
 #include <string>
 
@@ -9,7 +9,7 @@ namespace kestrin {
 
 // One row of the attribute list: the attribute's name and what it holds,
 // drawn in one colour.
-class AttVListItem : public CLVListItem
+class AttVListItem : public CLVPaintedItem
 {
 public:
     AttVListItem(const std::string &name, const std::string &value, rgb_color color);

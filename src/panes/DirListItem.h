@@ -2,14 +2,14 @@
 
 #include "app/PaneSettings.h"
 #include "platform/EntryRef.h"
-#include "widgets/CLVListItem.h"
+#include "widgets/CLVPaintedItem.h"
 
 #include <cstdint>
 #include <ctime>
 #include <memory>
 #include <string>
-#include <vector>
 #include <sys/types.h>
+#include <vector>
 
 class QFontMetrics;
 class QIcon;
@@ -34,7 +34,7 @@ namespace kestrin {
 // its whole path (query results, whose entries come from anywhere).
 enum class RowName { Leaf, Path };
 
-class DirListItem : public CLVListItem
+class DirListItem : public CLVPaintedItem
 {
 public:
     // A local entry (folder or query listing). `entry.name` is what the Name

@@ -13,14 +13,14 @@ KsTreeListItem::KsTreeListItem(uint32_t level,
                                const std::string &path,
                                bool expandable,
                                const RowColors &colors)
-    : CLVListItem(level, expandable)
+    : CLVPaintedItem(level, expandable)
     , fName(name)
     , fPath(path)
     , fColors(colors)
 {}
 
 KsTreeListItem::KsTreeListItem(uint32_t level, const RowColors &colors)
-    : CLVListItem(level, false)
+    : CLVPaintedItem(level, false)
     , fName(kPlaceholder)
     , fColors(colors)
     , fPlaceholder(true)

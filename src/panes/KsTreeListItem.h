@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/PaneSettings.h"
-#include "widgets/CLVListItem.h"
+#include "widgets/CLVPaintedItem.h"
 
 #include <string>
 
@@ -11,7 +11,7 @@ namespace kestrin {
 // under a branch until its folder has been read.
 //
 // Made on the GUI thread; GUI thread only.
-class KsTreeListItem : public CLVListItem
+class KsTreeListItem : public CLVPaintedItem
 {
 public:
     // A folder row; `expandable` when the folder has sub-folders.

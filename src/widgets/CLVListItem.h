@@ -5,18 +5,17 @@
 #include <memory>
 #include <vector>
 
-class QPainter;
-class QRect;
-
 namespace kestrin {
 
 class ColumnListModel;
 
-// One row of a ColumnListView. A row draws its own columns; the view owns its
-// rows (and a row owns its sub-rows in the hierarchical form).
+// One row of a ColumnListModel: the data a ColumnListView shows. The model
+// owns its rows (and a row owns its sub-rows in the hierarchical form); the
+// view paints them (CLVPaintedItem for rows that draw themselves).
 //
 // Rows are plain objects: they may be made and filled on a worker thread and
-// handed to the view afterwards; once in a view they belong to the GUI thread.
+// handed to the model afterwards; once in a model they belong to the GUI
+// thread.
 class CLVListItem
 {
 public:
@@ -25,13 +24,6 @@ public:
 
     CLVListItem(const CLVListItem &) = delete;
     CLVListItem &operator=(const CLVListItem &) = delete;
-
-    // Draws `column` (a logical column index) into `rect`, which the row must
-    // fill completely (the view paints no background of its own). `selected`
-    // is true for the selected row; `complete` for a full redraw.
-    virtual void DrawItemColumn(
-        QPainter &painter, const QRect &rect, int column, bool selected, bool complete)
-        = 0;
 
     // The text a column shows, for accessibility and tests; empty by default.
     virtual QString ColumnText(int column) const;

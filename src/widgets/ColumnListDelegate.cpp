@@ -64,7 +64,7 @@ void ColumnListDelegate::paint(QPainter *painter,
         }
     }
     if (!rect.isEmpty())
-        item->DrawItemColumn(*painter, rect, column, selected, true);
+        fView->DrawCell(*painter, rect, *item, index.row(), column, selected);
     painter->restore();
 
     if (fHierarchical && item->IsSuperItem() && column == fModel->ExpanderColumn()) {

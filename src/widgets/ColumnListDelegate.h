@@ -7,10 +7,10 @@ namespace kestrin {
 class ColumnListModel;
 class ColumnListView;
 
-// Paints one cell of a ColumnListView by asking its row to draw itself. In
+// Paints one cell of a ColumnListView by asking the view to draw it. In
 // the tree, the column after the expander column is indented by the row's
 // outline level (the indentation is filled in the list's own colours, since
-// the row only draws the rect it is given), and the expander column gets the
+// only the rect given is drawn), and the expander column gets the
 // expander of a super-item on top of what its row drew.
 //
 // GUI thread only, a child of its view.

@@ -1,6 +1,5 @@
 #include "widgets/ColumnListModel.h"
 
-#include "widgets/ColumnListView.h"
 #include "widgets/StableMergeSort.h"
 
 #include <algorithm>
@@ -18,6 +17,22 @@ constexpr size_t kFewRanges = 4;
 const QModelIndex kGone;
 
 } // namespace
+
+int RowShift::Moved(int row) const
+{
+    int moved = row;
+    for (const auto &[index, count] : inserted) {
+        if (index > row)
+            break;
+        moved += count;
+    }
+    for (const auto &[first, last] : removed) {
+        if (first >= row)
+            break;
+        moved -= std::min(last + 1, row) - first;
+    }
+    return moved;
+}
 
 ColumnListModel::ColumnListModel(bool hierarchical, QObject *parent)
     : QAbstractItemModel(parent)
@@ -72,6 +87,97 @@ bool ColumnListModel::OrderAllowed(const std::vector<int> &before,
         }
     }
     return true;
+}
+
+void ColumnListModel::SetSortFunction(CompareFunc compare, SortRowsFunc sortRows)
+{
+    fCompare = compare;
+    fSortRows = sortRows;
+}
+
+void ColumnListModel::SetSortKey(int column)
+{
+    fSortKey = column;
+    emit SortOrderChanged();
+}
+
+void ColumnListModel::SetSortMode(CLVSortMode mode)
+{
+    fSortMode = mode;
+    emit SortOrderChanged();
+}
+
+void ColumnListModel::SortItems()
+{
+    if (fSortMode == NoSort || !fCompare || !ColumnAt(fSortKey))
+        return;
+    Sort(fSortKey, fSortMode == Descending);
+}
+
+void ColumnListModel::AddItem(std::unique_ptr<CLVListItem> item, int index)
+{
+    if (!item)
+        return;
+    index = std::clamp(index, 0, CountItems());
+    emit RowsAboutToMove(index, {});
+    Rows rows;
+    rows.push_back(std::move(item));
+    InsertRange(index, std::move(rows));
+    emit RowsMoved(RowShift{{{index, 1}}, {}});
+}
+
+void ColumnListModel::AddList(Rows items)
+{
+    std::erase(items, nullptr);
+    if (items.empty())
+        return;
+    const int end = CountItems();
+    const int count = int(items.size());
+    emit RowsAboutToMove(end, {});
+    InsertRange(end, std::move(items));
+    emit RowsMoved(RowShift{{{end, count}}, {}});
+}
+
+void ColumnListModel::InsertItems(std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> items)
+{
+    std::erase_if(items, [](const auto &entry) { return !entry.second; });
+    if (items.empty())
+        return;
+    RowShift shift;
+    const int count = CountItems();
+    for (auto &[index, row] : items) {
+        index = std::clamp(index, 0, count);
+        shift.inserted.emplace_back(index, 1);
+    }
+    std::sort(shift.inserted.begin(), shift.inserted.end());
+    emit RowsAboutToMove(shift.inserted.front().first, {});
+    InsertScattered(std::move(items));
+    emit RowsMoved(shift);
+}
+
+ColumnListModel::Rows ColumnListModel::RemoveItems(std::vector<int> indexes)
+{
+    indexes = ValidRows(std::move(indexes));
+    if (indexes.empty())
+        return {};
+    RowShift shift;
+    for (int index : indexes) {
+        if (!shift.removed.empty() && shift.removed.back().second + 1 == index)
+            shift.removed.back().second = index;
+        else
+            shift.removed.emplace_back(index, index);
+    }
+    emit RowsAboutToMove(indexes.front(), indexes);
+    Rows removed = RemoveSorted(indexes, shift.removed);
+    // Still holding the rows: a view's top row may be one of them.
+    emit RowsMoved(shift);
+    return removed;
+}
+
+void ColumnListModel::InvalidateItem(int index)
+{
+    if (index >= 0 && index < CountItems())
+        emit RowsRepaint(index);
 }
 
 CLVListItem *ColumnListModel::ItemAt(int index) const
@@ -311,18 +417,12 @@ void ColumnListModel::InsertScattered(std::vector<std::pair<int, std::unique_ptr
     emit layoutChanged();
 }
 
-ColumnListModel::Rows ColumnListModel::RemoveSorted(const std::vector<int> &indexes)
+ColumnListModel::Rows ColumnListModel::RemoveSorted(const std::vector<int> &indexes,
+                                                    const std::vector<std::pair<int, int>> &runs)
 {
     Rows removed;
     if (indexes.empty())
         return removed;
-    std::vector<std::pair<int, int>> runs; // first, last
-    for (int index : indexes) {
-        if (!runs.empty() && runs.back().second + 1 == index)
-            runs.back().second = index;
-        else
-            runs.emplace_back(index, index);
-    }
 
     if (runs.size() <= kFewRanges) {
         removed.resize(indexes.size());
@@ -449,18 +549,15 @@ void ColumnListModel::SortRows(Rows &rows, CompareFunc compare, int32_t key, boo
     }
 }
 
-void ColumnListModel::Sort(CompareFunc compare,
-                           SortRowsFunc sortRows,
-                           int32_t key,
-                           bool descending)
+void ColumnListModel::Sort(int32_t key, bool descending)
 {
     const QList<QPersistentModelIndex> everyParent;
     emit layoutAboutToBeChanged(everyParent, QAbstractItemModel::VerticalSortHint);
     const QModelIndexList from = persistentIndexList();
-    if (sortRows != nullptr && !fHierarchical)
-        sortRows(fItems, key, descending);
+    if (fSortRows != nullptr && !fHierarchical)
+        fSortRows(fItems, key, descending);
     else
-        SortRows(fItems, compare, key, descending);
+        SortRows(fItems, fCompare, key, descending);
     for (size_t row = 0; row < fItems.size(); row++)
         fSearchBytes[row] = fItems[row]->SearchByte();
     fStaleFrom = 0;

@@ -1,7 +1,7 @@
 #include "widgets/ColumnListView.h"
 
+#include "widgets/CLVPaintedItem.h"
 #include "widgets/ColumnListDelegate.h"
-#include "widgets/ColumnListModel.h"
 
 #include <QHeaderView>
 #include <QItemSelectionModel>
@@ -85,6 +85,19 @@ ColumnListView::ColumnListView(QWidget *parent, bool hierarchical)
                this,
                SLOT(resizeColumnToContents(int)));
     connect(labels, &QHeaderView::sectionClicked, this, &ColumnListView::HeaderClicked);
+    // After the header's own handling: it has made the sections by then.
+    connect(fModel,
+            &QAbstractItemModel::columnsInserted,
+            this,
+            [this](const QModelIndex &, int first, int last) { ColumnsAdded(first, last); });
+    connect(fModel, &ColumnListModel::SortOrderChanged, this, &ColumnListView::UpdateSortIndicator);
+    connect(fModel, &ColumnListModel::RowsAboutToMove, this, &ColumnListView::RowsAboutToMove);
+    connect(fModel, &ColumnListModel::RowsMoved, this, &ColumnListView::RowsMoved);
+    connect(fModel, &ColumnListModel::RowsRepaint, this, &ColumnListView::RowsRepaint);
+    // Emptied by whoever keeps the rows: no row stays selected or current.
+    connect(fModel, &QAbstractItemModel::modelAboutToBeReset, this, [this] {
+        selectionModel()->clear();
+    });
     connect(labels, &QHeaderView::sectionResized, this, &ColumnListView::SectionResized);
     connect(labels, &QHeaderView::sectionMoved, this, &ColumnListView::SectionMoved);
 
@@ -117,13 +130,21 @@ ColumnListView::~ColumnListView() = default;
 int ColumnListView::AddColumn(const QString &label, float width, float minWidth, uint32_t flags)
 {
     const int column = fModel->AddColumn(label, minWidth, flags);
-    header()->setSectionResizeMode(column,
-                                   flags & CLV_NOT_RESIZABLE ? QHeaderView::Fixed
-                                                             : QHeaderView::Interactive);
     SetColumnWidth(column, width);
+    return column;
+}
+
+void ColumnListView::ColumnsAdded(int first, int last)
+{
+    for (int column = first; column <= last; column++) {
+        const ColumnListModel::Column *info = fModel->ColumnAt(column);
+        header()->setSectionResizeMode(column,
+                                       info->flags & CLV_NOT_RESIZABLE ? QHeaderView::Fixed
+                                                                       : QHeaderView::Interactive);
+        SetColumnWidth(column, info->minWidth);
+    }
     fDisplayOrder = DisplayOrder();
     UpdateSortIndicator();
-    return column;
 }
 
 int ColumnListView::CountColumns() const
@@ -239,37 +260,48 @@ void ColumnListView::SectionMoved(int, int oldVisual, int newVisual)
 
 void ColumnListView::SetSortFunction(CompareFunc compare, SortRowsFunc sortRows)
 {
-    fCompare = compare;
-    fSortRows = sortRows;
+    fModel->SetSortFunction(compare, sortRows);
+}
+
+ColumnListView::CompareFunc ColumnListView::SortFunction() const
+{
+    return fModel->SortFunction();
 }
 
 void ColumnListView::SetSortKey(int column)
 {
-    fSortKey = column;
-    UpdateSortIndicator();
+    fModel->SetSortKey(column);
+}
+
+int ColumnListView::SortKey() const
+{
+    return fModel->SortKey();
 }
 
 void ColumnListView::SetSortMode(CLVSortMode mode)
 {
-    fSortMode = mode;
-    UpdateSortIndicator();
+    fModel->SetSortMode(mode);
+}
+
+CLVSortMode ColumnListView::SortMode() const
+{
+    return fModel->SortMode();
 }
 
 void ColumnListView::UpdateSortIndicator()
 {
     QHeaderView *labels = header();
-    const bool shown = fSortMode != NoSort && fModel->ColumnAt(fSortKey);
+    const int key = SortKey();
+    const CLVSortMode mode = SortMode();
+    const bool shown = mode != NoSort && fModel->ColumnAt(key);
     labels->setSortIndicatorShown(shown);
     if (shown)
-        labels->setSortIndicator(fSortKey,
-                                 fSortMode == Descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+        labels->setSortIndicator(key, mode == Descending ? Qt::DescendingOrder : Qt::AscendingOrder);
 }
 
 void ColumnListView::SortItems()
 {
-    if (fSortMode == NoSort || !fCompare || !fModel->ColumnAt(fSortKey))
-        return;
-    fModel->Sort(fCompare, fSortRows, fSortKey, fSortMode == Descending);
+    fModel->SortItems();
 }
 
 void ColumnListView::HeaderClicked(int column)
@@ -280,10 +312,9 @@ void ColumnListView::HeaderClicked(int column)
         UpdateSortIndicator();
         return;
     }
-    const bool toggle = column == fSortKey && fSortMode != NoSort;
-    fSortMode = toggle && fSortMode == Ascending ? Descending : Ascending;
-    fSortKey = column;
-    UpdateSortIndicator();
+    const bool toggle = column == SortKey() && SortMode() != NoSort;
+    fModel->SetSortMode(toggle && SortMode() == Ascending ? Descending : Ascending);
+    fModel->SetSortKey(column);
     SortItems();
     SortChanged();
 }
@@ -410,38 +441,17 @@ void ColumnListView::AddItem(std::unique_ptr<CLVListItem> item)
 
 void ColumnListView::AddItem(std::unique_ptr<CLVListItem> item, int index)
 {
-    if (!item)
-        return;
-    index = std::clamp(index, 0, CountItems());
-    const TopAnchor anchor = AnchorTop(index);
-    ColumnListModel::Rows rows;
-    rows.push_back(std::move(item));
-    fModel->InsertRange(index, std::move(rows));
-    RestoreTop(anchor, index <= anchor.row ? 1 : 0);
+    fModel->AddItem(std::move(item), index);
 }
 
 void ColumnListView::AddList(std::vector<std::unique_ptr<CLVListItem>> items)
 {
-    std::erase(items, nullptr);
-    fModel->InsertRange(CountItems(), std::move(items));
+    fModel->AddList(std::move(items));
 }
 
 void ColumnListView::InsertItems(std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> items)
 {
-    std::erase_if(items, [](const auto &entry) { return !entry.second; });
-    if (items.empty())
-        return;
-    // Out-of-range indexes need no clamping here: they compare with rows of
-    // the view the same way the clamped ones would.
-    const auto first = std::min_element(items.begin(), items.end(), [](auto &a, auto &b) {
-        return a.first < b.first;
-    });
-    const TopAnchor anchor = AnchorTop(first->first);
-    const int shift = int(std::count_if(items.begin(), items.end(), [&anchor](const auto &entry) {
-        return entry.first <= anchor.row;
-    }));
-    fModel->InsertScattered(std::move(items));
-    RestoreTop(anchor, shift);
+    fModel->InsertItems(std::move(items));
 }
 
 std::unique_ptr<CLVListItem> ColumnListView::RemoveItem(int index)
@@ -452,26 +462,38 @@ std::unique_ptr<CLVListItem> ColumnListView::RemoveItem(int index)
 
 std::vector<std::unique_ptr<CLVListItem>> ColumnListView::RemoveItems(std::vector<int> indexes)
 {
-    indexes = fModel->ValidRows(std::move(indexes));
-    if (indexes.empty())
-        return {};
-    ReleaseSelection(selectionModel(), *fModel, [&](const CLVListItem *item) {
-        const int row = fModel->IndexOf(ColumnListModel::TopAncestor(item));
-        return std::binary_search(indexes.begin(), indexes.end(), row);
-    });
-    const TopAnchor anchor = AnchorTop(indexes.front());
-    const int shift = -int(std::lower_bound(indexes.begin(), indexes.end(), anchor.row)
-                           - indexes.begin());
-    std::vector<std::unique_ptr<CLVListItem>> removed = fModel->RemoveSorted(indexes);
-    // Still holding the rows: the anchor may be one of them.
-    RestoreTop(anchor, shift);
-    return removed;
+    return fModel->RemoveItems(std::move(indexes));
 }
 
 void ColumnListView::MakeEmpty()
 {
-    selectionModel()->clear();
     fModel->Clear();
+}
+
+void ColumnListView::RowsAboutToMove(int firstChanged, const std::vector<int> &leaving)
+{
+    if (!leaving.empty()) {
+        ReleaseSelection(selectionModel(), *fModel, [&](const CLVListItem *item) {
+            const int row = fModel->IndexOf(ColumnListModel::TopAncestor(item));
+            return std::binary_search(leaving.begin(), leaving.end(), row);
+        });
+    }
+    fMovingTop = AnchorTop(firstChanged);
+}
+
+void ColumnListView::RowsMoved(const RowShift &shift)
+{
+    const TopAnchor anchor = std::exchange(fMovingTop, TopAnchor());
+    if (anchor.row >= 0)
+        RestoreTop(anchor, shift.Moved(anchor.row) - anchor.row);
+}
+
+void ColumnListView::RowsRepaint(int index)
+{
+    if (index < 0)
+        viewport()->update();
+    else
+        viewport()->update(ItemFrame(index));
 }
 
 void ColumnListView::InvalidateItem(int index)
@@ -732,6 +754,13 @@ void ColumnListView::mouseDoubleClickEvent(QMouseEvent *event)
     if (SelectedItem() != item)
         Select(item);
     Invoke(item);
+}
+
+void ColumnListView::DrawCell(
+    QPainter &painter, const QRect &rect, CLVListItem &item, int, int column, bool selected) const
+{
+    if (auto *painted = dynamic_cast<CLVPaintedItem *>(&item))
+        painted->DrawItemColumn(painter, rect, column, selected, true);
 }
 
 void ColumnListView::drawRow(QPainter *painter,

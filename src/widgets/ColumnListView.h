@@ -1,6 +1,7 @@
 #pragma once
 
 #include "widgets/CLVListItem.h"
+#include "widgets/ColumnListModel.h"
 
 #include <QTreeView>
 #include <cstdint>
@@ -11,22 +12,17 @@
 namespace kestrin {
 
 class ColumnListDelegate;
-class ColumnListModel;
-
-// Column flags, the values of the BeOS widget that Kestrin's tables use.
-inline constexpr uint32_t CLV_SORT_KEYABLE = 0x0001;      // a click on its label sorts by it
-inline constexpr uint32_t CLV_NOT_MOVABLE = 0x0002;       // stays where it was added
-inline constexpr uint32_t CLV_NOT_RESIZABLE = 0x0004;     // keeps its width
-inline constexpr uint32_t CLV_LOCK_AT_BEGINNING = 0x0008; // nothing can be moved before it
-inline constexpr uint32_t CLV_EXPANDER = 0x0100;          // holds the expanders of the tree form
-
-enum CLVSortMode { Ascending = 0, Descending = 1, NoSort = 2 };
 
 // A list of rows in columns: the multi-column list of every pane, the tree
 // and the attribute list. Built on Qt's model/view so that a million rows
-// cost nothing per paint: the model is virtual (rows draw themselves through
-// CLVListItem::DrawItemColumn), rows are of uniform height, and only visible
-// rows are touched when painting.
+// cost nothing per paint: the model (ColumnListModel) is virtual, the view
+// paints the rows (DrawCell; rows that draw themselves through
+// CLVPaintedItem::DrawItemColumn by default), rows are of uniform height, and
+// only visible rows are touched when painting.
+//
+// The view's rows live in its model, which whoever keeps them may change
+// directly: the view follows, keeping the row at its top where it was and
+// dropping the selection of a row that goes.
 //
 // Columns have a label, a width, a minimum width and flags; the user can
 // resize them, move them (all but CLV_NOT_MOVABLE ones, and none before a
@@ -66,6 +62,8 @@ public:
     ~ColumnListView() override;
 
     bool IsHierarchical() const { return fHierarchical; }
+    // The rows and columns shown; the view's child.
+    ColumnListModel &Model() const { return *fModel; }
 
     // Columns, in the order added; the index is the logical column (and the
     // sort key that the compare function receives).
@@ -88,13 +86,12 @@ public:
     // Sorting. Setting the key or mode does not sort; SortItems does.
     // `sortRows`, where given, sorts a flat list faster than the compare
     // function alone could, in the same order.
-    void SetSortFunction(CompareFunc compare,
-                         SortRowsFunc sortRows = nullptr);
-    CompareFunc SortFunction() const { return fCompare; }
+    void SetSortFunction(CompareFunc compare, SortRowsFunc sortRows = nullptr);
+    CompareFunc SortFunction() const;
     void SetSortKey(int column);
-    int SortKey() const { return fSortKey; }
+    int SortKey() const;
     void SetSortMode(CLVSortMode mode);
-    CLVSortMode SortMode() const { return fSortMode; }
+    CLVSortMode SortMode() const;
     // Sorts every row by the key and mode (nothing in NoSort mode, without
     // a compare function or without a key that is a column); the selection
     // and the rows stay the same objects.
@@ -205,7 +202,23 @@ protected:
                  const QStyleOptionViewItem &option,
                  const QModelIndex &index) const override;
 
+public:
+    // Paints the cell of `column` of `item`, the row at `row` among its
+    // siblings, into `rect`, which must be filled completely (the view
+    // paints no background of its own). Rows that draw themselves do so;
+    // a view of other rows paints them itself.
+    virtual void DrawCell(QPainter &painter,
+                          const QRect &rect,
+                          CLVListItem &item,
+                          int row,
+                          int column,
+                          bool selected) const;
+
 private:
+    void ColumnsAdded(int first, int last);
+    void RowsAboutToMove(int firstChanged, const std::vector<int> &leaving);
+    void RowsMoved(const RowShift &shift);
+    void RowsRepaint(int index);
     void HeaderClicked(int column);
     void SectionResized(int column, int oldWidth, int newWidth);
     void SectionMoved(int column, int oldVisual, int newVisual);
@@ -225,11 +238,9 @@ private:
     ColumnListModel *fModel;
     ColumnListDelegate *fDelegate;
     bool fHierarchical;
-    CompareFunc fCompare = nullptr;
-    SortRowsFunc fSortRows = nullptr;
-    int fSortKey = -1;
-    CLVSortMode fSortMode = Ascending;
     int fRowHeight = 20;
+    // The top of the view while the model moves rows.
+    TopAnchor fMovingTop;
     // The row SelectionChanged last reported: always a row of the view or
     // null, since a row leaving the view leaves the selection first.
     CLVListItem *fSelected = nullptr;

@@ -1,3 +1,4 @@
+#include "widgets/CLVPaintedItem.h"
 #include "widgets/ColumnListView.h"
 
 #include <QCoreApplication>
@@ -26,11 +27,11 @@ struct Draw
 };
 
 // A row that fills its cells and remembers what it was asked to draw.
-class Row : public CLVListItem
+class Row : public CLVPaintedItem
 {
 public:
     explicit Row(QString rowName, bool isFolder = false, int rowSize = 0, bool super = false)
-        : CLVListItem(0, super)
+        : CLVPaintedItem(0, super)
         , name(std::move(rowName))
         , folder(isFolder)
         , size(rowSize)
@@ -451,6 +452,7 @@ TEST(ColumnListView, TheTopRowStaysInPlaceWhileRowsComeAndGoAboveIt)
             const char *what;
             bool insert;              // else remove
             std::vector<int> indexes; // -1: the top row's own index
+            bool inModel = false;     // changed in the model, not through the view
         };
         const Step steps[] = {
             {"one row above", true, {3}},
@@ -460,12 +462,21 @@ TEST(ColumnListView, TheTopRowStaysInPlaceWhileRowsComeAndGoAboveIt)
             {"rows below it", true, {200, 201}},
             {"removals at two places", false, {1, 2, 3, 250}},
             {"removals at many places", false, {0, 5, 9, 13, 17, 21, 200}},
+            {"rows at many places in the model", true, {0, 2, 4, 6, 8, 10, -1}, true},
+            {"removals at many places in the model", false, {1, 3, 5, 7, 9, 11, 13}, true},
         };
         for (const Step &step : steps) {
             SCOPED_TRACE(step.what);
             std::vector<int> indexes = step.indexes;
             std::replace(indexes.begin(), indexes.end(), -1, view.IndexOf(top));
-            if (!step.insert)
+            if (step.inModel && step.insert) {
+                std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> rows;
+                for (int index : indexes)
+                    rows.emplace_back(index, std::make_unique<Row>("new"));
+                view.Model().InsertItems(std::move(rows));
+            } else if (step.inModel) {
+                view.Model().RemoveItems(indexes);
+            } else if (!step.insert)
                 view.RemoveItems(indexes);
             else if (indexes.size() == 1)
                 view.AddItem(std::make_unique<Row>("new"), indexes[0]);

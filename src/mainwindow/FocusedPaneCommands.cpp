@@ -6,9 +6,9 @@
 #include "mainwindow/Terminal.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/DirPane.h"
-#include "panes/DirView.h"
 #include "panes/PaneCommands.h"
 #include "panes/PaneMessages.h"
+#include "panes/PaneModel.h"
 #include "platform/Launcher.h"
 #include "platform/PathNames.h"
 #include "query/QueryMessages.h"
@@ -50,7 +50,7 @@ bool FocusedPaneCommands::Handle(platform::Message &message, DirPane *pane, QWid
     if (std::find(kCodes.begin(), kCodes.end(), message.what) == kCodes.end())
         return false;
     if (pane != nullptr && !ForPane(message, *pane))
-        ForList(message, *pane->List(), window);
+        ForList(message, pane->Model(), pane->Commands(), window);
     return true;
 }
 
@@ -65,7 +65,7 @@ bool FocusedPaneCommands::ForPane(platform::Message &message, DirPane &pane)
         pane.UnDoTree();
         return true;
     case kCmdMyProjects: {
-        const std::string projects = DirView::DefaultPath() + "/MyProjects";
+        const std::string projects = PaneModel::DefaultPath() + "/MyProjects";
         pane.GoToDir(projects);
         MsgBox(projects.c_str());
         return true;
@@ -86,13 +86,16 @@ bool FocusedPaneCommands::ForPane(platform::Message &message, DirPane &pane)
     }
 }
 
-bool FocusedPaneCommands::ForList(platform::Message &message, DirView &list, QWidget *window)
+bool FocusedPaneCommands::ForList(platform::Message &message,
+                                  PaneModel &list,
+                                  PaneCommands &commands,
+                                  QWidget *window)
 {
     std::string text;
     int32_t mode = 0;
     switch (message.what) {
     case kCmdOpen:
-        list.Commands().Invoke();
+        commands.Invoke();
         return true;
     case kCmdUpALevel:
         list.NavigateUp();
@@ -112,23 +115,23 @@ bool FocusedPaneCommands::ForList(platform::Message &message, DirView &list, QWi
         Terminal::Open(text);
         return true;
     case kCmdIdentify:
-        list.Commands().Identify();
+        commands.Identify();
         return true;
     case kMsgSetPermissions:
         if (message.FindInt32("Permissions", &mode) == B_OK)
-            list.Commands().SetPermissions(mode_t(mode));
+            commands.SetPermissions(mode_t(mode));
         return true;
     case kCmdTrash:
-        list.Commands().Trash();
+        commands.Trash();
         return true;
     case kCmdMkDirText:
     case kCmdRenameText:
         if (message.FindString("text", &text) == B_OK) {
             window->activateWindow();
             if (message.what == kCmdMkDirText)
-                list.Commands().MkDir(text);
+                commands.MkDir(text);
             else
-                list.Commands().Rename(text);
+                commands.Rename(text);
         }
         return true;
     case kMsgQueryResults:

@@ -7,7 +7,8 @@ class QWidget;
 namespace kestrin {
 
 class DirPane;
-class DirView;
+class PaneCommands;
+class PaneModel;
 
 // The main window's messages that only act on its focused pane: they are
 // handed on here, so the window's own dispatch keeps to windows and panes
@@ -21,7 +22,10 @@ public:
 
 private:
     static bool ForPane(platform::Message &message, DirPane &pane);
-    static bool ForList(platform::Message &message, DirView &list, QWidget *window);
+    static bool ForList(platform::Message &message,
+                        PaneModel &list,
+                        PaneCommands &commands,
+                        QWidget *window);
 };
 
 } // namespace kestrin

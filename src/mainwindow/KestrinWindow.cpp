@@ -20,6 +20,7 @@
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
+#include "panes/PaneCommands.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
 #include "platform/Background.h"
@@ -65,7 +66,7 @@ void WriteNumber(const std::string &key, long value)
 
 std::string Home()
 {
-    return DirView::DefaultPath();
+    return PaneModel::DefaultPath();
 }
 
 } // namespace
@@ -231,7 +232,7 @@ void KestrinWindow::FocusPane(DirPane *pane, Qt::FocusReason reason)
 DirPane *KestrinWindow::PaneOfView(const void *view) const
 {
     for (DirPane *pane : fPanes) {
-        if (pane->List() == view)
+        if (static_cast<const QWidget *>(pane->List()) == view)
             return pane;
     }
     return nullptr;

@@ -4,7 +4,7 @@
 #include "mainwindow/KestrinApplication.h"
 #include "mainwindow/KestrinWindow.h"
 #include "panes/DirPane.h"
-#include "panes/DirView.h"
+#include "panes/PaneModel.h"
 #include "platform/AddOnRunner.h"
 #include "platform/Paths.h"
 
@@ -30,7 +30,7 @@ StartupMarker::StartupMarker(KestrinWindow *window, std::chrono::steady_clock::t
         Check();
     });
     for (DirPane *pane : window->Panes())
-        connect(pane->List(), &DirView::ListingFinished, this, &StartupMarker::Check);
+        connect(&pane->Model(), &PaneModel::ListingFinished, this, &StartupMarker::Check);
 }
 
 long StartupMarker::Elapsed() const
@@ -44,13 +44,13 @@ void StartupMarker::Check()
     if (!fPainted || fDone)
         return;
     for (const DirPane *pane : fWindow->Panes()) {
-        if (pane->List()->IsListing())
+        if (pane->Model().IsListing())
             return;
     }
     fDone = true;
     std::printf("kestrin-startup panes-filled %ld rows", Elapsed());
     for (const DirPane *pane : fWindow->Panes())
-        std::printf(" %d", int(pane->List()->CountItems()));
+        std::printf(" %d", int(pane->Model().List().CountItems()));
     std::printf("\n");
     Report();
     std::fflush(stdout);

@@ -2,18 +2,13 @@
 
 #include "app/AppUtils.h"
 #include "app/EntryTexts.h"
-#include "panes/FileIcons.h"
 #include "panes/PaneMessages.h"
 #include "platform/Entry.h"
 #include "platform/FolderScan.h"
-#include "widgets/RgbColor.h"
 #include "widgets/StableMergeSort.h"
 
-#include <QFontMetrics>
-#include <QIcon>
-#include <QPainter>
-#include <cstring>
 #include <algorithm>
+#include <cstring>
 #include <deque>
 #include <mutex>
 #include <strings.h>
@@ -21,10 +16,6 @@
 namespace kestrin {
 
 namespace {
-
-constexpr int kIconSize = 16;
-constexpr int kIconInset = 2;
-constexpr int kTextInset = 2;
 
 platform::ScannedEntry Scan(const platform::Entry &entry, RowName naming)
 {
@@ -47,8 +38,7 @@ const DirListItem::Look *DirListItem::SharedLook(const RowColors &colors,
 {
     const auto same = [&](const Look &look) {
         return look.dateFormat == dateFormat && look.colors.background == colors.background
-               && look.colors.text == colors.text
-               && look.colors.selectedText == colors.selectedText
+               && look.colors.text == colors.text && look.colors.selectedText == colors.selectedText
                && look.colors.selectionBar == colors.selectionBar;
     };
     thread_local const Look *last = nullptr;
@@ -137,6 +127,11 @@ void DirListItem::Fill(const platform::ScannedEntry &entry)
     fIsFolder = S_ISDIR(fMode) || (fIsLink && !entry.targetKnown);
 }
 
+const RowColors &DirListItem::Colors() const
+{
+    return fLook->colors;
+}
+
 DirListItem::GivenTexts &DirListItem::Given()
 {
     if (!fGiven)
@@ -213,56 +208,6 @@ QString DirListItem::ColumnText(int column) const
     default:
         return {};
     }
-}
-
-const QIcon *DirListItem::Icon() const
-{
-    if (fIcon == nullptr && !fIsParent)
-        fIcon = &FileIcons::ForEntry(fName, fMode, fIsLink);
-    return fIcon;
-}
-
-void DirListItem::DrawItemColumn(
-    QPainter &painter, const QRect &rect, int column, bool selected, bool)
-{
-    painter.save();
-    const RowColors &colors = fLook->colors;
-    rgb_color background = colors.background;
-    if (fShaded) {
-        background.red = uint8_t(background.red - 10);
-        background.green = uint8_t(background.green - 10);
-        background.blue = uint8_t(background.blue - 10);
-    }
-    painter.fillRect(rect, ToQColor(selected ? colors.selectionBar : background));
-    painter.setClipRect(rect);
-    if (column == kColumnIcon) {
-        if (const QIcon *icon = Icon()) {
-            // Tall rows keep the icon in the middle: moved down by half the
-            // excess over 20, rounded up.
-            const int excess = rect.height() - 20;
-            const int down = excess > 0 ? (excess + 1) / 2 : 0;
-            const QRect iconRect(rect.left() + kIconInset,
-                                 rect.top() + kIconInset + down,
-                                 kIconSize,
-                                 kIconSize);
-            icon->paint(&painter, iconRect);
-        }
-    } else {
-        const QString text = ColumnText(column);
-        if (!text.isEmpty()) {
-            painter.setPen(ToQColor(fMarked || fOver ? colors.selectedText : colors.text));
-            const QFontMetrics metrics(painter.font());
-            const int baseline = rect.top()
-                                 + (rect.height() + metrics.ascent() - metrics.descent()) / 2;
-            painter.drawText(rect.left() + kTextInset, baseline, text);
-        }
-    }
-    painter.restore();
-}
-
-bool DirListItem::TextFits(int column, int width, const QFontMetrics &metrics) const
-{
-    return kTextInset + metrics.horizontalAdvance(ColumnText(column)) <= width;
 }
 
 namespace {

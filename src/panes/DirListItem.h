@@ -2,7 +2,7 @@
 
 #include "app/PaneSettings.h"
 #include "platform/EntryRef.h"
-#include "widgets/CLVPaintedItem.h"
+#include "widgets/CLVListItem.h"
 
 #include <cstdint>
 #include <ctime>
@@ -10,9 +10,6 @@
 #include <string>
 #include <sys/types.h>
 #include <vector>
-
-class QFontMetrics;
-class QIcon;
 
 namespace platform {
 class Entry;
@@ -23,18 +20,18 @@ namespace kestrin {
 
 // One row of a pane's list: the entry's name and stat data, from which the
 // other columns' texts are made when asked for (a folder of a million rows
-// keeps no million date texts), its icon, colours, and the marked and
-// drag-over flags. Rows whose texts come from elsewhere (FTP and archive
-// listings, a folder's occupied space) carry those texts.
+// keeps no million date texts), the colours it is drawn in, and the marked
+// and drag-over flags. Rows whose texts come from elsewhere (FTP and archive
+// listings, a folder's occupied space) carry those texts. The list paints
+// rows (DirRowPainter); a row is data.
 //
 // Rows are made on the listing's worker thread and handed to the GUI thread
-// whole; the icon is looked up on the GUI thread the first time the row is
-// drawn, so only rows that are shown ever cost a look-up.
+// whole.
 // What a local row's Name column shows: the entry's name in its folder, or
 // its whole path (query results, whose entries come from anywhere).
 enum class RowName { Leaf, Path };
 
-class DirListItem : public CLVPaintedItem
+class DirListItem : public CLVListItem
 {
 public:
     // A local entry (folder or query listing). `entry.name` is what the Name
@@ -70,6 +67,8 @@ public:
     bool IsFolder() const { return fIsFolder; }
     bool IsParent() const { return fIsParent; }
     bool IsLink() const { return fIsLink; }
+    // The entry's mode; the target's for a link that leads somewhere.
+    mode_t Mode() const { return fMode; }
     int64_t Size() const { return fSize; }
     time_t ModificationTime() const { return fModificationTime; }
     void SetModificationTime(time_t time) { fModificationTime = time; }
@@ -80,22 +79,17 @@ public:
     void SetMarked(bool marked) { fMarked = marked; }
     bool GetOver() const { return fOver; }
     void SetOver(bool over) { fOver = over; }
+    const RowColors &Colors() const;
 
-    // Alternate rows are drawn a shade darker than the background.
-    void SetShaded(bool shaded) { fShaded = shaded; }
     // Shows a text of its own in the Size column (a folder's occupied space).
     void SetSizeText(const std::string &text);
 
     // The text of the Size column for a file of `size` bytes.
     static std::string SizeTextFor(int64_t size);
 
-    void DrawItemColumn(
-        QPainter &painter, const QRect &rect, int column, bool selected, bool complete) override;
     QString ColumnText(int column) const override;
     // Type-ahead goes by the name's first letter.
     char SearchByte() const override { return fName.empty() ? 0 : fName[0]; }
-    // Whether a column's text shows whole in a cell `width` pixels wide.
-    bool TextFits(int column, int width, const QFontMetrics &metrics) const;
     // The order of the two rows' permission texts, as strcmp gives it.
     static int ComparePermissions(const DirListItem &first, const DirListItem &second);
 
@@ -111,7 +105,6 @@ private:
 
     void Fill(const platform::ScannedEntry &entry);
     GivenTexts &Given();
-    const QIcon *Icon() const;
     // The look shared by every row made with the same colours and date
     // format: rows are made on workers by the million, and looks are few.
     static const Look *SharedLook(const RowColors &colors, const std::string &dateFormat);
@@ -126,14 +119,12 @@ private:
     bool fIsLink : 1 = false;
     bool fMarked : 1 = false;
     bool fOver : 1 = false;
-    bool fShaded : 1 = false;
     std::string fName;
     std::unique_ptr<GivenTexts> fGiven;
     const Look *fLook = nullptr; // never freed
     int64_t fSize = 0;
     time_t fModificationTime = 0;
     node_ref fNode;
-    mutable const QIcon *fIcon = nullptr; // GUI thread; from the shared icon cache
 };
 
 // The order of two rows by a column (1 name, 2 size, 3 date, 4 permissions).

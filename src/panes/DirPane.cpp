@@ -61,6 +61,16 @@ DirPane::~DirPane()
     platform::NodeMonitor::StopWatching(this);
 }
 
+PaneModel &DirPane::Model() const
+{
+    return fList->Model();
+}
+
+PaneCommands &DirPane::Commands() const
+{
+    return fList->Commands();
+}
+
 void DirPane::FocusList()
 {
     fList->setFocus(Qt::MouseFocusReason);

@@ -10,6 +10,8 @@
 namespace kestrin {
 
 class DirView;
+class PaneCommands;
+class PaneModel;
 class PaneSource;
 class StatusLog;
 class KsFtr;
@@ -32,6 +34,9 @@ public:
     ~DirPane() override;
 
     DirView *List() const { return fList; }
+    // The pane's core, and the commands on it.
+    PaneModel &Model() const;
+    PaneCommands &Commands() const;
     KsHeader *Header() const { return fHeader; }
     KsFtr *Footer() const { return fFooter; }
     KsTree *Tree() const { return fTree; }

@@ -1,442 +1,132 @@
 #include "panes/DirView.h"
 
-#include "app/AppUtils.h"
-#include "app/NumberText.h"
 #include "panes/DirListItem.h"
-#include "panes/FolderErrors.h"
-#include "panes/FolderSource.h"
+#include "panes/DirRowPainter.h"
+#include "panes/EditControl.h"
+#include "panes/PaneCommands.h"
+#include "panes/PaneDragDrop.h"
+#include "panes/PaneKeys.h"
 #include "panes/PaneMessages.h"
 #include "panes/PanePopUp.h"
-#include "panes/QuerySource.h"
-#include "platform/Entry.h"
-#include "platform/NodeMonitor.h"
-#include "platform/PathNames.h"
-#include "platform/Paths.h"
-#include "platform/VolumeRoster.h"
 #include "widgets/RgbColor.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QFrame>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QKeyEvent>
-#include <QTimer>
 #include <QToolTip>
 #include <algorithm>
-#include <vector>
 
 namespace kestrin {
-
-namespace {
-
-constexpr int kProgressIntervalMs = 50;
-
-} // namespace
 
 DirView::DirView(QWidget *parent,
                  const std::string &path,
                  const QString &iconLabel,
                  platform::Handler *owner)
     : ColumnListView(parent, false)
-    , fOwner(owner)
-    , fSettings(PaneSettings::Load())
-    , fSource(std::make_unique<FolderSource>(path))
-    , fProgressTimer(new QTimer(this))
-    , fMarked(*this)
-    , fRows(*this, fMarked)
-    , fKeys(*this, fMarked)
-    , fCommands(*this, fMarked)
-    , fDragDrop(*this, fMarked)
-    , fWatch(*this,
-             fRows,
-             {[this] { return Style(); },
-              [this] { return fJob != nullptr; },
-              [this] { RowsChanged(); },
-              [this] { FolderVanished(); },
-              [this] { Refresh(); }})
+    , fModel(ListModel(), *this, path, owner)
+    , fCommands(std::make_unique<PaneCommands>(fModel, *this))
+    , fKeys(std::make_unique<PaneKeys>(*this, fModel, *fCommands))
+    , fDragDrop(std::make_unique<PaneDragDrop>(*this, fModel))
 {
-    SetbCaseSensitiveSort(fSettings.caseSensitiveSort);
-    AddColumn(iconLabel, 20, 20, CLV_NOT_MOVABLE | CLV_NOT_RESIZABLE);
-    AddColumn("Name", 108, 20, CLV_SORT_KEYABLE);
-    AddColumn("Size", 70, 20, CLV_SORT_KEYABLE);
-    AddColumn("Date", 145, 20, CLV_SORT_KEYABLE);
-    AddColumn("Permissions", 100, 20, CLV_SORT_KEYABLE);
+    SetColumnLabel(kColumnIcon, iconLabel);
+    for (const auto &[column, width] : {std::pair{kColumnIcon, 20},
+                                        {kColumnName, 108},
+                                        {kColumnSize, 70},
+                                        {kColumnDate, 145},
+                                        {kColumnPermissions, 100}})
+        SetColumnWidth(column, float(width));
     QFont plain = font();
     plain.setPixelSize(12);
     setFont(plain);
-    QPalette colours = palette();
-    colours.setColor(QPalette::Base, ToQColor(fSettings.colors.background));
-    colours.setColor(QPalette::Highlight, ToQColor(fSettings.colors.selectionBar));
-    setPalette(colours);
-    SetSortFunction(&kestrin::CompareFunc, &kestrin::SortDirRows);
-    SetSortKey(kColumnName);
-    SortItems();
+    UseColours();
     setAcceptDrops(true);
     viewport()->setAcceptDrops(true);
-    fProgressTimer->setInterval(kProgressIntervalMs);
-    connect(fProgressTimer, &QTimer::timeout, this, [this] { PumpProgress(); });
-    fMarked.OnChange([this] { Notify(kMsgPaneChanged); });
+    connect(&fModel, &PaneModel::ListingFinished, this, &DirView::ListingFinished);
+    connect(&fModel, &PaneModel::Cleared, this, [this] { fRememberedIndex = -1; });
 }
 
-DirView::~DirView()
+DirView::~DirView() = default;
+
+void DirView::UseColours()
 {
-    if (fJob)
-        fJob->cancel = true;
-    StopNodeMonitoring();
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, ToQColor(fModel.Settings().colors.background));
+    colours.setColor(QPalette::Highlight, ToQColor(fModel.Settings().colors.selectionBar));
+    setPalette(colours);
 }
 
 void DirView::ReloadSettings()
 {
-    const PaneSettings fresh = PaneSettings::Load();
-    SetbCaseSensitiveSort(fresh.caseSensitiveSort);
-    const bool changed = fresh.dateFormat != fSettings.dateFormat
-                         || fresh.alternateColors != fSettings.alternateColors
-                         || !(fresh.colors.background == fSettings.colors.background)
-                         || !(fresh.colors.text == fSettings.colors.text)
-                         || !(fresh.colors.selectedText == fSettings.colors.selectedText)
-                         || !(fresh.colors.selectionBar == fSettings.colors.selectionBar);
-    fSettings = fresh;
-    QPalette colours = palette();
-    colours.setColor(QPalette::Base, ToQColor(fSettings.colors.background));
-    colours.setColor(QPalette::Highlight, ToQColor(fSettings.colors.selectionBar));
-    setPalette(colours);
-    if (changed && fAttached)
-        Refresh();
+    fModel.ReloadSettings();
+    UseColours();
 }
 
-std::string DirView::DefaultPath()
+void DirView::DrawCell(QPainter &painter,
+                       const QRect &rect,
+                       CLVListItem &item,
+                       int row,
+                       int column,
+                       bool selected) const
 {
-    std::string home;
-    if (platform::FindDirectory(platform::DirectoryWhich::Home, &home) != B_OK || home.empty())
-        return "/";
-    return home;
+    DirRowPainter::Paint(painter,
+                         rect,
+                         static_cast<const DirListItem &>(item),
+                         column,
+                         selected,
+                         fModel.Settings().alternateColors && row % 2 != 0);
 }
 
-void DirView::Notify(uint32_t what)
-{
-    if (fOwner == nullptr)
-        return;
-    platform::Message message(what);
-    fOwner->Dispatch(message);
-}
+// ---- The list as the core sees it -----------------------------------------
 
-void DirView::SendToWindow(platform::Message &message)
+void DirView::SelectRow(int index, bool show)
 {
-    if (fWindow != nullptr)
-        fWindow->Dispatch(message);
-}
-
-void DirView::PostToWindow(const platform::Message &message)
-{
-    if (fWindow != nullptr)
-        fWindow->Post(message);
-}
-
-// ---- Listing --------------------------------------------------------------
-
-RowStyle DirView::Style() const
-{
-    return RowStyle{fSettings.colors, fSettings.dateFormat, SortKey(), SortMode()};
-}
-
-int DirView::Populate(const std::string &path)
-{
-    if (path.empty())
-        return -1;
-    Show(std::make_unique<FolderSource>(path));
-    return 0;
-}
-
-void DirView::Populate(const platform::Message &results)
-{
-    Show(std::make_unique<QuerySource>(results, CurrentPath()));
-}
-
-void DirView::Show(std::unique_ptr<PaneSource> place, std::function<void()> then)
-{
-    fSource = std::move(place);
-    // Before the list is first shown, the listing that showing it starts
-    // reads the place; reading it now as well would be done twice.
-    if (!fAttached) {
-        fAfterFirstListing = std::move(then);
-        return;
-    }
-    StartListing(std::move(then));
-}
-
-void DirView::StartListing(Continuation then)
-{
-    fProgressShown = fSettings.showProgress;
-    if (fProgressShown)
-        Notify(kMsgListingBegan);
-    StopNodeMonitoring();
-    if (fJob)
-        fJob->cancel = true;
-    fJob.reset();
-    fEventsDuringListing.clear();
-    fCommands.EndRename();
-    fMarked.Forget();
-    fRows.Clear();
-    MakeEmpty();
-    fMaxSent = false;
-    fStepsSent = 0;
-    fAfterListing = std::move(then);
-    // Watching starts before the place is read, so nothing that happens
-    // while it is read is missed; those events wait for the listing.
-    fWatchStatus = B_OK;
-    if (const std::string watched = fSource->WatchedFolder(); !watched.empty())
-        DoNodeMonitor(watched);
-    const RowStyle style = Style();
-    fJob = fSource->StartReading(style, this, [this](auto job) { ListingArrived(std::move(job)); });
-    fProgressTimer->start();
-}
-
-void DirView::PumpProgress()
-{
-    if (!fJob || !fProgressShown)
-        return;
-    if (!fMaxSent) {
-        const int32_t total = fJob->total;
-        if (total < 0)
-            return;
-        platform::Message max(kMsgListingMax);
-        max.AddInt32("maxvalue", total + 1);
-        if (fOwner != nullptr)
-            fOwner->Dispatch(max);
-        Notify(kMsgListingStep);
-        fMaxSent = true;
-    }
-    const int32_t done = fJob->done;
-    for (; fStepsSent < done; fStepsSent++)
-        Notify(kMsgListingStep);
-}
-
-void DirView::EndProgress()
-{
-    if (fProgressShown)
-        Notify(kMsgListingEnded);
-    fProgressShown = false;
-}
-
-void DirView::ListingArrived(std::shared_ptr<FolderLister::Job> job)
-{
-    if (job != fJob)
-        return;
-    fProgressTimer->stop();
-    if (job->openStatus == B_OK)
-        PumpProgress();
-    fJob.reset();
-    // A folder that was there when it was asked for (it could be watched,
-    // or it was read before) and is gone by the time it is read is as gone
-    // as one removed while shown: its removal event went with its watch, or
-    // with the events the kernel dropped in a burst. A folder that never was
-    // there stays a quiet empty pane.
-    const std::string path = CurrentPath();
-    const bool vanished = job->openStatus != B_OK && fSource->IsLocalFolder()
-                          && (fWatch.IsWatching() || path == fLastOpenedFolder)
-                          && !platform::IsFolder(path);
-    fLastOpenStatus = job->openStatus;
-    if (job->openStatus == B_OK)
-        fLastOpenedFolder = path;
-    fSource->Listed(*job);
-    if (job->openStatus == B_OK) {
-        AddList(std::move(job->rows));
-        fRows.Reset(std::move(job->byName), job->files);
-    } else {
-        StopNodeMonitoring();
-    }
-    if (!vanished)
-        ErrorCheck(job->readStatus);
-    if (job->openStatus == B_OK && fWatchStatus != B_OK)
-        ErrorCheck(fWatchStatus);
-    RecolorRows();
-    for (const platform::Message &event : std::exchange(fEventsDuringListing, {}))
-        HandleNodeMonitor(event);
-    fWatch.ApplyPending();
-    EndProgress();
-    if (Continuation then = std::exchange(fAfterListing, nullptr))
-        then();
-    emit ListingFinished();
-    if (vanished)
-        LeaveVanishedFolder();
-    else if (job->openStatus != B_OK)
-        ShowFallback();
-}
-
-void DirView::ShowFallback()
-{
-    std::string selectAfter;
-    std::unique_ptr<PaneSource> instead = fSource->Fallback(&selectAfter);
-    if (!instead)
-        return;
-    Show(std::move(instead), [this, selectAfter] {
-        SelectByName(selectAfter);
-        Notify(kMsgPaneChanged);
-    });
-}
-
-bool DirView::ErrorCheck(status_t status)
-{
-    if (status == B_OK || status == B_ENTRY_NOT_FOUND)
-        return true;
-    const std::string text = FolderErrors::Text(status, CurrentPath());
-    if (!text.empty())
-        MsgBox(text.c_str(), B_STOP_ALERT);
-    if (fSettings.showProgress)
-        Notify(kMsgListingEnded);
-    return false;
-}
-
-void DirView::RecolorRows()
-{
-    if (fSettings.alternateColors)
-        InvalidateAll();
-}
-
-void DirView::drawRow(QPainter *painter,
-                      const QStyleOptionViewItem &option,
-                      const QModelIndex &index) const
-{
-    if (DirListItem *row = Row(index.row()))
-        row->SetShaded(fSettings.alternateColors && index.row() % 2 != 0);
-    ColumnListView::drawRow(painter, option, index);
-}
-
-void DirView::Clear()
-{
-    StopNodeMonitoring();
-    if (fJob)
-        fJob->cancel = true;
-    fJob.reset();
-    fProgressTimer->stop();
-    fAfterListing = nullptr;
-    fEventsDuringListing.clear();
-    fCommands.EndRename();
-    fMarked.Empty();
-    fMarked.Forget();
-    fRememberedIndex = -1;
-    fRows.Clear();
-    MakeEmpty();
-}
-
-void DirView::Refresh()
-{
-    // The row the user was on stays selected when it is still there.
-    const CLVListItem *selected = SelectedItem();
-    const std::string name = selected != nullptr
-                                 ? static_cast<const DirListItem *>(selected)->Name()
-                                 : "";
-    StartListing([this, name] { SelectByName(name); });
-}
-
-void DirView::SelectByName(const std::string &name)
-{
-    if (name.empty())
-        return;
-    const int index = FindItem(name);
-    if (index >= 0) {
-        Select(index);
+    Select(index);
+    if (show)
         ScrollToSelection();
-    }
 }
 
-void DirView::GoToDir(const std::string &path)
+void DirView::StartRename(int index)
 {
-    if (!fSource->HoldsLocalEntries())
+    const DirListItem *row = Row(index);
+    if (row == nullptr)
         return;
-    MsgBox("Inside GoToDir");
-    MsgBox(path.c_str());
-    fPreviousPath = path;
-    fSource = std::make_unique<FolderSource>(path);
-    Notify(kMsgPaneChanged);
-    Refresh();
+    ScrollToSelection();
+    const QRect frame = ItemFrame(index);
+    auto *container = new QFrame(viewport());
+    container->setObjectName("renamecontainer");
+    container->setFrameStyle(QFrame::Box | QFrame::Plain);
+    container->setGeometry(header()->sectionViewportPosition(kColumnName),
+                           frame.top(),
+                           header()->sectionSize(kColumnName),
+                           frame.height());
+    auto *layout = new QHBoxLayout(container);
+    layout->setContentsMargins(1, 1, 1, 1);
+    auto *field = new EditControl(QString::fromUtf8(row->Name().c_str()), index, this, container);
+    layout->addWidget(field);
+    container->show();
+    field->selectAll();
+    field->setFocus();
+    fRenameContainer = container;
+    fField = field;
 }
 
-void DirView::NavigateUp()
+EditControl *DirView::RenameField() const
 {
-    std::string selectAfter;
-    std::unique_ptr<PaneSource> parent = fSource->Parent(&selectAfter);
-    if (!parent)
+    return fField;
+}
+
+void DirView::EndRename()
+{
+    if (fRenameContainer.isNull())
         return;
-    if (fSource->IsLocalFolder())
-        fPreviousPath = CurrentPath();
-    Clear();
-    fSource = std::move(parent);
-    Notify(kMsgPaneChanged);
-    fWentUp = true;
-    StartListing([this, selectAfter] { SelectByName(selectAfter); });
-}
-
-void DirView::NavigateDown()
-{
-    if (!fWentUp)
-        return;
-    fWentUp = false;
-    Clear();
-    Populate(fPreviousPath);
-}
-
-// ---- Node monitoring ------------------------------------------------------
-
-void DirView::DoNodeMonitor(const std::string &path)
-{
-    fWatchStatus = fWatch.Start(path, fOwner != nullptr ? fOwner : this);
-}
-
-void DirView::StopNodeMonitoring()
-{
-    fWatch.Stop();
-}
-
-void DirView::HandleNodeMonitor(const platform::Message &message)
-{
-    if (fJob)
-        fEventsDuringListing.push_back(message);
-    else
-        fWatch.Handle(message);
-}
-
-void DirView::FolderVanished()
-{
-    if (!fWatch.IsWatching())
-        return;
-    StopNodeMonitoring();
-    LeaveVanishedFolder();
-}
-
-void DirView::LeaveVanishedFolder()
-{
-    ErrorCheck(B_NOT_A_DIRECTORY);
-    std::string folder = CurrentPath();
-    while (folder != "/" && !platform::IsFolder(folder))
-        folder = platform::ParentPath(folder);
-    // A volume that went away leaves only the folder it was mounted on:
-    // home is a better place to be than that empty folder.
-    if (!platform::IsFolder(folder) || !platform::VolumeRoster::ForDevice(FolderDevice()))
-        folder = DefaultPath();
-    Clear();
-    Populate(folder);
-    Notify(kMsgPaneChanged);
-}
-
-void DirView::RowsChanged()
-{
-    RecolorRows();
-    Notify(kMsgPaneChanged);
-}
-
-void DirView::EntriesChanged(const std::string &from, const std::string &to)
-{
-    if (!fSource->IsLocalFolder() || fJob) {
-        Refresh();
-        return;
-    }
-    if (from.empty())
-        fRows.Touch(to);
-    else
-        fRows.Rename(from, to);
-    if (fRows.ApplyNow(CurrentPath(), Style()))
-        RowsChanged();
+    const bool hadFocus = fField && fField->hasFocus();
+    delete fRenameContainer.data();
+    if (hadFocus)
+        setFocus();
 }
 
 void DirView::MessageReceived(platform::Message &message)
@@ -446,127 +136,30 @@ void DirView::MessageReceived(platform::Message &message)
     case kMsgRenameCancel: {
         void *field = nullptr;
         message.FindPointer("field", &field);
-        if (field != nullptr && field != fCommands.RenameField())
+        if (field != nullptr && field != fField)
             break;
         int32_t row = -1;
-        if (message.FindInt32("pos", &row) == B_OK && message.what == kMsgRenameAccept)
-            fCommands.AcceptRename(row);
-        else
-            fCommands.EndRename();
+        if (message.FindInt32("pos", &row) != B_OK || message.what != kMsgRenameAccept
+            || fField.isNull()) {
+            EndRename();
+            break;
+        }
+        const std::string name = fField->text().toStdString();
+        EndRename();
+        setFocus();
+        fCommands->AcceptRename(row, name);
         break;
     }
-    case B_NODE_MONITOR:
-        HandleNodeMonitor(message);
-        break;
     default:
         break;
     }
-}
-
-// ---- Rows and selection ---------------------------------------------------
-
-std::string DirView::PathOf(const DirListItem *row) const
-{
-    return fSource->PathOf(*row);
-}
-
-entry_ref DirView::RefOf(const DirListItem *row) const
-{
-    return fSource->RefOf(*row);
-}
-
-DirListItem *DirView::Row(int index) const
-{
-    return static_cast<DirListItem *>(ItemAt(index));
-}
-
-int DirView::GetSelected(std::string *path) const
-{
-    const DirListItem *row = Row(CurrentSelection());
-    if (row == nullptr)
-        return 0;
-    if (!row->IsFolder())
-        return 2;
-    *path = fSource->FolderShownFor(*row);
-    return 1;
-}
-
-void DirView::GetSelected(std::vector<DirListItem *> *rows) const
-{
-    if (DirListItem *row = Row(CurrentSelection()))
-        rows->push_back(row);
-}
-
-bool DirView::GetItemPath(std::string *path) const
-{
-    const DirListItem *row = fMarked.IsEmpty() ? Row(CurrentSelection()) : fMarked.Rows().front();
-    if (row == nullptr)
-        return false;
-    *path = PathOf(row);
-    return true;
-}
-
-int DirView::FindItem(const std::string &name) const
-{
-    if (const DirListItem *row = fRows.Find(name))
-        return IndexOf(row);
-    for (int i = 0; i < CountItems(); i++) {
-        if (Row(i)->Name() == name)
-            return i;
-    }
-    return -1;
-}
-
-void DirView::SetSortMode(int key, int mode)
-{
-    SetSortKey(key);
-    ColumnListView::SetSortMode(mode == Descending ? Descending : Ascending);
-    SortItems();
-    RecolorRows();
-}
-
-std::string DirView::GetFiles() const
-{
-    // 32-bit totals, as the footer has always added them: folders of more
-    // than 2 GB wrap. The files of the folder are summed as its rows come
-    // and go; only the marked rows are walked here. The first row is never
-    // counted (it is ".." where there is one).
-    const FileTotals &files = fRows.Files();
-    uint32_t totalSize = files.bytes;
-    int32_t totalCount = files.count;
-    const DirListItem *first = Row(0);
-    if (first != nullptr && !first->IsFolder()) {
-        totalSize -= uint32_t(first->Size());
-        totalCount--;
-    }
-    uint32_t selectedSize = 0;
-    int32_t selectedCount = 0;
-    const auto count = [&](const DirListItem *row) {
-        if (row != nullptr && row != first && !row->IsFolder()) {
-            selectedSize += uint32_t(row->Size());
-            selectedCount++;
-        }
-    };
-    std::vector<DirListItem *> marked = fMarked.Rows();
-    std::sort(marked.begin(), marked.end());
-    marked.erase(std::unique(marked.begin(), marked.end()), marked.end());
-    for (const DirListItem *row : marked) {
-        if (row->IsMarked())
-            count(row);
-    }
-    const DirListItem *selected = Row(CurrentSelection());
-    if (selected != nullptr && !selected->IsMarked())
-        count(selected);
-    return std::to_string(int32_t(selectedSize) / 1024) + " of "
-           + std::to_string(int32_t(totalSize) / 1024) + "k in " + std::to_string(selectedCount)
-           + " of " + std::to_string(totalCount) + " files selected";
 }
 
 // ---- Input and hooks ------------------------------------------------------
 
 void DirView::keyPressEvent(QKeyEvent *event)
 {
-    if (!fKeys.Handle(event))
+    if (!fKeys->Handle(event))
         ColumnListView::keyPressEvent(event);
 }
 
@@ -580,7 +173,7 @@ bool DirView::viewportEvent(QEvent *event)
     const int left = header()->sectionViewportPosition(kColumnName);
     const int width = header()->sectionSize(kColumnName);
     if (row == nullptr || point.x() < left || point.x() >= left + width
-        || row->TextFits(kColumnName, width, fontMetrics())) {
+        || DirRowPainter::TextFits(*row, kColumnName, width, fontMetrics())) {
         QToolTip::hideText();
         event->ignore();
         return true;
@@ -593,13 +186,13 @@ bool DirView::viewportEvent(QEvent *event)
 
 void DirView::mousePressEvent(QMouseEvent *event)
 {
-    fDragDrop.MousePress(event);
+    fDragDrop->MousePress(event);
     ColumnListView::mousePressEvent(event);
 }
 
 void DirView::mouseMoveEvent(QMouseEvent *event)
 {
-    if (!fDragDrop.MouseMove(event))
+    if (!fDragDrop->MouseMove(event))
         ColumnListView::mouseMoveEvent(event);
 }
 
@@ -608,39 +201,28 @@ void DirView::contextMenuEvent(QContextMenuEvent *event)
     const int row = IndexOf(event->pos());
     if (row >= 0)
         Select(row);
-    PanePopUp::Exec(*this, event->globalPos(), row >= 0, fTreeShown);
+    PanePopUp::Exec(*this, fModel, event->globalPos(), row >= 0, fTreeShown);
 }
 
 void DirView::dragEnterEvent(QDragEnterEvent *event)
 {
-    fDragDrop.DragEnter(event);
+    fDragDrop->DragEnter(event);
 }
 
 void DirView::dragMoveEvent(QDragMoveEvent *event)
 {
-    fDragDrop.DragMove(event);
+    fDragDrop->DragMove(event);
 }
 
 void DirView::dropEvent(QDropEvent *event)
 {
-    fDragDrop.Drop(event);
+    fDragDrop->Drop(event);
 }
 
 void DirView::showEvent(QShowEvent *event)
 {
     ColumnListView::showEvent(event);
-    if (fAttached)
-        return;
-    fAttached = true;
-    StartListing([this, then = std::exchange(fAfterFirstListing, nullptr)] {
-        if (fLastOpenStatus != B_OK) {
-            Show(std::make_unique<FolderSource>(DefaultPath()), [this] { Notify(kMsgPaneChanged); });
-            return;
-        }
-        Notify(kMsgPaneChanged);
-        if (then)
-            then();
-    });
+    fModel.Attach();
 }
 
 void DirView::focusInEvent(QFocusEvent *event)
@@ -676,17 +258,18 @@ void DirView::focusOutEvent(QFocusEvent *event)
 
 void DirView::SelectionChanged()
 {
-    Notify(kMsgPaneChanged);
+    fModel.Notify(kMsgPaneChanged);
 }
 
 void DirView::Invoked(int)
 {
-    fCommands.Invoke();
+    fCommands->Invoke();
 }
 
 void DirView::SortChanged()
 {
-    RecolorRows();
+    if (fModel.Settings().alternateColors)
+        InvalidateAll();
 }
 
 void DirView::ColumnWidthChanged(int column, float width)

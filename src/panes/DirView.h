@@ -1,43 +1,36 @@
 #pragma once
 
-#include "app/PaneSettings.h"
-#include "panes/FolderLister.h"
-#include "panes/FolderRows.h"
-#include "panes/FolderWatch.h"
-#include "panes/MarkedList.h"
-#include "panes/PaneCommands.h"
-#include "panes/PaneDragDrop.h"
-#include "panes/PaneKeys.h"
-#include "panes/PaneSource.h"
-#include "platform/EntryRef.h"
+#include "panes/PaneHost.h"
+#include "panes/PaneModel.h"
 #include "platform/Handler.h"
 #include "widgets/ColumnListView.h"
 
+#include <QPointer>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-class QTimer;
+class QFrame;
 
 namespace kestrin {
 
 class DirListItem;
+class EditControl;
+class PaneCommands;
+class PaneDragDrop;
+class PaneKeys;
 
-// The list of one pane: the rows of the place its source shows (a local
-// folder, query results, an FTP folder or an archive), with the keys, marking
-// and sorting of a pane. It reports to its owner (the pane) and asks the main
-// window (its window target) for everything that outlives a key press:
-// copies, new folders, queries. Both are handed messages synchronously.
-//
-// A place is read on a worker (FolderLister) while the list stays
-// responsive; what has to follow a listing (selecting the folder just left)
-// runs when it arrives, and a newer listing cancels an older one. A watched
-// folder is watched from the moment its listing starts; changes that arrive
-// before the listing are kept and replayed.
+// The list of one pane: shows the rows of the pane's core (PaneModel) and
+// turns input into what the core and its commands do: keys (PaneKeys), drag
+// and drop (PaneDragDrop), the pop-up menu, invoking a row, the in-place
+// rename field. It paints the rows (DirRowPainter), remembers the selected
+// row while it does not have the focus, and tells the main window when the
+// user resizes a column. What it is asked about the pane it passes on to the
+// core.
 //
 // GUI thread only: every member belongs to it.
-class DirView : public ColumnListView, public platform::Handler
+class DirView : public ColumnListView, public platform::Handler, public PaneHost
 {
     Q_OBJECT
 
@@ -48,98 +41,60 @@ public:
             platform::Handler *owner);
     ~DirView() override;
 
-    // The main window, or whatever stands in for it; null drops requests.
-    void SetWindowTarget(platform::Handler *window) { fWindow = window; }
-    platform::Handler *Owner() const { return fOwner; }
+    PaneModel &Model() { return fModel; }
+    const PaneModel &Model() const { return fModel; }
+    // The commands of the keys, the menus and the rename field.
+    PaneCommands &Commands() { return *fCommands; }
 
-    // The place shown, and the mode value that messages and the profile
-    // carry for it.
-    const PaneSource &Source() const { return *fSource; }
-    int32_t Mode() const { return fSource->Mode(); }
-    // The device of the place last listed.
-    dev_t FolderDevice() const { return fSource->Device(); }
-    const std::string &CurrentPath() const { return fSource->Folder(); }
-    const std::string &PreviousPath() const { return fPreviousPath; }
-    // The folder a pane falls back to: the home folder.
-    static std::string DefaultPath();
+    void SetWindowTarget(platform::Handler *window) { fModel.SetWindowTarget(window); }
+    const PaneSource &Source() const { return fModel.Source(); }
+    int32_t Mode() const { return fModel.Mode(); }
+    dev_t FolderDevice() const { return fModel.FolderDevice(); }
+    const std::string &CurrentPath() const { return fModel.CurrentPath(); }
+    const std::string &PreviousPath() const { return fModel.PreviousPath(); }
+    void Show(std::unique_ptr<PaneSource> place, std::function<void()> then = nullptr)
+    {
+        fModel.Show(std::move(place), std::move(then));
+    }
+    int Populate(const std::string &path) { return fModel.Populate(path); }
+    void Populate(const platform::Message &results) { fModel.Populate(results); }
+    void Clear() { fModel.Clear(); }
+    void Refresh() { fModel.Refresh(); }
+    void GoToDir(const std::string &path) { fModel.GoToDir(path); }
+    void NavigateUp() { fModel.NavigateUp(); }
+    void NavigateDown() { fModel.NavigateDown(); }
+    bool IsListing() const { return fModel.IsListing(); }
+    int GetSelected(std::string *path) const { return fModel.GetSelected(path); }
+    bool GetItemPath(std::string *path) const { return fModel.GetItemPath(path); }
+    int FindItem(const std::string &name) const { return fModel.FindItem(name); }
+    void SelectByName(const std::string &name) { fModel.SelectByName(name); }
+    int GetSort() const { return fModel.SortKey(); }
+    int GetSortMode() const { return fModel.SortMode(); }
+    void SetSortMode(int key, int mode) { fModel.SetSortMode(key, mode); }
+    MarkedList &Marked() { return fModel.Marked(); }
+    std::string GetFiles() const { return fModel.GetFiles(); }
+    void SetProgressFlag(bool show) { fModel.SetProgressFlag(show); }
+    bool IsWatching() const { return fModel.IsWatching(); }
+    void HandleNodeMonitor(const platform::Message &message) { fModel.HandleNodeMonitor(message); }
+    DirListItem *Row(int index) const { return fModel.Row(index); }
+    entry_ref RefOf(const DirListItem *row) const { return fModel.RefOf(row); }
+    void SendToWindow(platform::Message &message) { fModel.SendToWindow(message); }
 
-    // Shows a place: lists it on a worker, and runs `then` once it is shown.
-    void Show(std::unique_ptr<PaneSource> place, std::function<void()> then = nullptr);
-    // Lists a local folder (and makes it the current path). -1 when the path
-    // is empty; a folder that cannot be opened is known only when the listing
-    // ends (see ListingFinished).
-    int Populate(const std::string &path);
-    // Lists the "refs" of a message: query results, the header showing its
-    // "QueryString".
-    void Populate(const platform::Message &results);
-    void Clear();
-    void Refresh();
-    void GoToDir(const std::string &path);
-    void NavigateUp();
-    void NavigateDown();
-    // Whether a listing is being read.
-    bool IsListing() const { return fJob != nullptr; }
-    // How opening the place of the last listing went: B_OK or why not.
-    status_t LastOpenStatus() const { return fLastOpenStatus; }
-
-    // 0 with no selection, 2 when the selected row is not a folder, else 1
-    // with the folder in *path.
-    int GetSelected(std::string *path) const;
-    void GetSelected(std::vector<DirListItem *> *rows) const;
-    // The path of the first marked row, or of the selected row.
-    bool GetItemPath(std::string *path) const;
-    int FindItem(const std::string &name) const;
-    // Selects the row of that name, scrolled into view, when there is one.
-    void SelectByName(const std::string &name);
-    int GetSort() const { return SortKey(); }
-    int GetSortMode() const { return SortMode(); }
-    // Mode 2 (unsorted) is applied as ascending.
-    void SetSortMode(int key, int mode);
-
-    // The marked rows, which the keys, the commands and drag and drop share.
-    MarkedList &Marked() { return fMarked; }
-    const MarkedList &Marked() const { return fMarked; }
-
-    // The footer's summary: "12 of 345k in 2 of 10 files selected".
-    std::string GetFiles() const;
-
-    void SetProgressFlag(bool show) { fSettings.showProgress = show; }
-    void SetDateFormat(const std::string &format) { fSettings.dateFormat = format; }
-    const PaneSettings &Settings() const { return fSettings; }
-    // Reads the display settings again; a shown listing is made again when
-    // they changed.
+    // Reads the display settings again: the list's colours, and the rows
+    // made again when they changed.
     void ReloadSettings();
-
-    // Node monitoring of the current folder.
-    void StopNodeMonitoring();
-    void DoNodeMonitor(const std::string &path);
-    bool IsWatching() const { return fWatch.IsWatching(); }
-    // A node-monitor message of the watched folder, as the owner hands it on.
-    void HandleNodeMonitor(const platform::Message &message);
-    // The pane changed these entries itself (a new folder, a rename): their
-    // rows follow before this returns, or the place is listed again where
-    // nothing watches it.
-    void EntriesChanged(const std::string &from, const std::string &to);
-
-    // The commands of the keys and the rename field (see PaneCommands).
-    PaneCommands &Commands() { return fCommands; }
-
-    DirListItem *Row(int index) const;
-    // The full path of a row's entry, and its reference.
-    std::string PathOf(const DirListItem *row) const;
-    entry_ref RefOf(const DirListItem *row) const;
-    // 513 and 605 from the rename field; node-monitor messages when the
-    // list watches for itself (no owner).
-    void MessageReceived(platform::Message &message) override;
-
-    // Requests to the main window: handed over at once, or posted (for
-    // requests made inside an event that must end first, like a drop).
-    void SendToWindow(platform::Message &message);
-    void PostToWindow(const platform::Message &message);
     // Whether the pane shows its folder tree (for the pop-up menu).
     void SetTreeShown(bool shown) { fTreeShown = shown; }
-    // A notification to the pane.
-    void Notify(uint32_t what);
+
+    // The list as the core sees it.
+    int Selection() const override { return CurrentSelection(); }
+    void SelectRow(int index, bool show) override;
+    void StartRename(int index) override;
+    void EndRename() override;
+    EditControl *RenameField() const;
+
+    // 513 and 605 from the rename field.
+    void MessageReceived(platform::Message &message) override;
 
 signals:
     // A listing has been shown (or failed); what followed it has run.
@@ -160,64 +115,30 @@ protected:
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
-    // Gives a row its shade of the alternating colours as it paints: the
-    // shade follows the row's place, so only the rows shown are touched.
-    void drawRow(QPainter *painter,
-                 const QStyleOptionViewItem &option,
-                 const QModelIndex &index) const override;
-
     void SelectionChanged() override;
     void Invoked(int index) override;
     void SortChanged() override;
     void ColumnWidthChanged(int column, float width) override;
 
+public:
+    // Alternate rows are a shade darker: the shade follows the row's place,
+    // so only the rows shown are touched.
+    void DrawCell(QPainter &painter,
+                  const QRect &rect,
+                  CLVListItem &item,
+                  int row,
+                  int column,
+                  bool selected) const override;
+
 private:
-    using Continuation = std::function<void()>;
+    void UseColours();
 
-    void StartListing(Continuation then);
-    void ListingArrived(std::shared_ptr<FolderLister::Job> job);
-    void PumpProgress();
-    void EndProgress();
-    bool ErrorCheck(status_t status);
-    // Shows what the source offers instead of a place it could not open.
-    void ShowFallback();
-    void FolderVanished();
-    // To the nearest folder still there, or home, with the alert that says so.
-    void LeaveVanishedFolder();
-    void RecolorRows();
-    void RowsChanged();
-    RowStyle Style() const;
-
-    platform::Handler *fOwner;
-    platform::Handler *fWindow = nullptr;
-    PaneSettings fSettings;
-
-    std::unique_ptr<PaneSource> fSource;
-    std::string fPreviousPath;
-    bool fWentUp = false;
-    bool fAttached = false;
-
-    status_t fWatchStatus = B_OK;
-    status_t fLastOpenStatus = B_OK;
-    std::string fLastOpenedFolder;
-
-    // The listing in flight, its progress and what follows it.
-    std::shared_ptr<FolderLister::Job> fJob;
-    Continuation fAfterListing;
-    // What follows the first listing, for a place shown before the list was.
-    Continuation fAfterFirstListing;
-    std::vector<platform::Message> fEventsDuringListing;
-    QTimer *fProgressTimer;
-    bool fMaxSent = false;
-    int32_t fStepsSent = 0;
-    bool fProgressShown = false;
-
-    MarkedList fMarked;
-    FolderRows fRows;
-    PaneKeys fKeys;
-    PaneCommands fCommands;
-    PaneDragDrop fDragDrop;
-    FolderWatch fWatch;
+    PaneModel fModel;
+    std::unique_ptr<PaneCommands> fCommands;
+    std::unique_ptr<PaneKeys> fKeys;
+    std::unique_ptr<PaneDragDrop> fDragDrop;
+    QPointer<QFrame> fRenameContainer;
+    QPointer<EditControl> fField;
     bool fTreeShown = false;
     int fRememberedIndex = -1;
 };

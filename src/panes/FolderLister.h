@@ -4,7 +4,7 @@
 #include "panes/RowIndex.h"
 #include "platform/Errors.h"
 #include "widgets/CLVListItem.h"
-#include "widgets/ColumnListView.h"
+#include "widgets/ColumnListModel.h"
 
 #include <atomic>
 #include <cstdint>

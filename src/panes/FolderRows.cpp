@@ -2,6 +2,7 @@
 
 #include "panes/DirListItem.h"
 #include "panes/MarkedList.h"
+#include "panes/PaneHost.h"
 #include "platform/Background.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
@@ -33,7 +34,7 @@ struct Carried
 
 // The row before which `row` goes: after the last row of its group (folders
 // or files) that it does not precede, as the stable sort would put it.
-int InsertionPoint(const ColumnListView &list,
+int InsertionPoint(const ColumnListModel &list,
                    const DirListItem &row,
                    int firstFile,
                    const RowStyle &style)
@@ -54,7 +55,7 @@ int InsertionPoint(const ColumnListView &list,
     return low;
 }
 
-int FirstFile(const ColumnListView &list)
+int FirstFile(const ColumnListModel &list)
 {
     int low = 0;
     for (int high = list.CountItems(); low < high;) {
@@ -69,8 +70,9 @@ int FirstFile(const ColumnListView &list)
 
 } // namespace
 
-FolderRows::FolderRows(ColumnListView &list, MarkedList &marked)
+FolderRows::FolderRows(ColumnListModel &list, PaneHost &host, MarkedList &marked)
     : fList(list)
+    , fHost(host)
     , fMarked(marked)
 {}
 
@@ -190,7 +192,7 @@ bool FolderRows::Merge(Batch &batch)
         return readBy != fReadBy.end() && readBy->second == batch.number
                && fTouchedSet.count(name) == 0;
     };
-    const CLVListItem *selected = fList.SelectedItem();
+    const CLVListItem *selected = fList.ItemAt(fHost.Selection());
     std::unordered_map<std::string, Carried> carried;
     std::vector<int> gone;
     bool marksChanged = false;
@@ -264,9 +266,9 @@ bool FolderRows::Merge(Batch &batch)
     if (marksChanged)
         fMarked.Rebuild();
     if (!toSelect.empty())
-        fList.Select(toSelect.back());
+        fHost.SelectRow(fList.IndexOf(toSelect.back()), false);
     else if (successor != nullptr)
-        fList.Select(successor);
+        fHost.SelectRow(fList.IndexOf(successor), false);
     return true;
 }
 

@@ -2,7 +2,7 @@
 
 #include "panes/FolderLister.h"
 #include "panes/RowIndex.h"
-#include "widgets/ColumnListView.h"
+#include "widgets/ColumnListModel.h"
 
 #include <cstdint>
 #include <functional>
@@ -18,6 +18,7 @@ namespace kestrin {
 
 class DirListItem;
 class MarkedList;
+class PaneHost;
 
 // The rows of a listed local folder, kept in step with the folder: an index
 // of the rows by name, and the changes that node monitoring reports, applied
@@ -32,7 +33,8 @@ class MarkedList;
 class FolderRows
 {
 public:
-    FolderRows(ColumnListView &list, MarkedList &marked);
+    // `list` holds the rows, which `host` shows.
+    FolderRows(ColumnListModel &list, PaneHost &host, MarkedList &marked);
 
     // After a listing: the index the listing made. A batch still being read
     // belongs to the listing before and is dropped when it arrives.
@@ -73,7 +75,8 @@ private:
     static void Read(Batch &batch);
     bool Merge(Batch &batch);
 
-    ColumnListView &fList;
+    ColumnListModel &fList;
+    PaneHost &fHost;
     MarkedList &fMarked;
     RowIndex fByName;
     FileTotals fFiles;

@@ -1,13 +1,13 @@
 #include "panes/MarkedList.h"
 
 #include "panes/DirListItem.h"
-#include "widgets/ColumnListView.h"
+#include "widgets/ColumnListModel.h"
 
 #include <algorithm>
 
 namespace kestrin {
 
-MarkedList::MarkedList(ColumnListView &list)
+MarkedList::MarkedList(ColumnListModel &list)
     : fList(list)
 {}
 

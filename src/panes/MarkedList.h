@@ -6,18 +6,18 @@
 
 namespace kestrin {
 
-class ColumnListView;
+class ColumnListModel;
 class DirListItem;
 
 // The rows a user has marked in one list, in the order they were marked. A
 // row's own mark flag and its presence here always agree; every change goes
-// through this class, which also repaints the row.
+// through this class, which also has the row repainted.
 //
-// GUI thread only, like the list it belongs to.
+// GUI thread only, like the rows it marks.
 class MarkedList
 {
 public:
-    explicit MarkedList(ColumnListView &list);
+    explicit MarkedList(ColumnListModel &list);
 
     // Called after every change of the marks a user can see (the footer
     // sums them up).
@@ -52,7 +52,7 @@ private:
     void SetMark(DirListItem *row, bool marked);
     void Changed();
 
-    ColumnListView &fList;
+    ColumnListModel &fList;
     std::vector<DirListItem *> fRows;
     std::function<void()> fChanged;
 };

@@ -1,16 +1,15 @@
 #include "panes/PaneCommands.h"
 
-#include "panes/MarkedList.h"
-
 #include "app/AppUtils.h"
 #include "app/NumberText.h"
 #include "fileops/FileType.h"
 #include "fileops/KestrinEntry.h"
 #include "fileops/Trash.h"
 #include "panes/DirListItem.h"
-#include "panes/DirView.h"
-#include "panes/EditControl.h"
+#include "panes/MarkedList.h"
+#include "panes/PaneHost.h"
 #include "panes/PaneMessages.h"
+#include "panes/PaneModel.h"
 #include "platform/Alerts.h"
 #include "platform/Background.h"
 #include "platform/Directory.h"
@@ -20,10 +19,6 @@
 
 #include "platform/Background.h"
 
-#include <QFrame>
-#include <QHBoxLayout>
-#include <QHeaderView>
-#include <QPointer>
 #include <unordered_set>
 
 namespace kestrin {
@@ -34,21 +29,20 @@ constexpr size_t kListedNames = 20;
 
 } // namespace
 
-PaneCommands::PaneCommands(DirView &view, MarkedList &marked)
-    : fView(view)
-    , fMarked(marked)
+PaneCommands::PaneCommands(PaneModel &model, PaneHost &host)
+    : fModel(model)
+    , fHost(host)
+    , fMarked(model.Marked())
 {}
-
-PaneCommands::~PaneCommands() = default;
 
 std::vector<DirListItem *> PaneCommands::RowsToActOn() const
 {
     if (!fMarked.Rows().empty())
         return fMarked.Rows();
     std::vector<DirListItem *> rows;
-    const int selection = fView.CurrentSelection();
+    const int selection = fHost.Selection();
     if (selection >= 1)
-        rows.push_back(fView.Row(selection));
+        rows.push_back(fModel.Row(selection));
     return rows;
 }
 
@@ -60,28 +54,28 @@ void PaneCommands::SendRequest(uint32_t what, const char *typeOfCopy, bool selec
     std::vector<const DirListItem *> rows;
     DirListItem *stand = nullptr;
     if (fMarked.Rows().empty()) {
-        const int selection = fView.CurrentSelection();
+        const int selection = fHost.Selection();
         if (selection < 1)
             return;
-        stand = fView.Row(selection);
+        stand = fModel.Row(selection);
         if (selectedFallback)
             fMarked.AddTemporarily(stand);
         else
             rows.push_back(stand);
     }
     rows.insert(rows.end(), fMarked.Rows().begin(), fMarked.Rows().end());
-    platform::Message request = fView.Source().Request(what, rows);
+    platform::Message request = fModel.Source().Request(what, rows);
     request.AddString("Dragging", "false");
     request.AddString("Direction", "Right");
     request.AddString("TypeOfCopy", typeOfCopy);
     if (stand != nullptr && selectedFallback)
         fMarked.RemoveTemporary(stand);
-    fView.SendToWindow(request);
+    fModel.SendToWindow(request);
 }
 
 void PaneCommands::CopyOut()
 {
-    const kestrin::CopyOut out = fView.Source().CopyRequest();
+    const kestrin::CopyOut out = fModel.Source().CopyRequest();
     SendRequest(out.what, out.typeOfCopy, true);
 }
 
@@ -114,9 +108,9 @@ void PaneCommands::Trash()
         return;
     const kestrin::Trash trash;
     // Nothing on a server goes to the Trash.
-    const bool permanent = fView.Source().IsRemote()
+    const bool permanent = fModel.Source().IsRemote()
                            || (trash.InitCheck() == B_OK
-                               && trash.IsTrashFolder(fView.CurrentPath()));
+                               && trash.IsTrashFolder(fModel.CurrentPath()));
     std::vector<std::string> names;
     for (const DirListItem *row : rows)
         names.push_back(row->Name());
@@ -126,65 +120,29 @@ void PaneCommands::Trash()
                                    permanent ? B_STOP_ALERT : B_WARNING_ALERT};
     if (platform::Alerts::Go(question) != 1)
         return;
-    if (std::unique_ptr<PaneSource> place = fView.Source().WithoutRows({rows.begin(), rows.end()})) {
-        fView.Show(std::move(place));
+    if (std::unique_ptr<PaneSource> place = fModel.Source().WithoutRows(
+            {rows.begin(), rows.end()})) {
+        fModel.Show(std::move(place));
         return;
     }
     platform::Message request(kMsgDeleteRequest);
     for (const DirListItem *row : rows)
-        request.AddRef("refs", fView.RefOf(row));
-    fView.SendToWindow(request);
+        request.AddRef("refs", fModel.RefOf(row));
+    fModel.SendToWindow(request);
 }
 
 void PaneCommands::Edit()
 {
-    const int selection = fView.CurrentSelection();
-    if (selection < 1 || !fView.Source().IsLocalFolder())
+    const int selection = fHost.Selection();
+    if (selection < 1 || !fModel.Source().IsLocalFolder())
         return;
-    EndRename();
-    const DirListItem *row = fView.Row(selection);
-    fView.ScrollToSelection();
-    const QRect frame = fView.ItemFrame(selection);
-    QHeaderView *header = fView.header();
-    auto *container = new QFrame(fView.viewport());
-    container->setObjectName("renamecontainer");
-    container->setFrameStyle(QFrame::Box | QFrame::Plain);
-    container->setGeometry(header->sectionViewportPosition(kColumnName),
-                           frame.top(),
-                           header->sectionSize(kColumnName),
-                           frame.height());
-    auto *layout = new QHBoxLayout(container);
-    layout->setContentsMargins(1, 1, 1, 1);
-    auto *field = new EditControl(QString::fromUtf8(row->Name().c_str()),
-                                  selection,
-                                  &fView,
-                                  container);
-    layout->addWidget(field);
-    container->show();
-    field->selectAll();
-    field->setFocus();
-    fRenameContainer = container;
-    fField = field;
+    fHost.EndRename();
+    fHost.StartRename(selection);
 }
 
-void PaneCommands::EndRename()
+void PaneCommands::AcceptRename(int32_t index, const std::string &name)
 {
-    if (fRenameContainer.isNull())
-        return;
-    const bool hadFocus = fField && fField->hasFocus();
-    delete fRenameContainer.data();
-    if (hadFocus)
-        fView.setFocus();
-}
-
-void PaneCommands::AcceptRename(int32_t index)
-{
-    if (fField.isNull())
-        return;
-    const std::string name = fField->text().toStdString();
-    EndRename();
-    fView.setFocus();
-    const DirListItem *row = fView.Row(index);
+    const DirListItem *row = fModel.Row(index);
     if (row != nullptr && !row->IsParent())
         RenameRow(row, name);
 }
@@ -194,7 +152,7 @@ bool PaneCommands::RenameRow(const DirListItem *row, const std::string &name)
     if (name.empty() || name == row->Name())
         return false;
     const std::string from = row->Name();
-    platform::Entry entry(fView.PathOf(row));
+    platform::Entry entry(fModel.PathOf(row));
     // A "/" would move the entry elsewhere: a rename stays in its folder.
     const status_t status = name.find('/') != std::string::npos || name == "." || name == ".."
                                 ? B_BAD_VALUE
@@ -203,14 +161,14 @@ bool PaneCommands::RenameRow(const DirListItem *row, const std::string &name)
         KestrinEntry::ShowError(status);
         return false;
     }
-    fView.EntriesChanged(from, name);
+    fModel.EntriesChanged(from, name);
     return true;
 }
 
 void PaneCommands::Rename(const std::string &name)
 {
-    const DirListItem *row = fView.Row(fView.CurrentSelection());
-    if (row != nullptr && !row->IsParent() && fView.Source().IsLocalFolder())
+    const DirListItem *row = fModel.SelectedRow();
+    if (row != nullptr && !row->IsParent() && fModel.Source().IsLocalFolder())
         RenameRow(row, name);
 }
 
@@ -232,8 +190,8 @@ void PaneCommands::NewFolder()
     // Only folders count: a file called "New Folder" does not move the
     // name on, and making the folder then fails in the file system.
     std::unordered_set<std::string> folders;
-    for (int i = 0; i < fView.CountItems() && fView.Row(i)->IsFolder(); i++)
-        folders.insert(fView.Row(i)->Name());
+    for (int i = 0; fModel.Row(i) != nullptr && fModel.Row(i)->IsFolder(); i++)
+        folders.insert(fModel.Row(i)->Name());
     const std::string name = NewFolderName(
         [&folders](const std::string &candidate) { return folders.count(candidate) > 0; });
     if (name.empty()) {
@@ -242,47 +200,47 @@ void PaneCommands::NewFolder()
         return;
     }
     // A server makes the folder itself; the listing that follows shows it.
-    if (std::unique_ptr<PaneSource> place = fView.Source().WithNewFolder(name)) {
-        fView.Show(std::move(place), [view = &fView, name] { view->SelectByName(name); });
+    if (std::unique_ptr<PaneSource> place = fModel.Source().WithNewFolder(name)) {
+        fModel.Show(std::move(place), [model = &fModel, name] { model->SelectByName(name); });
         return;
     }
-    if (!fView.Source().IsLocalFolder())
+    if (!fModel.Source().IsLocalFolder())
         return;
     MkDir(name);
-    const int index = fView.FindItem(name);
+    const int index = fModel.FindItem(name);
     if (index < 0)
         return;
-    fView.Select(index);
+    fHost.SelectRow(index, false);
     Edit();
 }
 
 void PaneCommands::MkDir(const std::string &name)
 {
-    if (!fView.Source().IsLocalFolder() || name.empty())
+    if (!fModel.Source().IsLocalFolder() || name.empty())
         return;
     if (name.find('/') != std::string::npos) {
         KestrinEntry::ShowError(B_BAD_VALUE);
         return;
     }
-    const std::string folder = fView.CurrentPath();
+    const std::string folder = fModel.CurrentPath();
     // The new row is added here at once; the watch would only add it again.
-    fView.StopNodeMonitoring();
+    fModel.StopNodeMonitoring();
     const status_t status = platform::Directory(folder).CreateDirectory(name);
-    fView.DoNodeMonitor(folder);
+    fModel.DoNodeMonitor(folder);
     if (status != B_OK) {
         KestrinEntry::ShowError(status);
         return;
     }
-    fView.EntriesChanged({}, name);
+    fModel.EntriesChanged({}, name);
 }
 
 void PaneCommands::Identify()
 {
-    if (!fView.Source().HoldsLocalEntries())
+    if (!fModel.Source().HoldsLocalEntries())
         return;
     for (const DirListItem *row : RowsToActOn()) {
         if (!row->IsFolder())
-            FileType::Identify(fView.PathOf(row));
+            FileType::Identify(fModel.PathOf(row));
     }
 }
 
@@ -297,10 +255,10 @@ void PaneCommands::SetPermissions(mode_t mode)
 std::vector<std::string> PaneCommands::PathsToActOn() const
 {
     std::vector<std::string> paths;
-    if (!fView.Source().HoldsLocalEntries())
+    if (!fModel.Source().HoldsLocalEntries())
         return paths;
     for (const DirListItem *row : RowsToActOn())
-        paths.push_back(fView.PathOf(row));
+        paths.push_back(fModel.PathOf(row));
     return paths;
 }
 
@@ -308,72 +266,72 @@ bool PaneCommands::GetRefMsg(platform::Message *message) const
 {
     const std::vector<DirListItem *> rows = RowsToActOn();
     for (const DirListItem *row : rows)
-        message->AddRef("refs", fView.RefOf(row));
+        message->AddRef("refs", fModel.RefOf(row));
     return !rows.empty();
 }
 
 void PaneCommands::Invoke()
 {
-    const DirListItem *row = fView.Row(fView.CurrentSelection());
+    const DirListItem *row = fModel.SelectedRow();
     if (row == nullptr)
         return;
     if (row->IsParent()) {
-        fView.NavigateUp();
+        fModel.NavigateUp();
         return;
     }
-    Opening opening = fView.Source().Open(*row);
+    Opening opening = fModel.Source().Open(*row);
     if (opening.place) {
-        fView.Clear();
-        fView.Show(std::move(opening.place),
-                   [view = &fView, name = opening.selectAfter] { view->SelectByName(name); });
-        fView.Notify(kMsgPaneChanged);
+        fModel.Clear();
+        fModel.Show(std::move(opening.place),
+                    [model = &fModel, name = opening.selectAfter] { model->SelectByName(name); });
+        fModel.Notify(kMsgPaneChanged);
     }
 }
 
 void PaneCommands::OpenEditor()
 {
-    if (std::optional<platform::Alert> refusal = fView.Source().EditRefusal()) {
+    if (std::optional<platform::Alert> refusal = fModel.Source().EditRefusal()) {
         platform::Alerts::Go(*refusal);
         return;
     }
-    if (!fView.Source().HoldsLocalEntries())
+    if (!fModel.Source().HoldsLocalEntries())
         return;
     for (const DirListItem *row : RowsToActOn()) {
         if (!row->IsFolder())
-            platform::Launcher::OpenInTextEditor(fView.PathOf(row));
+            platform::Launcher::OpenInTextEditor(fModel.PathOf(row));
     }
 }
 
 void PaneCommands::View()
 {
-    const DirListItem *row = fView.Row(fView.CurrentSelection());
-    if (row == nullptr || row->IsFolder() || !fView.Source().HoldsLocalEntries())
+    const DirListItem *row = fModel.SelectedRow();
+    if (row == nullptr || row->IsFolder() || !fModel.Source().HoldsLocalEntries())
         return;
     platform::Message request(kMsgOpenViewer);
-    request.AddString("path", fView.PathOf(row));
-    fView.SendToWindow(request);
+    request.AddString("path", fModel.PathOf(row));
+    fModel.SendToWindow(request);
 }
 
 void PaneCommands::GetSize()
 {
-    const DirListItem *row = fView.Row(fView.CurrentSelection());
+    const DirListItem *row = fModel.SelectedRow();
     if (row == nullptr || row->IsParent() || !row->IsFolder() || row->IsLink()
-        || !fView.Source().HoldsLocalEntries())
+        || !fModel.Source().HoldsLocalEntries())
         return;
-    const std::string path = fView.PathOf(row);
+    const std::string path = fModel.PathOf(row);
     const std::string name = row->Name();
-    DirView *view = &fView;
+    PaneModel *model = &fModel;
     platform::Background::Run(
-        view,
+        model,
         [path](const std::atomic<bool> &) { return KestrinEntry(path).CopySize(); },
-        [view, name](double size) {
-            const int index = view->FindItem(name);
+        [model, name](double size) {
+            const int index = model->FindItem(name);
             if (index < 0)
                 return;
             char text[32];
             GetSizeString(int64_t(size), text);
-            view->Row(index)->SetSizeText(text);
-            view->InvalidateItem(index);
+            model->Row(index)->SetSizeText(text);
+            model->List().InvalidateItem(index);
         });
 }
 

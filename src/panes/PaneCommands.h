@@ -1,37 +1,32 @@
 #pragma once
 
-#include "panes/EditControl.h"
-
 #include "platform/Message.h"
 
-#include <QFrame>
-#include <QPointer>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
 
-class QFrame;
-
 namespace kestrin {
 
 class DirListItem;
-class DirView;
 class MarkedList;
-class EditControl;
+class PaneHost;
+class PaneModel;
 
-// What a pane's list does on its own behalf: opening rows, moving entries
-// to the Trash (after asking), renaming in place, opening a file in the
-// editor or viewer, measuring a folder, and the copy, move, link, pack and
-// unpack requests that it hands to the main window.
+// What a pane does on its own behalf, on its core: opening rows, moving
+// entries to the Trash (after asking), renaming in place, opening a file in
+// the editor or viewer, measuring a folder, and the copy, move, link, pack
+// and unpack requests that it hands to the main window. The keys, the menus
+// and the window call these; the list that shows the pane is asked only for
+// its selection and its rename field (PaneHost).
 //
 // GUI thread only.
 class PaneCommands
 {
 public:
-    PaneCommands(DirView &view, MarkedList &marked);
-    ~PaneCommands();
+    PaneCommands(PaneModel &model, PaneHost &host);
 
     // Builds a request of the marked rows (or of the selected row when none
     // is marked) and hands it to the window: "refs", "Dragging" "false",
@@ -50,11 +45,11 @@ public:
     // The text of that question for these names.
     static std::string TrashQuestion(const std::vector<std::string> &names, bool permanent);
 
-    // In-place rename of the selected row (row 1 or below).
+    // In-place rename of the selected row (row 1 or below): the list opens
+    // its rename field.
     void Edit();
-    void AcceptRename(int32_t row);
-    void EndRename();
-    EditControl *RenameField() const { return fField; }
+    // The rename field on the row at `index` was left with `name`.
+    void AcceptRename(int32_t index, const std::string &name);
 
     // New Folder: the first free name of "New Folder", "New Folder 2" ...
     // among the listed folders, made at once and renamed in place.
@@ -93,10 +88,9 @@ private:
     // Renames one row's entry; false (after the alert) when it failed.
     bool RenameRow(const DirListItem *row, const std::string &name);
 
-    DirView &fView;
+    PaneModel &fModel;
+    PaneHost &fHost;
     MarkedList &fMarked;
-    QPointer<QFrame> fRenameContainer;
-    QPointer<EditControl> fField;
 };
 
 } // namespace kestrin

@@ -1,12 +1,12 @@
 #include "panes/PaneDragDrop.h"
 
-#include "panes/MarkedList.h"
-
 #include "panes/DirListItem.h"
-#include "panes/DirView.h"
+#include "panes/MarkedList.h"
 #include "panes/PaneMessages.h"
+#include "panes/PaneModel.h"
 #include "platform/Entry.h"
 #include "platform/PathNames.h"
+#include "widgets/ColumnListView.h"
 
 #include <QApplication>
 #include <QDrag>
@@ -33,9 +33,10 @@ const char *TypeOfCopy(Qt::DropAction action)
 
 } // namespace
 
-PaneDragDrop::PaneDragDrop(DirView &view, MarkedList &marked)
+PaneDragDrop::PaneDragDrop(ColumnListView &view, PaneModel &model)
     : fView(view)
-    , fMarked(marked)
+    , fModel(model)
+    , fMarked(model.Marked())
 {}
 
 QMimeData *PaneDragDrop::MimeFor(const std::vector<std::string> &paths)
@@ -72,16 +73,16 @@ bool PaneDragDrop::MouseMove(QMouseEvent *event)
         || (event->position().toPoint() - fPressPoint).manhattanLength()
                < QApplication::startDragDistance())
         return false;
-    if (!fView.Source().HoldsLocalEntries())
+    if (!fModel.Source().HoldsLocalEntries())
         return false;
     // The marked rows travel together; a row that is not marked travels alone.
     std::vector<std::string> paths;
-    const DirListItem *pressed = fView.Row(fPressRow);
+    const DirListItem *pressed = fModel.Row(fPressRow);
     if (pressed->IsMarked()) {
         for (const DirListItem *row : fMarked.Rows())
-            paths.push_back(fView.PathOf(row));
+            paths.push_back(fModel.PathOf(row));
     } else {
-        paths.push_back(fView.PathOf(pressed));
+        paths.push_back(fModel.PathOf(pressed));
     }
     fPressRow = -1;
     auto *drag = new QDrag(&fView);
@@ -92,10 +93,10 @@ bool PaneDragDrop::MouseMove(QMouseEvent *event)
 
 std::string PaneDragDrop::DropFolder(const QPoint &point) const
 {
-    const DirListItem *row = fView.Row(fView.IndexOf(point));
-    if (row != nullptr && row->IsFolder() && !row->IsParent() && fView.Source().IsLocalFolder())
-        return fView.PathOf(row);
-    return fView.CurrentPath();
+    const DirListItem *row = fModel.Row(fView.IndexOf(point));
+    if (row != nullptr && row->IsFolder() && !row->IsParent() && fModel.Source().IsLocalFolder())
+        return fModel.PathOf(row);
+    return fModel.CurrentPath();
 }
 
 bool PaneDragDrop::Accepts(const QMimeData *data, const QPoint &point) const
@@ -147,10 +148,11 @@ void PaneDragDrop::Drop(QDropEvent *event)
     request.AddString("Direction", "Right");
     request.AddString("TypeOfCopy", TypeOfCopy(event->dropAction()));
     request.AddString("DropFolder", DropFolder(point));
-    request.AddPointer("Target", &fView);
+    // The list the drop landed on: the window finds its pane by it.
+    request.AddPointer("Target", static_cast<QWidget *>(&fView));
     event->acceptProposedAction();
     // The window may ask questions about the request; the drop ends first.
-    fView.PostToWindow(request);
+    fModel.PostToWindow(request);
 }
 
 } // namespace kestrin

@@ -14,8 +14,9 @@ struct entry_ref;
 
 namespace kestrin {
 
-class DirView;
+class ColumnListView;
 class MarkedList;
+class PaneModel;
 
 // Dragging entries out of a pane's list and dropping entries on it. A drag
 // carries the entries as text/uri-list, so other applications take them as
@@ -24,12 +25,14 @@ class MarkedList;
 // "TypeOfCopy" from the drop action: copy, move with Shift, link with Ctrl
 // and Shift), with "Dragging" "true", handed to the main window. A drop on a
 // folder row goes into that folder; anywhere else into the pane's folder.
+// The rows and the requests are the pane's core's; the list that shows them
+// says which row is where.
 //
 // GUI thread only.
 class PaneDragDrop
 {
 public:
-    PaneDragDrop(DirView &view, MarkedList &marked);
+    PaneDragDrop(ColumnListView &view, PaneModel &model);
 
     // From the list's mouse handlers: true when the event started a drag
     // and is used up.
@@ -49,7 +52,8 @@ private:
     std::string DropFolder(const QPoint &point) const;
     bool Accepts(const QMimeData *data, const QPoint &point) const;
 
-    DirView &fView;
+    ColumnListView &fView;
+    PaneModel &fModel;
     MarkedList &fMarked;
     QPoint fPressPoint;
     int fPressRow = -1;

@@ -1,10 +1,11 @@
 #include "panes/PaneKeys.h"
 
-#include "panes/MarkedList.h"
-
 #include "panes/DirListItem.h"
-#include "panes/DirView.h"
+#include "panes/MarkedList.h"
+#include "panes/PaneCommands.h"
 #include "panes/PaneMessages.h"
+#include "panes/PaneModel.h"
+#include "widgets/ColumnListView.h"
 
 #include <QKeyEvent>
 #include <QScrollBar>
@@ -53,9 +54,11 @@ private:
 
 } // namespace
 
-PaneKeys::PaneKeys(DirView &view, MarkedList &marked)
+PaneKeys::PaneKeys(ColumnListView &view, PaneModel &model, PaneCommands &commands)
     : fView(view)
-    , fMarked(marked)
+    , fModel(model)
+    , fCommands(commands)
+    , fMarked(model.Marked())
 {}
 
 bool PaneKeys::Handle(QKeyEvent *event)
@@ -69,7 +72,7 @@ bool PaneKeys::Handle(QKeyEvent *event)
 
     if (key == Qt::Key_Delete) {
         if (selection > 0 || !fMarked.Rows().empty())
-            fView.Commands().Trash();
+            fCommands.Trash();
         return false;
     }
     if (key == Qt::Key_PageDown) {
@@ -77,13 +80,13 @@ bool PaneKeys::Handle(QKeyEvent *event)
         return true;
     }
     if (key == Qt::Key_Backspace) {
-        fView.NavigateUp();
+        fModel.NavigateUp();
         return false;
     }
     if (key == Qt::Key_Space) {
         if (selection >= 1) {
             fMarked.Toggle(selection);
-            fView.Commands().GetSize();
+            fCommands.GetSize();
         }
         return true;
     }
@@ -129,14 +132,14 @@ bool PaneKeys::Handle(QKeyEvent *event)
 
 bool PaneKeys::FunctionKey(int key, bool control, bool shift)
 {
-    PaneCommands &commands = fView.Commands();
+    PaneCommands &commands = fCommands;
     const int selection = fView.CurrentSelection();
     switch (key) {
     case Qt::Key_F1:
-        fView.Notify(kMsgHelpKeys);
+        fModel.Notify(kMsgHelpKeys);
         break;
     case Qt::Key_F2:
-        fView.Refresh();
+        fModel.Refresh();
         break;
     case Qt::Key_F3:
         commands.View();
@@ -160,7 +163,7 @@ bool PaneKeys::FunctionKey(int key, bool control, bool shift)
         break;
     case Qt::Key_F7: {
         platform::Message request(control ? kMsgNewQuery : kMsgNewFolder);
-        fView.SendToWindow(request);
+        fModel.SendToWindow(request);
         break;
     }
     case Qt::Key_F8:
@@ -185,7 +188,7 @@ void PaneKeys::TypeAhead(const QString &text)
     int start = 0;
     const std::vector<char> &firstBytes = fView.SearchBytes();
     const auto begins = [&](int index) {
-        return typed.Begins(firstBytes[size_t(index)], *fView.Row(index));
+        return typed.Begins(firstBytes[size_t(index)], *fModel.Row(index));
     };
     if (selection >= 0 && selection < count - 1 && begins(selection))
         start = selection + 1;

@@ -5,19 +5,23 @@ class QString;
 
 namespace kestrin {
 
-class DirView;
+class ColumnListView;
 class MarkedList;
+class PaneCommands;
+class PaneModel;
 
 // The keys of a pane's list, tested in a fixed order: Delete, Page Down,
 // Backspace, Space, Insert, type-ahead, "*", "+", "-", Shift with the arrows,
 // then F1 to F9 (with Ctrl and Shift). What a key leaves to the list's own
-// handling (moving the selection, invoking) is answered false.
+// handling (moving the selection, invoking) is answered false. Keys act on
+// the pane's core and its commands; the list that shows it is moved through
+// its rows.
 //
 // GUI thread only.
 class PaneKeys
 {
 public:
-    PaneKeys(DirView &view, MarkedList &marked);
+    PaneKeys(ColumnListView &view, PaneModel &model, PaneCommands &commands);
 
     // True when the key was used up here.
     bool Handle(QKeyEvent *event);
@@ -30,7 +34,9 @@ public:
 private:
     bool FunctionKey(int key, bool control, bool shift);
 
-    DirView &fView;
+    ColumnListView &fView;
+    PaneModel &fModel;
+    PaneCommands &fCommands;
     MarkedList &fMarked;
 };
 

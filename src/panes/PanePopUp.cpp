@@ -1,23 +1,24 @@
 #include "panes/PanePopUp.h"
 
 #include "panes/DirListItem.h"
-#include "panes/DirView.h"
+#include "panes/PaneModel.h"
 
 #include <QMenu>
 
 namespace kestrin {
 
-void PanePopUp::Exec(DirView &view, const QPoint &globalPosition, bool overRow, bool treeShown)
+void PanePopUp::Exec(
+    QWidget &list, PaneModel &model, const QPoint &globalPosition, bool overRow, bool treeShown)
 {
-    QMenu menu(&view);
+    QMenu menu(&list);
     menu.setObjectName("DirViewPopUp");
-    const auto add = [&menu, &view](const QString &label, uint32_t code) {
-        QObject::connect(menu.addAction(label), &QAction::triggered, &view, [&view, code] {
+    const auto add = [&menu, &model](const QString &label, uint32_t code) {
+        QObject::connect(menu.addAction(label), &QAction::triggered, &model, [&model, code] {
             platform::Message command(code);
-            view.SendToWindow(command);
+            model.SendToWindow(command);
         });
     };
-    const DirListItem *row = view.Row(view.CurrentSelection());
+    const DirListItem *row = model.SelectedRow();
     if (overRow)
         add("Open", 100);
     add("Up One Level", 100);

@@ -3,9 +3,11 @@
 #include <QPoint>
 #include <cstdint>
 
+class QWidget;
+
 namespace kestrin {
 
-class DirView;
+class PaneModel;
 
 // The menu a secondary click opens on a pane's list ("DirViewPopUp"). Its
 // items carry the main window's command codes and go to the window, as the
@@ -18,10 +20,14 @@ public:
     // Codes of the items that the menu bar does not have.
     static constexpr uint32_t kOpenTerminalHere = 133;
 
-    // Shows the menu at a point of the screen and sends the chosen item's
-    // code to the view's window. `overRow` tells whether the click was on a
-    // row (which is then selected).
-    static void Exec(DirView &view, const QPoint &globalPosition, bool overRow, bool treeShown);
+    // Shows the menu over `list` at a point of the screen and sends the
+    // chosen item's code to the pane's window. `overRow` tells whether the
+    // click was on a row (which is then selected).
+    static void Exec(QWidget &list,
+                     PaneModel &model,
+                     const QPoint &globalPosition,
+                     bool overRow,
+                     bool treeShown);
 };
 
 } // namespace kestrin

@@ -63,7 +63,7 @@ public:
 
     bool IsHierarchical() const { return fHierarchical; }
     // The rows and columns shown; the view's child.
-    ColumnListModel &Model() const { return *fModel; }
+    ColumnListModel &ListModel() const { return *fModel; }
 
     // Columns, in the order added; the index is the logical column (and the
     // sort key that the compare function receives).

@@ -1,4 +1,4 @@
-#include "PaneTestSupport.h"
+#include "PaneCoreSupport.h"
 
 #include "app/AppUtils.h"
 #include "platform/Entry.h"
@@ -6,8 +6,6 @@
 #include "support/PipesAndSockets.h"
 #include "widgets/StableMergeSort.h"
 
-#include <QImage>
-#include <QPainter>
 #include <cstring>
 #include <memory>
 #include <unistd.h>
@@ -184,54 +182,6 @@ TEST(DirListItem, PermissionOrderIsTheOrderOfTheTexts)
     EXPECT_EQ(rows[0]->PermissionText(), "rw-r--r--");
 }
 
-TEST(DirListItem, MarkedSelectedRowDrawsMarkedTextOnTheSelectionBar)
-{
-    RowColors colors;
-    colors.background = {255, 255, 255, 255};
-    colors.text = {0, 0, 0, 0};
-    colors.selectedText = {255, 0, 0, 0};
-    colors.selectionBar = {200, 200, 200, 200};
-    DirListItem row("WWWWWWWW", "1", "", "-rw-r--r--", colors);
-
-    const auto colorsIn = [&row](bool selected) {
-        QImage image(200, 20, QImage::Format_RGB32);
-        image.fill(Qt::green);
-        QPainter painter(&image);
-        QFont font = painter.font();
-        font.setPixelSize(14);
-        painter.setFont(font);
-        row.DrawItemColumn(painter, QRect(0, 0, 200, 20), kestrin::kColumnName, selected, true);
-        painter.end();
-        std::vector<QRgb> seen;
-        for (int y = 0; y < image.height(); y++)
-            for (int x = 0; x < image.width(); x++)
-                seen.push_back(image.pixel(x, y));
-        return seen;
-    };
-    const auto has = [](const std::vector<QRgb> &pixels, QRgb color) {
-        return std::find(pixels.begin(), pixels.end(), color) != pixels.end();
-    };
-
-    row.SetMarked(true);
-    const auto marked = colorsIn(true);
-    EXPECT_TRUE(has(marked, qRgb(200, 200, 200)));
-    EXPECT_TRUE(has(marked, qRgb(255, 0, 0)));
-    EXPECT_FALSE(has(marked, qRgb(0, 255, 0))); // the whole rect is filled
-    EXPECT_FALSE(has(marked, qRgb(255, 255, 255)));
-
-    row.SetMarked(false);
-    const auto plain = colorsIn(false);
-    EXPECT_TRUE(has(plain, qRgb(255, 255, 255)));
-    EXPECT_TRUE(has(plain, qRgb(0, 0, 0))); // alpha 0 in the profile still draws
-    EXPECT_FALSE(has(plain, qRgb(255, 0, 0)));
-
-    row.SetOver(true);
-    EXPECT_TRUE(has(colorsIn(false), qRgb(255, 0, 0)));
-    row.SetShaded(true);
-    EXPECT_TRUE(has(colorsIn(false), qRgb(245, 245, 245)));
-    EXPECT_FALSE(has(colorsIn(false), qRgb(255, 255, 255)));
-}
-
 // The keyed sort of a big list must put rows exactly where the list's merge
 // sort with the compare function puts them, quirks and ties included: ".."
 // and folders first, sizes wrapped to 32 bits, equal keys in their old order.
@@ -243,12 +193,17 @@ TEST(DirListItem, KeyedSortGivesTheCompareFunctionsOrder)
     for (int i = 0; i < 300; i++) {
         platform::ScannedEntry entry;
         entry.name = std::string(names[i % 9]) + std::to_string(i % 7);
-        entry.info.st_mode = i % 11 == 0 ? S_IFDIR | 0755 : (i % 13 == 0 ? S_IFLNK : S_IFREG) | 0644;
+        entry.info.st_mode = i % 11 == 0 ? S_IFDIR | 0755
+                                         : (i % 13 == 0 ? S_IFLNK : S_IFREG) | 0644;
         entry.info.st_size = i % 17 == 0 ? (3LL << 30) + i : (i * 7919) % 50;
         entry.info.st_mtime = 1000 + (i * 31) % 40;
         rows.push_back(std::make_unique<DirListItem>(entry, RowColors(), false, "%D"));
         if (i % 50 == 0)
-            rows.push_back(std::make_unique<DirListItem>("f" + std::to_string(i), "12", "", "-rw-r--r--", RowColors()));
+            rows.push_back(std::make_unique<DirListItem>("f" + std::to_string(i),
+                                                         "12",
+                                                         "",
+                                                         "-rw-r--r--",
+                                                         RowColors()));
     }
     const bool saved = kestrin::GetbCaseSensitiveSort();
     for (const bool caseSensitive : {true, false}) {

@@ -1,8 +1,7 @@
-#include "PaneTestSupport.h"
+#include "PaneCoreSupport.h"
 
 #include "panes/FolderRows.h"
 #include "panes/MarkedList.h"
-#include "widgets/ColumnListView.h"
 
 #include <QThreadPool>
 
@@ -11,23 +10,20 @@ using kestrin::FolderRows;
 
 namespace {
 
-// The rows of `rows`' list, by name.
-std::vector<std::string> Names(const kestrin::ColumnListView &list)
+std::vector<std::string> Names(const kestrin::ColumnListModel &list)
 {
-    std::vector<std::string> names;
-    for (int i = 0; i < list.CountItems(); i++)
-        names.push_back(static_cast<DirListItem *>(list.ItemAt(i))->Name());
-    return names;
+    return RowNames(list);
 }
 
 TEST(FolderRows, ABatchReadBeforeTheLatestChangeIsNotApplied)
 {
     TempHome home;
     const std::string folder = home.Root();
-    kestrin::ColumnListView list(nullptr, false);
+    kestrin::ColumnListModel list(false);
     list.SetSortFunction(&kestrin::CompareFunc);
+    ListStandIn host(list);
     kestrin::MarkedList marked(list);
-    FolderRows rows(list, marked);
+    FolderRows rows(list, host, marked);
     rows.Reset({}, {});
     const kestrin::RowStyle style;
     QObject context;

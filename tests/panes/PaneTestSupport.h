@@ -1,80 +1,22 @@
 #pragma once
 
-// What the pane tests share: a handler that records what it is handed, a
-// home folder with a folder to list, and a list shown in a window.
+// What the tests of a pane's widgets share: a pane or a list shown in a
+// window, on a folder of a temporary home.
 
-#include "panes/DirListItem.h"
+#include "PaneCoreSupport.h"
+
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
-#include "panes/PaneMessages.h"
-#include "platform/AlertRecorder.h"
-#include "platform/Handler.h"
-#include "platform/LaunchRecorder.h"
-#include "platform/NodeMonitor.h"
-#include "support/TempHome.h"
+#include "panes/PaneCommands.h"
 
 #include <QSignalSpy>
 #include <QTest>
-#include <algorithm>
-#include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <vector>
 
-namespace fs = std::filesystem;
-
-// Keeps every message it is handed; optionally hands node-monitor messages
-// on to a list, as a pane does.
-class RecordingHandler : public platform::Handler
-{
-public:
-    void MessageReceived(platform::Message &message) override
-    {
-        if (message.what == B_NODE_MONITOR && forward != nullptr) {
-            forward->HandleNodeMonitor(message);
-            return;
-        }
-        messages.push_back(message);
-    }
-    std::vector<uint32_t> Codes() const
-    {
-        std::vector<uint32_t> codes;
-        for (const auto &message : messages)
-            codes.push_back(message.what);
-        return codes;
-    }
-    int Count(uint32_t what) const
-    {
-        return int(std::count_if(messages.begin(), messages.end(), [what](const auto &m) {
-            return m.what == what;
-        }));
-    }
-    const platform::Message *Last(uint32_t what) const
-    {
-        for (auto it = messages.rbegin(); it != messages.rend(); ++it) {
-            if (it->what == what)
-                return &*it;
-        }
-        return nullptr;
-    }
-
-    std::vector<platform::Message> messages;
-    kestrin::DirView *forward = nullptr;
-};
-
-inline void MakeFile(const std::string &path, size_t size = 0)
-{
-    WriteFileBytes(path, std::string(size, 'x'));
-}
-
-inline bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 10000)
-{
-    return QTest::qWaitFor(condition, timeoutMs);
-}
-
-// The names of the rows, top to bottom.
 // A pane on `folder`, shown and listed; its messages go to `target` when one
 // is given.
 inline std::unique_ptr<kestrin::DirPane> ShownPane(const std::string &folder,
@@ -92,10 +34,7 @@ inline std::unique_ptr<kestrin::DirPane> ShownPane(const std::string &folder,
 
 inline std::vector<std::string> RowNames(const kestrin::DirView &view)
 {
-    std::vector<std::string> names;
-    for (int i = 0; i < view.CountItems(); i++)
-        names.push_back(view.Row(i)->Name());
-    return names;
+    return RowNames(view.ListModel());
 }
 
 // A list in a window of its own, on a folder of a temporary home.
@@ -114,7 +53,7 @@ protected:
         fView = new kestrin::DirView(fWindow.get(), path, "", &fOwner);
         fView->resize(600, 400);
         fView->SetWindowTarget(&fTarget);
-        fOwner.forward = fView;
+        fOwner.forward = &fView->Model();
         QSignalSpy finished(fView, &kestrin::DirView::ListingFinished);
         fWindow->show();
         EXPECT_TRUE(finished.wait(10000));

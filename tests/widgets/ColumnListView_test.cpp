@@ -473,9 +473,9 @@ TEST(ColumnListView, TheTopRowStaysInPlaceWhileRowsComeAndGoAboveIt)
                 std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> rows;
                 for (int index : indexes)
                     rows.emplace_back(index, std::make_unique<Row>("new"));
-                view.Model().InsertItems(std::move(rows));
+                view.ListModel().InsertItems(std::move(rows));
             } else if (step.inModel) {
-                view.Model().RemoveItems(indexes);
+                view.ListModel().RemoveItems(indexes);
             } else if (!step.insert)
                 view.RemoveItems(indexes);
             else if (indexes.size() == 1)

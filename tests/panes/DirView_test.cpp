@@ -38,51 +38,6 @@ std::vector<std::string> RefNames(const platform::Message &message)
     return names;
 }
 
-TEST_F(DirViewTest, ListsParentFoldersThenFilesWithProgress)
-{
-    MakeFile(Folder() + "/b.txt", 10);
-    MakeFile(Folder() + "/A.txt", 2000);
-    MakeFile(Folder() + "/c");
-    fs::create_directory(Folder() + "/zdir");
-    fs::create_directory(Folder() + "/Adir");
-    fs::create_directory_symlink(Folder() + "/zdir", Folder() + "/lnk");
-
-    DirView &view = Open(Folder());
-    EXPECT_EQ(RowNames(view),
-              (std::vector<std::string>{"..", "Adir", "lnk", "zdir", "A.txt", "b.txt", "c"}));
-    EXPECT_EQ(view.Row(4)->SizeText(), "1 K");
-    EXPECT_TRUE(view.IsWatching());
-
-    std::vector<uint32_t> expected = {kestrin::kMsgListingBegan, kestrin::kMsgListingMax};
-    expected.insert(expected.end(), 7, kestrin::kMsgListingStep);
-    expected.push_back(kestrin::kMsgListingEnded);
-    expected.push_back(kestrin::kMsgPaneChanged);
-    EXPECT_EQ(fOwner.Codes(), expected);
-    int32_t max = 0;
-    fOwner.Last(kestrin::kMsgListingMax)->FindInt32("maxvalue", &max);
-    EXPECT_EQ(max, 7);
-
-    // An empty folder: the parent row alone, and a maximum of 1.
-    fs::create_directory(Folder() + "/Adir/empty");
-    fOwner.messages.clear();
-    Relist([&] { view.Populate(Folder() + "/Adir/empty"); });
-    EXPECT_EQ(RowNames(view), std::vector<std::string>{".."});
-    fOwner.Last(kestrin::kMsgListingMax)->FindInt32("maxvalue", &max);
-    EXPECT_EQ(max, 1);
-
-    // Without the progress flag no progress message is sent.
-    view.SetProgressFlag(false);
-    fOwner.messages.clear();
-    Relist([&] { view.Populate(Folder()); });
-    for (uint32_t code : {607, 608, 609, 610})
-        EXPECT_EQ(fOwner.Count(code), 0) << code;
-
-    // The root has no parent row.
-    Relist([&] { view.Populate("/"); });
-    ASSERT_GT(view.CountItems(), 0);
-    EXPECT_NE(view.Row(0)->Name(), "..");
-}
-
 TEST_F(DirViewTest, UpALevelSelectsTheFolderLeftAndDownReturns)
 {
     fs::create_directories(Folder() + "/sub/deeper");
@@ -319,94 +274,6 @@ TEST_F(DirViewTest, RenameInPlace)
     EXPECT_TRUE(fs::exists(Folder() + "/f2"));
 }
 
-TEST_F(DirViewTest, RowsFollowChangesInTheFolder)
-{
-    MakeFile(Folder() + "/b");
-    fs::create_directory(Folder() + "/m");
-    DirView &view = Open(Folder());
-    const auto rowsAre = [&view](std::vector<std::string> names) {
-        return WaitFor([&] { return RowNames(view) == names; });
-    };
-
-    MakeFile(Folder() + "/a");
-    EXPECT_TRUE(rowsAre({"..", "m", "a", "b"}));
-    fs::create_directory(Folder() + "/n");
-    EXPECT_TRUE(rowsAre({"..", "m", "n", "a", "b"}));
-
-    view.Marked().Toggle(view.FindItem("b"));
-    fs::rename(Folder() + "/b", Folder() + "/c");
-    EXPECT_TRUE(rowsAre({"..", "m", "n", "a", "c"}));
-    EXPECT_TRUE(view.Row(view.FindItem("c"))->IsMarked());
-    ASSERT_EQ(view.Marked().Rows().size(), 1u);
-    EXPECT_EQ(view.Marked().Rows().front()->Name(), "c");
-
-    MakeFile(Folder() + "/a", 5000);
-    EXPECT_TRUE(WaitFor([&] { return view.Row(view.FindItem("a"))->SizeText() == "4 K"; }));
-
-    fs::remove(Folder() + "/a");
-    EXPECT_TRUE(rowsAre({"..", "m", "n", "c"}));
-    fs::rename(Folder() + "/c", fHome.Root() + "/c");
-    EXPECT_TRUE(rowsAre({"..", "m", "n"}));
-    EXPECT_TRUE(view.Marked().Rows().empty());
-    fs::rename(fHome.Root() + "/c", Folder() + "/in");
-    EXPECT_TRUE(rowsAre({"..", "m", "n", "in"}));
-    // The footer heard of every change.
-    EXPECT_EQ(view.GetFiles(), "0 of 0k in 0 of 1 files selected");
-}
-
-TEST_F(DirViewTest, AFloodOfNewFilesEndsInTheRightRows)
-{
-    DirView &view = Open(Folder());
-    constexpr int kFiles = 20000;
-    for (int i = 0; i < kFiles; i++)
-        MakeFile(Folder() + "/f" + std::to_string(i));
-    EXPECT_TRUE(
-        WaitFor([&] { return view.CountItems() == kFiles + 1 && !view.IsListing(); }, 120000));
-    // Sorted, with no row twice.
-    const std::vector<std::string> names = RowNames(view);
-    EXPECT_TRUE(std::is_sorted(names.begin() + 1, names.end()));
-    EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
-    // The footer's count follows the rows that came and went.
-    EXPECT_NE(view.GetFiles().find(" of 20000 files selected"), std::string::npos)
-        << view.GetFiles();
-    for (int i = 0; i < kFiles; i += 2)
-        fs::remove(Folder() + "/f" + std::to_string(i));
-    EXPECT_TRUE(WaitFor([&] { return view.CountItems() == kFiles / 2 + 1; }, 120000));
-    EXPECT_NE(view.GetFiles().find(" of 10000 files selected"), std::string::npos)
-        << view.GetFiles();
-}
-
-TEST_F(DirViewTest, AFolderDeletedWhileShownGivesWayToItsParent)
-{
-    fs::create_directories(Folder() + "/x/y");
-    DirView &view = Open(Folder() + "/x/y");
-    fs::remove_all(Folder() + "/x");
-    EXPECT_TRUE(WaitFor([&] { return view.CurrentPath() == Folder() && !view.IsListing(); }));
-    ASSERT_EQ(fAlerts.Count(), 1u);
-    EXPECT_EQ(fAlerts.Shown().front().text,
-              "The directory, " + Folder() + "/x/y, is not valid.\nThe volume may not be mounted.");
-    EXPECT_EQ(RowNames(view), std::vector<std::string>{".."});
-}
-
-// Fault drills: a folder that goes while its listing is read, and one that
-// stops being readable while it is shown. Neither crashes nor leaves the pane
-// without a place: the pane stands in the nearest folder that is there.
-TEST_F(DirViewTest, AFolderThatGoesWhileItIsListedGivesWayToItsParent)
-{
-    fs::create_directory(Folder() + "/big");
-    for (int i = 0; i < 20000; i++)
-        MakeFile(Folder() + "/big/f" + std::to_string(i));
-    DirView &view = Open(Folder());
-    view.Select(view.FindItem("big"));
-    Key(Qt::Key_Return);
-    ASSERT_TRUE(view.IsListing());
-    fs::remove_all(Folder() + "/big");
-    EXPECT_TRUE(WaitFor([&] { return view.CurrentPath() == Folder() && !view.IsListing(); }, 30000))
-        << view.CurrentPath() << " listing " << view.IsListing() << " alerts " << fAlerts.Count();
-    EXPECT_EQ(RowNames(view), std::vector<std::string>{".."});
-    EXPECT_LE(fAlerts.Count(), 1u);
-}
-
 TEST_F(DirViewTest, AFolderThatBecomesUnreadableKeepsThePaneUsable)
 {
     if (UnprivilegedRerun::Delegated())
@@ -499,43 +366,6 @@ TEST_F(DirViewTest, PipesSocketsAndDevicesListAsFilesAndF3AsksTheViewer)
     EXPECT_EQ(RowNames(view).at(2), "later");
 }
 
-TEST_F(DirViewTest, AwkwardNamesAndAMissingStartFolder)
-{
-    const std::vector<std::string> names = {"\xff\xfe", "new\nline", std::string(255, 'n')};
-    for (const std::string &name : names)
-        MakeFile(Folder() + "/" + name);
-    DirView &view = Open(Folder() + "/does-not-exist");
-    // A folder that cannot be listed at start gives way to the home folder.
-    EXPECT_EQ(view.CurrentPath(), fHome.Home());
-
-    Relist([&] { view.Populate(Folder()); });
-    for (const std::string &name : names) {
-        const int index = view.FindItem(name);
-        ASSERT_GE(index, 0);
-        EXPECT_EQ(view.RefOf(view.Row(index)).path, Folder() + "/" + name);
-    }
-
-    view.SetSortMode(kestrin::kColumnSize, 2);
-    EXPECT_EQ(view.GetSort(), kestrin::kColumnSize);
-    EXPECT_EQ(view.GetSortMode(), kestrin::Ascending);
-    // QTemporaryDir cannot remove a name that is not UTF-8.
-    fs::remove(Folder() + "/\xff\xfe");
-}
-
-TEST_F(DirViewTest, GoToDirShowsItsTwoBoxes)
-{
-    fs::create_directory(Folder() + "/there");
-    DirView &view = Open(Folder());
-    fOwner.messages.clear();
-    Relist([&] { view.GoToDir(Folder() + "/there"); });
-    ASSERT_EQ(fAlerts.Count(), 2u);
-    EXPECT_EQ(fAlerts.Shown()[0].text, "Inside GoToDir");
-    EXPECT_EQ(fAlerts.Shown()[1].text, Folder() + "/there");
-    EXPECT_EQ(view.CurrentPath(), Folder() + "/there");
-    EXPECT_EQ(view.PreviousPath(), Folder() + "/there");
-    EXPECT_GE(fOwner.Count(kestrin::kMsgPaneChanged), 1);
-}
-
 TEST_F(DirViewTest, AnInactiveListShowsNoSelectionAndRemembersIt)
 {
     for (int i = 0; i < 3; i++)
@@ -565,31 +395,6 @@ TEST_F(DirViewTest, PageDownSelectsTheRowAtTheBottom)
     const int selected = view.CurrentSelection();
     EXPECT_GT(selected, 5);
     EXPECT_EQ(view.IndexOf(QPoint(2, view.viewport()->height() - 2)), selected);
-}
-
-} // namespace
-
-namespace {
-
-TEST_F(DirViewTest, FoldersThatCannotBeListedSayWhy)
-{
-    MakeFile(Folder() + "/plain");
-    fs::create_symlink(Folder() + "/loop-b", Folder() + "/loop-a");
-    fs::create_symlink(Folder() + "/loop-a", Folder() + "/loop-b");
-    DirView &view = Open(Folder());
-    Relist([&] { view.Populate(Folder() + "/plain"); });
-    Relist([&] { view.Populate(Folder() + "/loop-a"); });
-    Relist([&] { view.Populate(Folder() + "/missing"); });
-    const auto shown = fAlerts.Shown();
-    ASSERT_EQ(shown.size(), 2u); // a folder that is not there shows no box
-    EXPECT_EQ(shown[0].text,
-              "The directory, " + Folder()
-                  + "/plain, is not valid.\nThe volume may not be mounted.");
-    EXPECT_EQ(shown[0].type, B_STOP_ALERT);
-    EXPECT_EQ(
-        shown[1].text,
-        "Link limit exceeded.  It is possible that a cyclic link exists in your file system.");
-    EXPECT_EQ(view.CountItems(), 0);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 // rows.
 
 #include "panes/DirListItem.h"
+#include "panes/PaneCommands.h"
 #include "panes/PaneHost.h"
 #include "panes/PaneMessages.h"
 #include "panes/PaneModel.h"
@@ -37,6 +38,9 @@ public:
     void MessageReceived(platform::Message &message) override
     {
         if (message.what == B_NODE_MONITOR && forward != nullptr) {
+            std::string name;
+            message.FindString("name", &name);
+            forwardedNames.push_back(name);
             forward->HandleNodeMonitor(message);
             return;
         }
@@ -66,6 +70,8 @@ public:
 
     std::vector<platform::Message> messages;
     kestrin::PaneModel *forward = nullptr;
+    // The "name" of every node-monitor message handed on.
+    std::vector<std::string> forwardedNames;
 };
 
 inline void MakeFile(const std::string &path, size_t size = 0)
@@ -116,6 +122,7 @@ public:
     }
     void StartRename(int index) override { renaming = index; }
     void EndRename() override { renaming = -1; }
+    void Deselect() { fSelected = nullptr; }
 
     int renaming = -1;
 
@@ -153,6 +160,13 @@ protected:
 
     std::vector<std::string> Names() const { return RowNames(fList); }
 
+    kestrin::PaneCommands &Commands()
+    {
+        if (!fCommands)
+            fCommands = std::make_unique<kestrin::PaneCommands>(*fModel, fHost);
+        return *fCommands;
+    }
+
     TempHome fHome;
     platform::AlertRecorder fAlerts;
     platform::LaunchRecorder fLaunches;
@@ -161,4 +175,5 @@ protected:
     RecordingHandler fOwner;
     RecordingHandler fWindow;
     std::unique_ptr<kestrin::PaneModel> fModel;
+    std::unique_ptr<kestrin::PaneCommands> fCommands;
 };

@@ -1,42 +1,15 @@
 #include "platform/Background.h"
+#include "support/Gate.h"
 
 #include <QCoreApplication>
 #include <QTest>
 #include <QThread>
 #include <QThreadPool>
 #include <atomic>
-#include <condition_variable>
 #include <gtest/gtest.h>
 #include <memory>
-#include <mutex>
 
 using platform::Background;
-
-namespace {
-
-// Holds the work it is asked into until it is opened.
-class Gate
-{
-public:
-    void Open()
-    {
-        std::lock_guard<std::mutex> hold(fLock);
-        fOpen = true;
-        fChanged.notify_all();
-    }
-    void Pass()
-    {
-        std::unique_lock<std::mutex> hold(fLock);
-        fChanged.wait(hold, [this] { return fOpen; });
-    }
-
-private:
-    std::mutex fLock;
-    std::condition_variable fChanged;
-    bool fOpen = false;
-};
-
-} // namespace
 
 // What the work returns reaches the GUI thread; a receiver that is gone, or
 // work that was stopped, hears nothing, and the work sees its stop flag.

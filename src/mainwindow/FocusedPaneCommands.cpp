@@ -87,7 +87,7 @@ bool FocusedPaneCommands::ForPane(platform::Message &message, DirPane &pane)
 }
 
 bool FocusedPaneCommands::ForList(platform::Message &message,
-                                  PaneModel &list,
+                                  PaneModel &model,
                                   PaneCommands &commands,
                                   QWidget *window)
 {
@@ -98,20 +98,20 @@ bool FocusedPaneCommands::ForList(platform::Message &message,
         commands.Invoke();
         return true;
     case kCmdUpALevel:
-        list.NavigateUp();
+        model.NavigateUp();
         return true;
     case kCmdDownALevel:
-        list.NavigateDown();
+        model.NavigateDown();
         return true;
     case kCmdOpenTracker:
-        platform::Launcher::OpenWithPreferredApplication(list.CurrentPath(),
+        platform::Launcher::OpenWithPreferredApplication(model.CurrentPath(),
                                                          platform::FailureNotice::StandardError);
         return true;
     case kCmdOpenTerminal:
     case kCmdOpenTerminalHere:
         // The selected folder when there is one, else the pane's own.
-        if (!list.GetItemPath(&text) || !platform::IsFolder(text))
-            text = list.CurrentPath();
+        if (!model.GetItemPath(&text) || !platform::IsFolder(text))
+            text = model.CurrentPath();
         Terminal::Open(text);
         return true;
     case kCmdIdentify:
@@ -135,8 +135,8 @@ bool FocusedPaneCommands::ForList(platform::Message &message,
         }
         return true;
     case kMsgQueryResults:
-        list.Clear();
-        list.Populate(message);
+        model.Clear();
+        model.Populate(message);
         return true;
     default:
         return false;

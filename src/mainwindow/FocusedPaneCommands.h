@@ -23,7 +23,7 @@ public:
 private:
     static bool ForPane(platform::Message &message, DirPane &pane);
     static bool ForList(platform::Message &message,
-                        PaneModel &list,
+                        PaneModel &model,
                         PaneCommands &commands,
                         QWidget *window);
 };

@@ -24,11 +24,11 @@ class FolderRows;
 // read again, and has them read in batches on a worker, one batch at a time,
 // the next one gathering what arrives meanwhile.
 //
-// GUI thread only, like the list that owns it.
+// GUI thread only, like the pane's core that owns it.
 class FolderWatch
 {
 public:
-    // What the watch asks of, and tells, its list.
+    // What the watch asks of, and tells, the pane's core.
     struct Hooks
     {
         std::function<RowStyle()> style;

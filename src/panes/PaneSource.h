@@ -38,12 +38,12 @@ struct CopyOut
 
 // The place a pane shows: a local folder, query results, an FTP folder or an
 // archive's contents. Everything that differs between those kinds lives
-// here, so the list, its keys, commands and drag and drop ask the source and
+// here, so the pane's core, its keys, commands and drag and drop ask the source and
 // never the mode: how the place is read (on a worker), which folder node
 // monitoring watches, where "up" goes, what opening a row does, what kind
 // of place a transfer plans on and how a request of rows is built.
 //
-// A source belongs to its list, on the GUI thread. What it hands to a
+// A source belongs to its pane's core, on the GUI thread. What it hands to a
 // worker (its reader) carries copies, never the source itself.
 class PaneSource
 {

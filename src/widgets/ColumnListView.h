@@ -97,7 +97,7 @@ public:
     // and the rows stay the same objects.
     void SortItems();
 
-    // Rows. The view owns them.
+    // Rows, which its model owns.
     int CountItems() const;
     CLVListItem *ItemAt(int index) const;
     // Every row's CLVListItem::SearchByte, in the rows' order.

@@ -307,6 +307,33 @@ TEST_F(ViewerTest, ImagesScaleByFactorStretchAndFitTheScreen)
     EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
+// A picture of many pixels shows at once from a first look, then whole: a
+// PNG's top-left corner, as big as the screen; a JPEG all of it, at the
+// screen's size.
+TEST_F(ViewerTest, ABigPictureShowsAFirstLookThenTheWhole)
+{
+    const QSize size(4100, 2000);
+    const std::pair<const char *, QRect> cases[] = {{"png", QRect(QPoint(0, 0), Room().size())},
+                                                    {"jpeg", QRect(QPoint(0, 0), size)}};
+    for (const auto &[format, area] : cases) {
+        ViewerWindow window(kFrame, Image(std::string("big.") + format, size, format));
+        TImageView *view = window.ImageView();
+        ASSERT_NE(view, nullptr);
+        std::optional<bool> completeAtFirst;
+        QRect firstArea;
+        QObject::connect(view, &TImageView::ImageDecoded, [&] {
+            completeAtFirst = view->Complete();
+            firstArea = view->DecodedArea();
+        });
+        ASSERT_TRUE(QTest::qWaitFor([view] { return view->Complete(); }, 20000)) << format;
+        ASSERT_TRUE(completeAtFirst.has_value()) << format;
+        EXPECT_FALSE(*completeAtFirst) << format;
+        EXPECT_EQ(Text(firstArea), Text(area)) << format;
+        EXPECT_EQ(view->ImageSize(), size) << format;
+        EXPECT_EQ(Text(view->DecodedArea()), Text(QRect(QPoint(0, 0), size))) << format;
+    }
+}
+
 TEST_F(ViewerTest, ImagesThatDoNotDecodeLeaveTheViewEmpty)
 {
     const std::string whole = Image("whole.png", QSize(64, 64), "png");

@@ -371,7 +371,7 @@ void KestrinWindow::SaveSettings()
     if (!fPanes.empty()) {
         for (int column = 1; column <= 4; column++)
             WriteNumber("Column" + std::to_string(column),
-                        long(fPanes.front()->List()->ColumnWidth(column)));
+                        long(fPanes.front()->List()->SavedColumnWidth(column)));
     }
 }
 

@@ -85,6 +85,9 @@ public:
     virtual std::unique_ptr<PaneSource> Parent(std::string *selectAfter) const = 0;
     virtual Opening Open(const DirListItem &row) const = 0;
 
+    // Rows named by their whole paths (query results, whose entries come
+    // from anywhere) rather than by their names in the place.
+    virtual bool NamesArePaths() const { return false; }
     // Rows that are local entries: they can be viewed, edited, identified,
     // measured and dragged out.
     virtual bool HoldsLocalEntries() const { return true; }

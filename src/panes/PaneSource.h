@@ -113,6 +113,9 @@ public:
         return nullptr;
     }
     virtual CopyOut CopyRequest() const;
+    // What F3 asks of the main window to show a file row in the viewer;
+    // nothing where there is no way to.
+    virtual std::optional<platform::Message> ViewRequest(const DirListItem &row) const;
     // The alert F4 answers with where rows cannot be opened in an editor.
     virtual std::optional<platform::Alert> EditRefusal() const { return std::nullopt; }
     // A request of these rows: their "refs" and "From".

@@ -79,8 +79,14 @@ void PlaceOnScreen(QWidget *window, const QRect &wanted, const QWidget *anchor)
         return;
     }
     const QMargins frame = LikelyFrameOf(window, anchor);
-    const QSize size = wanted.size().boundedTo(room.size().shrunkBy(frame));
-    QRect outer(wanted.topLeft() - QPoint(frame.left(), frame.top()), size.grownBy(frame));
+    // Where a window is put before it is shown, some window managers put
+    // its frame's corner rather than its own: room for the frame below and
+    // to the right as well, then.
+    QMargins around = frame;
+    if (!window->isVisible())
+        around += QMargins(0, 0, frame.left(), frame.top());
+    const QSize size = wanted.size().boundedTo(room.size().shrunkBy(around));
+    QRect outer(wanted.topLeft() - QPoint(frame.left(), frame.top()), size.grownBy(around));
     if (outer.right() > room.right())
         outer.moveRight(room.right());
     if (outer.bottom() > room.bottom())

@@ -16,8 +16,9 @@ namespace {
 constexpr std::array<unsigned char, 8> kSignature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
 // Pieces of the file read, and of the stored rows written, at a time.
 constexpr size_t kPiece = 1 << 20;
-// A corner whose rows would take more than this is not worth a first look.
-constexpr uint64_t kMostBytes = uint64_t(1) << 30;
+// A corner, or a row of the whole, that would take more than this is not
+// worth a first look.
+constexpr uint64_t kMostBytes = uint64_t(1) << 28;
 
 uint32_t BigEndian(const unsigned char *bytes)
 {
@@ -184,6 +185,7 @@ std::unique_ptr<RowInflater> TakeHeader(unsigned char *header, QSize size)
     const uint32_t cornerWidth = std::min(width, uint32_t(size.width()));
     const uint32_t cornerHeight = std::min(height, uint32_t(size.height()));
     if (bits == 0 || width == 0 || (cornerWidth == width && cornerHeight == height)
+        || RowBytes(width, bits) > kMostBytes
         || RowBytes(cornerWidth, bits) * cornerHeight > kMostBytes)
         return nullptr;
     PutBigEndian(header, cornerWidth);

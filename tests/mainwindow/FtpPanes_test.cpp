@@ -41,6 +41,16 @@ protected:
     }
     std::string Local() const { return fHome.Root() + "/local"; }
     std::string Upload() const { return fServer.Root() + "/upload"; }
+    // Starts Kestrin and connects a pane to the stored session.
+    kestrin::KestrinWindow &StartOnServer(size_t pane)
+    {
+        kestrin::KestrinWindow &window = Start();
+        window.FocusPane(window.Panes()[pane]);
+        platform::Message open(kestrin::kMsgOpenFtpSession);
+        open.AddString("session", "site.ftp");
+        window.MessageReceived(open);
+        return window;
+    }
     std::string Header(size_t pane)
     {
         return fKestrin->Window()->Panes().at(pane)->Header()->Text();
@@ -68,11 +78,7 @@ TEST_F(FtpPanesTest, F3ViewsAServersFileFromATemporaryCopy)
 {
     WriteFileBytes(Upload() + "/notes.txt", "remote words\n");
     WriteFileBytes(Upload() + "/gone.txt", "soon gone\n");
-    kestrin::KestrinWindow &window = Start();
-    window.FocusPane(window.Panes()[0]);
-    platform::Message open(kestrin::kMsgOpenFtpSession);
-    open.AddString("session", "site.ftp");
-    window.MessageReceived(open);
+    kestrin::KestrinWindow &window = StartOnServer(0);
     ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("gone.txt") > 0; }));
     const auto viewer = [&]() -> kestrin::ViewerWindow * {
         for (auto *each : window.findChildren<kestrin::ViewerWindow *>()) {
@@ -113,11 +119,7 @@ TEST_F(FtpPanesTest, F3ViewsAServersFileFromATemporaryCopy)
 
 TEST_F(FtpPanesTest, ConnectTransferDisconnectAndComeBackAtStartUp)
 {
-    kestrin::KestrinWindow &window = Start();
-    window.FocusPane(window.Panes()[0]);
-    platform::Message open(kestrin::kMsgOpenFtpSession);
-    open.AddString("session", "site.ftp");
-    window.MessageReceived(open);
+    kestrin::KestrinWindow &window = StartOnServer(0);
     ASSERT_TRUE(WaitFor([&] { return Header(0) == "ftp: " + Upload(); }));
     ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("down.txt") > 0; }));
 
@@ -158,11 +160,7 @@ TEST_F(FtpPanesTest, ConnectTransferDisconnectAndComeBackAtStartUp)
 TEST_F(FtpPanesTest, PackingOrUnpackingIntoAServerPaneIsRefused)
 {
     WriteTestArchive(Local() + "/bundle.zip", "zip", {{"inner.txt", "inner"}});
-    kestrin::KestrinWindow &window = Start();
-    window.FocusPane(window.Panes()[1]);
-    platform::Message open(kestrin::kMsgOpenFtpSession);
-    open.AddString("session", "site.ftp");
-    window.MessageReceived(open);
+    kestrin::KestrinWindow &window = StartOnServer(1);
     ASSERT_TRUE(WaitFor([&] { return List(1)->FindItem("down.txt") > 0; }));
 
     window.FocusPane(window.Panes()[0]);

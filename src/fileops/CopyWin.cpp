@@ -6,6 +6,7 @@
 #include "fileops/OverWin.h"
 #include "platform/Alerts.h"
 #include "platform/Entry.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/RgbColor.h"
 #include "widgets/StatusBar.h"
 #include "widgets/WindowConventions.h"
@@ -93,8 +94,8 @@ CopyWin::CopyWin(const QRect &frame,
     setWindowTitle(title);
     fFullHeight = frame.height();
     fShort = NeedsNoOverallBar(request);
-    move(frame.topLeft());
     setFixedSize(frame.width(), fShort ? fFullHeight - kShortening : fFullHeight);
+    PlaceOnScreen(this, QRect(frame.topLeft(), size()));
 
     BuildViews();
     LayoutViews();

@@ -3,6 +3,7 @@
 #include "app/PaneSettings.h"
 #include "fileops/AttributeView.h"
 #include "fileops/KestrinEntry.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/WindowConventions.h"
 
 #include <QCoreApplication>
@@ -33,8 +34,8 @@ GetInfo::GetInfo(const std::string &path, const QRect &near, QWidget *parent)
     , fStop(std::make_shared<std::atomic<bool>>(false))
 {
     setWindowTitle(QString::fromStdString(fFacts.name) + " Info");
-    resize(kWidth, kHeight);
-    move(near.center() - QPoint(kWidth / 2, kHeight / 2));
+    PlaceOnScreen(this,
+                  QRect(near.center() - QPoint(kWidth / 2, kHeight / 2), QSize(kWidth, kHeight)));
 
     auto *band = new QWidget(this);
     band->setObjectName("LeftView");

@@ -3,6 +3,7 @@
 #include "app/AppUtils.h"
 #include "ftp/FtpMessages.h"
 #include "ftp/FtpSession.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/WindowConventions.h"
 
 #include <QFormLayout>
@@ -44,8 +45,8 @@ FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::stri
     outer->addWidget(container);
     BuildButtons();
     // As tall as the fields need, whatever the font.
-    resize(kWidth, sizeHint().height());
-    move(frame.center() - QPoint(kWidth / 2, height() / 2));
+    const QSize size(kWidth, sizeHint().height());
+    PlaceOnScreen(this, QRect(frame.center() - QPoint(size.width() / 2, size.height() / 2), size));
 
     if (sessionFile)
         LoadFtpSettings(*sessionFile);

@@ -12,8 +12,8 @@
 #include <QFontMetrics>
 #include <QIcon>
 #include <QPainter>
-#include <cstring>
 #include <algorithm>
+#include <cstring>
 #include <deque>
 #include <mutex>
 #include <strings.h>
@@ -47,8 +47,7 @@ const DirListItem::Look *DirListItem::SharedLook(const RowColors &colors,
 {
     const auto same = [&](const Look &look) {
         return look.dateFormat == dateFormat && look.colors.background == colors.background
-               && look.colors.text == colors.text
-               && look.colors.selectedText == colors.selectedText
+               && look.colors.text == colors.text && look.colors.selectedText == colors.selectedText
                && look.colors.selectionBar == colors.selectionBar;
     };
     thread_local const Look *last = nullptr;
@@ -88,7 +87,9 @@ DirListItem::DirListItem(const platform::Entry &entry,
                   colors,
                   isParent,
                   dateFormat)
-{}
+{
+    fNamedByPath = naming == RowName::Path && !isParent;
+}
 
 DirListItem::DirListItem(const std::string &name,
                          const std::string &sizeText,
@@ -248,10 +249,10 @@ void DirListItem::DrawItemColumn(
             icon->paint(&painter, iconRect);
         }
     } else {
-        const QString text = ColumnText(column);
+        const QFontMetrics metrics(painter.font());
+        const QString text = ShownText(column, rect.width(), metrics);
         if (!text.isEmpty()) {
             painter.setPen(ToQColor(fMarked || fOver ? colors.selectedText : colors.text));
-            const QFontMetrics metrics(painter.font());
             const int baseline = rect.top()
                                  + (rect.height() + metrics.ascent() - metrics.descent()) / 2;
             painter.drawText(rect.left() + kTextInset, baseline, text);
@@ -262,7 +263,19 @@ void DirListItem::DrawItemColumn(
 
 bool DirListItem::TextFits(int column, int width, const QFontMetrics &metrics) const
 {
-    return kTextInset + metrics.horizontalAdvance(ColumnText(column)) <= width;
+    return TextWidth(column, metrics) <= width;
+}
+
+int DirListItem::TextWidth(int column, const QFontMetrics &metrics) const
+{
+    return kTextInset + metrics.horizontalAdvance(ColumnText(column));
+}
+
+QString DirListItem::ShownText(int column, int width, const QFontMetrics &metrics) const
+{
+    if (column != kColumnName || !fNamedByPath || TextFits(column, width, metrics))
+        return ColumnText(column);
+    return metrics.elidedText(ColumnText(column), Qt::ElideMiddle, width - 2 * kTextInset);
 }
 
 namespace {

@@ -8,8 +8,8 @@
 #include <ctime>
 #include <memory>
 #include <string>
-#include <vector>
 #include <sys/types.h>
+#include <vector>
 
 class QFontMetrics;
 class QIcon;
@@ -96,6 +96,12 @@ public:
     char SearchByte() const override { return fName.empty() ? 0 : fName[0]; }
     // Whether a column's text shows whole in a cell `width` pixels wide.
     bool TextFits(int column, int width, const QFontMetrics &metrics) const;
+    // The width a cell needs to show the column's text whole.
+    int TextWidth(int column, const QFontMetrics &metrics) const;
+    // What a cell `width` pixels wide shows of the column's text: a path
+    // that does not fit loses its middle, so that where it begins and the
+    // entry's own name both show; any other text is cut at the cell's edge.
+    QString ShownText(int column, int width, const QFontMetrics &metrics) const;
     // The order of the two rows' permission texts, as strcmp gives it.
     static int ComparePermissions(const DirListItem &first, const DirListItem &second);
 
@@ -127,6 +133,7 @@ private:
     bool fMarked : 1 = false;
     bool fOver : 1 = false;
     bool fShaded : 1 = false;
+    bool fNamedByPath : 1 = false; // the Name column shows the whole path
     std::string fName;
     std::unique_ptr<GivenTexts> fGiven;
     const Look *fLook = nullptr; // never freed

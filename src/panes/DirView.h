@@ -15,6 +15,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -95,6 +96,9 @@ public:
     int GetSortMode() const { return SortMode(); }
     // Mode 2 (unsorted) is applied as ascending.
     void SetSortMode(int key, int mode);
+    // The width the profile keeps for a column: while the Name column is
+    // widened for paths, the width it has for names.
+    float SavedColumnWidth(int column) const;
 
     // The marked rows, which the keys, the commands and drag and drop share.
     MarkedList &Marked() { return fMarked; }
@@ -153,6 +157,7 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -184,6 +189,11 @@ private:
     void LeaveVanishedFolder();
     void RecolorRows();
     void RowsChanged();
+    // While the place's rows are named by their paths, the Name column is
+    // as wide as the longest path needs, within the pane; the width it had
+    // for names comes back with names. `measure`: the rows changed.
+    void FitNameColumn(bool measure);
+    int WidestName() const;
     RowStyle Style() const;
 
     platform::Handler *fOwner;
@@ -216,6 +226,12 @@ private:
     FolderWatch fWatch;
     bool fTreeShown = false;
     int fRememberedIndex = -1;
+
+    // The Name column's width for names, while it is widened for paths;
+    // the width the longest path needs; set while the view widens it.
+    std::optional<float> fNameWidth;
+    int fWidestName = 0;
+    bool fFittingName = false;
 };
 
 } // namespace kestrin

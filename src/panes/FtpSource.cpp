@@ -214,6 +214,15 @@ CopyOut FtpSource::CopyRequest() const
     return {kMsgFtpDownload, "Copy"};
 }
 
+std::optional<platform::Message> FtpSource::ViewRequest(const DirListItem &row) const
+{
+    platform::Message request = Request(kMsgFtpDownload, {&row});
+    if (request.what == 0)
+        return std::nullopt;
+    request.what = kMsgViewFromServer;
+    return request;
+}
+
 std::optional<platform::Alert> FtpSource::EditRefusal() const
 {
     return platform::Alert{"Foo", "Sorry can't view a file on an FTP server.", {"OK"}};

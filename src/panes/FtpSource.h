@@ -52,6 +52,8 @@ public:
     std::unique_ptr<PaneSource> WithoutRows(
         const std::vector<const DirListItem *> &rows) const override;
     CopyOut CopyRequest() const override;
+    // The download of the row, for the viewer to show once it has come.
+    std::optional<platform::Message> ViewRequest(const DirListItem &row) const override;
     std::optional<platform::Alert> EditRefusal() const override;
     // A request of these rows (a download with F5): the server's fields,
     // an "FtpFile" or "FtpDir" for each. Rows whose names cannot be local

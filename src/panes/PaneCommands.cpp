@@ -348,11 +348,10 @@ void PaneCommands::OpenEditor()
 void PaneCommands::View()
 {
     const DirListItem *row = fView.Row(fView.CurrentSelection());
-    if (row == nullptr || row->IsFolder() || !fView.Source().HoldsLocalEntries())
+    if (row == nullptr || row->IsFolder())
         return;
-    platform::Message request(kMsgOpenViewer);
-    request.AddString("path", fView.PathOf(row));
-    fView.SendToWindow(request);
+    if (std::optional<platform::Message> request = fView.Source().ViewRequest(*row))
+        fView.SendToWindow(*request);
 }
 
 void PaneCommands::GetSize()

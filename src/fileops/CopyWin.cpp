@@ -1,9 +1,9 @@
 #include "fileops/CopyWin.h"
 
 #include "fileops/CopyEngine.h"
-#include "fileops/TransferRun.h"
 #include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
+#include "fileops/TransferRun.h"
 #include "platform/Alerts.h"
 #include "platform/Entry.h"
 #include "widgets/PlaceOnScreen.h"

@@ -695,11 +695,10 @@ void KestrinWindow::MessageReceived(platform::Message &message)
             ViewerWindow::Open(text, this);
         break;
     case kMsgViewFromServer:
-        ViewFromServer::Start(message,
-                              this,
-                              [this](const std::string &folder, const platform::Message &download) {
-                                  return StartCopyWindow({"Download", folder, {{download, folder}}, {}});
-                              });
+        ViewFromServer::Start(
+            message, this, [this](const std::string &folder, const platform::Message &download) {
+                return StartCopyWindow({"Download", folder, {{download, folder}}, {}});
+            });
         break;
     case B_REFS_RECEIVED:
         RefsReceived(message);

@@ -194,5 +194,4 @@ TEST_F(FtpPanesTest, PackingAndUnpackingIntoAServerPaneLandOnTheServer)
     const fs::path work = fHome.TransferWork();
     EXPECT_TRUE(!fs::exists(work) || fs::is_empty(work));
     ASSERT_TRUE(WaitFor([&] { return List(1)->FindItem("up.txt.zip") > 0; }));
-
 }

@@ -188,6 +188,12 @@ TEST(FtpReplyReader, TimesAreReadFromRepliesAndListingsAndWrittenForMfmt)
         {"Jan 2x 2020", std::nullopt},
         {"Jan 258  2020", std::nullopt}, // day 2 in a byte
         {"Janu  2  2020", std::nullopt},
+        // DOS-style dates always name their year; two digits name 1970 to 2069.
+        {"01-02-20  10:30AM", kJan2},
+        {"01-02-2020  22:30", kJan2},
+        {"2020-01-02  10:30PM", kJan2},
+        {"12-31-99  10:30AM", 946598400},
+        {"02-30-20  10:30AM", std::nullopt},
     };
     for (const Row &row : dates)
         EXPECT_EQ(kestrin::ListedTime(row.text), row.seconds) << row.text;

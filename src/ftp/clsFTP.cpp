@@ -136,8 +136,10 @@ int clsFTP::FTPReadString(TcpSocket &socket, char *buffer, size_t size)
         return 0;
     memset(buffer, 0, size);
     int code;
+    fReplyLines.clear();
     if (!fPending.empty()) {
         CopyInto(buffer, size, fPending.front());
+        fReplyLines.push_back(std::move(fPending.front()));
         fPending.pop_front();
         code = kestrin::atoi(buffer);
     } else {
@@ -175,6 +177,7 @@ int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
             lines.emplace_back();
         for (size_t i = 0; i < lines.size(); i++) {
             const std::string &line = lines[i];
+            fReplyLines.push_back(line);
             bool complete;
             if (!started) {
                 started = true;
@@ -202,6 +205,7 @@ int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
     }
     memset(buffer, 0, size);
     CopyInto(buffer, size, "TIMEOUT");
+    fReplyLines.clear();
     return kNoReply;
 }
 
@@ -214,6 +218,10 @@ void clsFTP::Lost(Loss how)
 int clsFTP::ReadReply()
 {
     fLastCode = FTPReadString(fControl, fReply, sizeof fReply);
+    // The server is closing the connection (an idle session's end among
+    // the reasons): nothing more will come over it.
+    if (fLastCode == 421)
+        Lost(Loss::Dropped);
     return fLastCode;
 }
 
@@ -229,6 +237,7 @@ int clsFTP::Connect(const char *user, const char *password, const char *account)
     fPassiveRefused = false;
     fLoss = Loss::None;
     fPending.clear();
+    fFeatures = {};
     const std::string &target = fUseProxy ? fProxyHost : fHost;
     const unsigned targetPort = fUseProxy ? fProxyPort : fPort;
 
@@ -395,6 +404,29 @@ int clsFTP::SetModificationTime(const char *name, time_t time)
     const int code = Command("MFMT " + FtpWireText::TimeText(time) + " " + std::string(name)
                              + "\r\n");
     return code == 213 ? 0 : code;
+}
+
+int clsFTP::NegotiateFeatures()
+{
+    fFeatures = {};
+    const int code = Command("FEAT\r\n");
+    if (code != 211)
+        return code;
+    fFeatures = FtpWireText::ParseFeatures(fReplyLines);
+    // Without it some servers send names in a code page of their own. The
+    // answer does not matter: a server that lists UTF8 and refuses the
+    // option (pyftpdlib) speaks UTF-8 anyway.
+    if (fFeatures.utf8)
+        Command("OPTS UTF8 ON\r\n");
+    const std::string facts = FtpWireText::MachineFactsCommand(fFeatures);
+    if (fFeatures.machineListings && !facts.empty())
+        Command(facts);
+    return 0;
+}
+
+int clsFTP::Noop()
+{
+    return Command("NOOP\r\n") == 200 ? 0 : fLastCode;
 }
 
 int clsFTP::RenameFile(const char *from, const char *to)
@@ -731,8 +763,10 @@ int clsFTP::List(const char *path, char **listing, bool passive, bool)
 {
     *listing = nullptr;
     FtpDataChannel channel;
-    const std::string command = path != nullptr ? std::string("LIST ") + path + "\r\n"
-                                                : std::string("LIST\r\n");
+    // MLSD tells exact sizes and times, and names as they are, blanks and
+    // all, in a form that does not vary from server to server.
+    std::string command = fFeatures.machineListings ? "MLSD" : "LIST";
+    command += path != nullptr ? std::string(" ") + path + "\r\n" : std::string("\r\n");
     int code = OpenTransfer(command, false, passive, &channel, "retrieving list");
     if (code != 0)
         return code;

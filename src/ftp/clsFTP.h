@@ -9,6 +9,7 @@
 #include <ctime>
 #include <deque>
 #include <string>
+#include <vector>
 
 namespace kestrin {
 
@@ -94,6 +95,15 @@ public:
     // The byte count the next download's progress is measured against when
     // its reply names none (some servers never do). Used once.
     void ExpectSize(int64_t bytes) { fExpectedHint = bytes; }
+    // Asks the server what it offers beyond RFC 959 (FEAT) and takes it up:
+    // names in UTF-8 (OPTS UTF8 ON) and the facts a listing row is made of
+    // (OPTS MLST). From then on, until the next Connect, List reads folders
+    // with MLSD where the server has it. 0, or FEAT's reply code: a server
+    // that does not know FEAT offers nothing more.
+    int NegotiateFeatures();
+    bool MachineListings() const { return fFeatures.machineListings; }
+    // NOOP, to keep an idle connection: 0 when the server answered 200.
+    int Noop();
     bool IsConnected() const;
     // Since the last Connect.
     Loss ControlLoss() const { return fLoss; }
@@ -127,7 +137,7 @@ public:
                        bool unused = false);
     // *listing gets the raw listing as a malloc'ed text, null when the server
     // sent nothing; release it with DisposeBuffer. A null path lists the
-    // current folder.
+    // current folder. LIST, or MLSD once NegotiateFeatures found MLST.
     int List(const char *path, char **listing, bool passive, bool unused = false);
     static void DisposeBuffer(char **buffer);
 
@@ -144,6 +154,8 @@ public:
 
     // The text of the last reply read, its lines joined, or "TIMEOUT".
     const char *ReplyText() const { return fReply; }
+    // The same, line by line (nothing after a time-out).
+    const std::vector<std::string> &ReplyLines() const { return fReplyLines; }
     int LastCode() const { return fLastCode; }
 
     // The protocol's pieces, open for the tests and the fuzzer.
@@ -220,6 +232,8 @@ private:
     Loss fLoss = Loss::None;
     // Lines that arrived in one read behind the reply they followed.
     std::deque<std::string> fPending;
+    std::vector<std::string> fReplyLines;
+    FtpWireText::Features fFeatures;
     int64_t fExpectedHint = 0;
 };
 

@@ -70,6 +70,12 @@ bool ScriptedServer::Session::SendPassiveData(TcpSocket *data)
     return true;
 }
 
+void ScriptedServer::Session::AnswerFeatures(const std::string &reply)
+{
+    ReadLine(); // FEAT
+    Send(reply);
+}
+
 void ScriptedServer::Session::WaitForClose()
 {
     for (std::string line = ReadLine(); !line.empty(); line = ReadLine()) {

@@ -97,8 +97,7 @@ void CheckMachineLine(std::string_view line)
     if ((permissions.size() != 1 && permissions.size() != 10)
         || std::string_view("-dl?").find(permissions[0]) == std::string_view::npos)
         Fail("bad permissions", *row);
-    if (permissions.size() == 10
-        && permissions.substr(1) != kestrin::EntryTexts::PermissionText(0)
+    if (permissions.size() == 10 && permissions.substr(1) != kestrin::EntryTexts::PermissionText(0)
         && permissions.find_first_not_of("-rwx", 1) != std::string::npos)
         Fail("bad mode letters", *row);
     if (!row->size.empty() && !Digits(row->size))

@@ -54,12 +54,14 @@ struct FtpConversation::Shared
     }
 };
 
-FtpConversation::FtpConversation(FtpSession session, unsigned timeoutMs)
+FtpConversation::FtpConversation(FtpSession session,
+                                 unsigned timeoutMs,
+                                 std::chrono::milliseconds keepAlive)
     : fSession(std::move(session))
     , fShared(std::make_shared<Shared>())
 {
     fShared->receiver = this;
-    std::thread(&FtpConversation::Work, fShared, fSession, timeoutMs).detach();
+    std::thread(&FtpConversation::Work, fShared, fSession, timeoutMs, keepAlive).detach();
 }
 
 FtpConversation::~FtpConversation()
@@ -117,7 +119,10 @@ void FtpConversation::Deliver(uint64_t id, FtpResult &result, const Done &done)
     emit Changed();
 }
 
-void FtpConversation::Work(std::shared_ptr<Shared> shared, FtpSession session, unsigned timeoutMs)
+void FtpConversation::Work(std::shared_ptr<Shared> shared,
+                           FtpSession session,
+                           unsigned timeoutMs,
+                           std::chrono::milliseconds keepAlive)
 {
     platform::SocketInterrupt::Scope scope(&shared->interrupt);
     FtpFolderClient client(std::move(session), timeoutMs, [&shared](const std::string &line) {
@@ -127,36 +132,66 @@ void FtpConversation::Work(std::shared_ptr<Shared> shared, FtpSession session, u
     });
     std::unique_lock<std::mutex> hold(shared->lock);
     for (;;) {
-        shared->wake.wait(hold, [&] { return shared->pending || shared->quit; });
-        if (!shared->pending)
+        const bool woken = shared->wake.wait_for(hold, keepAlive, [&] {
+            return shared->pending || shared->quit;
+        });
+        if (!woken)
+            KeepAlive(*shared, client, hold);
+        else if (shared->pending)
+            RunJob(shared, client, hold);
+        else
             break;
-        Shared::Job job = std::move(*shared->pending);
-        shared->pending.reset();
-        shared->busy = true;
-        hold.unlock();
-
-        auto result = std::make_shared<FtpResult>(client.Run(job.request, [&] {
-            shared->Post(
-                [id = job.id](FtpConversation &conversation) { conversation.Connected(id); });
-        }));
-        const bool cut = shared->interrupt.Triggered();
-        if (!cut && job.prepare)
-            job.prepare(*result);
-
-        hold.lock();
-        shared->busy = false;
-        if (shared->interrupt.Triggered()) {
-            shared->interrupt.Reset();
-            client.ConnectionLost();
-        } else {
-            shared->PostLocked(
-                [id = job.id, result, done = std::move(job.done)](FtpConversation &conversation) {
-                    conversation.Deliver(id, *result, done);
-                });
-        }
     }
     hold.unlock();
     client.Quit();
+}
+
+void FtpConversation::RunJob(const std::shared_ptr<Shared> &shared,
+                             FtpFolderClient &client,
+                             std::unique_lock<std::mutex> &hold)
+{
+    Shared::Job job = std::move(*shared->pending);
+    shared->pending.reset();
+    shared->busy = true;
+    hold.unlock();
+
+    auto result = std::make_shared<FtpResult>(client.Run(job.request, [&] {
+        shared->Post([id = job.id](FtpConversation &conversation) { conversation.Connected(id); });
+    }));
+    const bool cut = shared->interrupt.Triggered();
+    if (!cut && job.prepare)
+        job.prepare(*result);
+
+    hold.lock();
+    shared->busy = false;
+    if (shared->interrupt.Triggered()) {
+        shared->interrupt.Reset();
+        client.ConnectionLost();
+    } else {
+        shared->PostLocked(
+            [id = job.id, result, done = std::move(job.done)](FtpConversation &conversation) {
+                conversation.Deliver(id, *result, done);
+            });
+    }
+}
+
+void FtpConversation::KeepAlive(Shared &shared,
+                                FtpFolderClient &client,
+                                std::unique_lock<std::mutex> &hold)
+{
+    if (!client.LoggedIn())
+        return;
+    // Busy as for a request: one that comes meanwhile cuts the NOOP short
+    // rather than wait behind a server that fell silent.
+    shared.busy = true;
+    hold.unlock();
+    client.KeepAlive();
+    hold.lock();
+    shared.busy = false;
+    if (shared.interrupt.Triggered()) {
+        shared.interrupt.Reset();
+        client.ConnectionLost();
+    }
 }
 
 } // namespace kestrin

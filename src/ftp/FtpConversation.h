@@ -5,12 +5,16 @@
 
 #include <QObject>
 #include <QString>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace kestrin {
+
+class FtpFolderClient;
 
 // A pane's conversation with its FTP server. One client, on a worker thread
 // of its own, runs the pane's requests one at a time (log in, change folder,
@@ -19,6 +23,11 @@ namespace kestrin {
 // waiting for the time-out) and the connection is made again for the newer
 // one. The client's log lines and each request's result arrive on the GUI
 // thread.
+//
+// While no request comes, the worker keeps the connection: NOOP after each
+// `keepAlive` of quiet, well within the idle time-outs of servers (IIS ends
+// idle sessions after two minutes, vsftpd after five), and a connection the
+// server ended all the same is made again at once.
 //
 // Made and used on the GUI thread. Destroying it sends QUIT on the worker,
 // or cuts a request short; nothing waits for either.
@@ -33,7 +42,11 @@ public:
     using Prepare = std::function<void(FtpResult &)>;
     using Done = std::function<void(FtpResult &)>;
 
-    explicit FtpConversation(FtpSession session, unsigned timeoutMs = 60000);
+    static constexpr std::chrono::milliseconds kKeepAlive{60000};
+
+    explicit FtpConversation(FtpSession session,
+                             unsigned timeoutMs = 60000,
+                             std::chrono::milliseconds keepAlive = kKeepAlive);
     ~FtpConversation() override;
 
     const FtpSession &Session() const { return fSession; }
@@ -51,7 +64,17 @@ signals:
 
 private:
     struct Shared;
-    static void Work(std::shared_ptr<Shared> shared, FtpSession session, unsigned timeoutMs);
+    static void Work(std::shared_ptr<Shared> shared,
+                     FtpSession session,
+                     unsigned timeoutMs,
+                     std::chrono::milliseconds keepAlive);
+    // On the worker, with `hold` locked on entry and on return.
+    static void RunJob(const std::shared_ptr<Shared> &shared,
+                       FtpFolderClient &client,
+                       std::unique_lock<std::mutex> &hold);
+    static void KeepAlive(Shared &shared,
+                          FtpFolderClient &client,
+                          std::unique_lock<std::mutex> &hold);
     void Connected(uint64_t id);
     void Deliver(uint64_t id, FtpResult &result, const Done &done);
     void SetStatus(const std::string &status);

@@ -45,7 +45,26 @@ int FtpFolderClient::Login()
     fFtp.SetHost(fSession.host.c_str(), fSession.PortNumber(), nullptr, 0);
     const int code = fFtp.Connect(fSession.user.c_str(), fSession.pass.c_str(), nullptr);
     fLoggedIn = code == 0;
+    if (fLoggedIn)
+        fFtp.NegotiateFeatures();
     return code;
+}
+
+void FtpFolderClient::KeepAlive()
+{
+    if (!fLoggedIn)
+        return;
+    fFtp.Noop();
+    if (!Lost())
+        return;
+    if (fLog)
+        fLog("The server ended the connection; logging in again.");
+    const std::string folder = fFolder;
+    if (Login() != 0 || folder.empty())
+        return;
+    const int code = fFtp.ChangeDir(folder.c_str());
+    if (code == 0 || code == 250)
+        fFolder = folder;
 }
 
 FtpResult FtpFolderClient::Run(const FtpRequest &request, const std::function<void()> &connected)

@@ -29,11 +29,18 @@ public:
     FtpResult Run(const FtpRequest &request, const std::function<void()> &connected);
     // The connection was cut under a request: the next one logs in again.
     void ConnectionLost() { fLoggedIn = false; }
+    bool LoggedIn() const { return fLoggedIn; }
+    // For an idle connection: NOOP, so that the server does not end it for
+    // idleness. One that the server ended all the same is made again at
+    // once, in the folder it was in, and the log says so; when that fails,
+    // the next request logs in.
+    void KeepAlive();
     // QUIT, when still connected.
     void Quit();
 
 private:
     static int Report(int code, int count, const char *text, void *data);
+    // Logs in and takes up what the server offers beyond RFC 959.
     int Login();
     // Logs in, changes to where the request starts and runs it.
     FtpResult LogInAndVisit(const FtpRequest &request, const std::function<void()> &connected);

@@ -9,6 +9,7 @@
 #include <ctime>
 #include <deque>
 #include <string>
+#include <vector>
 
 namespace kestrin {
 
@@ -94,6 +95,15 @@ public:
     // The byte count the next download's progress is measured against when
     // its reply names none (some servers never do). Used once.
     void ExpectSize(int64_t bytes) { fExpectedHint = bytes; }
+    // Asks the server what it offers beyond RFC 959 (FEAT) and takes it up:
+    // names in UTF-8 (OPTS UTF8 ON) and the facts a listing row is made of
+    // (OPTS MLST). From then on, until the next Connect, List reads folders
+    // with MLSD where the server has it. 0, or FEAT's reply code: a server
+    // that does not know FEAT offers nothing more.
+    int NegotiateFeatures();
+    bool MachineListings() const { return fFeatures.machineListings; }
+    // NOOP, to keep an idle connection: 0 when the server answered 200.
+    int Noop();
     bool IsConnected() const;
     // Since the last Connect.
     Loss ControlLoss() const { return fLoss; }
@@ -117,6 +127,18 @@ public:
                  bool binary,
                  bool passive,
                  bool unused = false);
+    // Download and Upload that go on from `offset` bytes: REST and RETR into
+    // the local file cut to `offset` (which must exist), and APPE of the
+    // local file from `offset` on; from 0 they are Download and Upload. 0,
+    // or the code of the first refusal (that of REST or APPE among them).
+    int ResumeDownload(const char *remoteName,
+                       const char *localDir,
+                       const char *localName,
+                       int64_t offset,
+                       bool binary,
+                       bool passive);
+    int ResumeUpload(
+        const char *localPath, const char *remoteName, int64_t offset, bool binary, bool passive);
     // *buffer gets a malloc'ed block (not terminated) of *size bytes, or null;
     // release it with DisposeBuffer.
     int DownloadBuffer(char **buffer,
@@ -127,7 +149,7 @@ public:
                        bool unused = false);
     // *listing gets the raw listing as a malloc'ed text, null when the server
     // sent nothing; release it with DisposeBuffer. A null path lists the
-    // current folder.
+    // current folder. LIST, or MLSD once NegotiateFeatures found MLST.
     int List(const char *path, char **listing, bool passive, bool unused = false);
     static void DisposeBuffer(char **buffer);
 
@@ -144,6 +166,8 @@ public:
 
     // The text of the last reply read, its lines joined, or "TIMEOUT".
     const char *ReplyText() const { return fReply; }
+    // The same, line by line (nothing after a time-out).
+    const std::vector<std::string> &ReplyLines() const { return fReplyLines; }
     int LastCode() const { return fLastCode; }
 
     // The protocol's pieces, open for the tests and the fuzzer.
@@ -179,24 +203,45 @@ private:
     // Steps 1 to 6 of every transfer: PORT or PASV, TYPE, the command and the
     // data connection. 0 with channel->data connected, else the code, with
     // the failure reported as "Exception: %d - Error <what>.".
+    // A `restart` offset above 0 is announced with REST just before the
+    // command.
     int OpenTransfer(const std::string &command,
                      bool binary,
                      bool passive,
                      FtpDataChannel *channel,
-                     const char *what);
-    int ConnectData(const std::string &command, bool binary, bool passive, FtpDataChannel *channel);
+                     const char *what,
+                     int64_t restart = 0);
+    int ConnectData(const std::string &command,
+                    bool binary,
+                    bool passive,
+                    FtpDataChannel *channel,
+                    int64_t restart);
+    // REST, when there is an offset: 0 on 350, else the reply's code.
+    int Restart(int64_t offset);
     // Closes the data connection and reads the final reply: 0 on 226 or 250.
     int FinishTransfer(FtpDataChannel *channel);
-    // A STOR up to its data connection, and after its last byte.
-    int StartUpload(const char *remoteName, bool binary, bool passive, FtpDataChannel *channel);
+    // A STOR (or APPE) up to its data connection, and after its last byte.
+    int StartUpload(const char *command,
+                    const char *remoteName,
+                    bool binary,
+                    bool passive,
+                    FtpDataChannel *channel);
     int EndUpload(FtpDataChannel *channel);
-    // A RETR up to its data connection; *expected gets the byte count its
-    // reply announced (0 without a callback to tell it to).
+    // A RETR up to its data connection, from `offset`; *expected gets the
+    // byte count of the whole file, as its reply or the hint announced (0
+    // without a callback to tell it to).
     int StartDownload(const char *remoteName,
                       bool binary,
                       bool passive,
                       FtpDataChannel *channel,
-                      int64_t *expected);
+                      int64_t *expected,
+                      int64_t offset);
+    // The local file of a download: created (or emptied) for an offset of 0,
+    // else the existing file cut to the offset, positioned there.
+    status_t OpenLocalFile(const std::string &path, int64_t offset, platform::File *file);
+    // Abandons a download whose local file cannot be written: ABOR, and
+    // both of its answers read.
+    void AbortDownload(FtpDataChannel *channel);
     // After the last byte of a download or listing: the count reported, then
     // as FinishTransfer; a `failure` of the data phase wins over the reply.
     int EndDownload(FtpDataChannel *channel, int64_t total, const char *what, int failure = 0);
@@ -220,6 +265,8 @@ private:
     Loss fLoss = Loss::None;
     // Lines that arrived in one read behind the reply they followed.
     std::deque<std::string> fPending;
+    std::vector<std::string> fReplyLines;
+    FtpWireText::Features fFeatures;
     int64_t fExpectedHint = 0;
 };
 

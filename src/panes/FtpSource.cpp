@@ -39,13 +39,17 @@ void MakeRows(const FtpResult &result, const RowStyle &style, FolderLister::Job 
                                                  style.colors,
                                                  true,
                                                  style.dateFormat));
-    for (const FtpListingRow &entry : entries)
-        groups.Add(job,
-                   std::make_unique<DirListItem>(entry.name,
+    for (const FtpListingRow &entry : entries) {
+        auto row = std::make_unique<DirListItem>(entry.name,
                                                  entry.size,
                                                  entry.date,
                                                  entry.permissions,
-                                                 style.colors));
+                                                 style.colors);
+        // A machine listing's exact time lets the rows sort by date.
+        if (entry.modified)
+            row->SetModificationTime(*entry.modified);
+        groups.Add(job, std::move(row));
+    }
     groups.MoveInto(job);
     job.done = job.total.load();
 }

@@ -176,12 +176,14 @@ void VsftpdServer::Spawn(const TcpSocket &connection)
     if (posix_spawn(&child, kVsftpd, &actions, &attributes, argv, environ) == 0) {
         std::lock_guard<std::mutex> guard(fLock);
         fChildren.push_back(child);
+        fServed++;
     }
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
 }
 
-PyftpdlibServer::PyftpdlibServer()
+PyftpdlibServer::PyftpdlibServer(const std::string &root, unsigned idleSeconds)
+    : fRoot(root.empty() ? fDir.path().toStdString() : root)
 {
     static const char *const script = R"(
 import sys
@@ -192,6 +194,8 @@ authorizer = DummyAuthorizer()
 authorizer.add_user("kestrin", "secret", sys.argv[1], perm="elradfmwT")
 FTPHandler.authorizer = authorizer
 FTPHandler.auth_failed_timeout = 0
+if int(sys.argv[2]) > 0:
+    FTPHandler.timeout = int(sys.argv[2])
 server = FTPServer(("127.0.0.1", 0), FTPHandler)
 print(server.address[1], flush=True)
 server.serve_forever()
@@ -201,7 +205,8 @@ server.serve_forever()
     // Debian's own interpreter, where python3-pyftpdlib installs, before any
     // other python3 on PATH.
     const QString python = access("/usr/bin/python3", X_OK) == 0 ? "/usr/bin/python3" : "python3";
-    fProcess.start(python, {"-c", script, fDir.path()});
+    fProcess.start(python,
+                   {"-c", script, QString::fromStdString(fRoot), QString::number(idleSeconds)});
     if (!fProcess.waitForStarted(5000)) {
         fUnavailable = "python3 is not installed";
         return;

@@ -37,6 +37,8 @@ public:
     // Ends every session at once, as a server process that dies does: the
     // connections drop, whatever they were doing. New ones are still served.
     void DropSessions();
+    // How many connections have been served so far.
+    size_t Sessions() const { return fServed; }
     // Shuts the server down: its sessions drop and connections are refused
     // until Start serves again, on the same port.
     void Stop();
@@ -53,26 +55,32 @@ private:
     platform::TcpSocket fListener;
     unsigned fPort = 0;
     std::atomic<bool> fStop{false};
+    std::atomic<size_t> fServed{0};
     std::mutex fLock;
     std::vector<pid_t> fChildren;
     std::thread fThread;
 };
 
 // pyftpdlib with one user "kestrin", password "secret", for the login paths
-// vsftpd would need a system account for.
+// vsftpd would need a system account for, and for the machine listings
+// (MLSD) that vsftpd lacks.
 class PyftpdlibServer
 {
 public:
-    PyftpdlibServer();
+    // The user's folder is `root` when given, else a temporary one; a
+    // session idle for `idleSeconds` (when above 0) is ended with 421, as
+    // servers end idle sessions.
+    explicit PyftpdlibServer(const std::string &root = {}, unsigned idleSeconds = 0);
     ~PyftpdlibServer();
 
     std::string Unavailable() const { return fUnavailable; }
     unsigned Port() const { return fPort; }
     // The folder the user logs in to, "/" on the server.
-    std::string Root() const { return fDir.path().toStdString(); }
+    std::string Root() const { return fRoot; }
 
 private:
     QTemporaryDir fDir;
+    std::string fRoot;
     QProcess fProcess;
     std::string fUnavailable;
     unsigned fPort = 0;

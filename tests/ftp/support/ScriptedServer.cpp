@@ -70,6 +70,12 @@ bool ScriptedServer::Session::SendPassiveData(TcpSocket *data)
     return true;
 }
 
+void ScriptedServer::Session::AnswerFeatures(const std::string &reply)
+{
+    ReadLine(); // FEAT
+    Send(reply);
+}
+
 void ScriptedServer::Session::WaitForClose()
 {
     for (std::string line = ReadLine(); !line.empty(); line = ReadLine()) {
@@ -126,8 +132,13 @@ std::string PassiveNumbers(const std::string &host, unsigned port)
 void ScriptedServer::SilentAfterTheFirstBlock(Session &s)
 {
     s.Send("220 hi\r\n");
-    for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "200 ok\r\n"}) {
-        s.ReadLine(); // USER, PASS, CWD /x, TYPE I
+    for (const char *reply : {"331 pass\r\n", "230 in\r\n"}) {
+        s.ReadLine(); // USER, PASS
+        s.Send(reply);
+    }
+    s.AnswerFeatures();
+    for (const char *reply : {"250 ok\r\n", "200 ok\r\n"}) {
+        s.ReadLine(); // CWD /x, TYPE I
         s.Send(reply);
     }
     s.ReadLine(); // SIZE f

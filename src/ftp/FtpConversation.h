@@ -18,7 +18,9 @@ namespace kestrin {
 // cancels the one running at once (its sockets are shut down, without
 // waiting for the time-out) and the connection is made again for the newer
 // one. The client's log lines and each request's result arrive on the GUI
-// thread.
+// thread. A session whose password is in the desktop keyring has it read
+// there by the worker before its first login; the session then holds it,
+// for the transfers that log in on their own.
 //
 // Made and used on the GUI thread. Destroying it sends QUIT on the worker,
 // or cuts a request short; nothing waits for either.
@@ -36,6 +38,7 @@ public:
     explicit FtpConversation(FtpSession session, unsigned timeoutMs = 60000);
     ~FtpConversation() override;
 
+    // The session; its password is empty until the keyring's has arrived.
     const FtpSession &Session() const { return fSession; }
     // "ftp: Connecting...", "ftp: Connected!", or why connecting failed;
     // empty once a folder is listed.
@@ -52,6 +55,10 @@ signals:
 private:
     struct Shared;
     static void Work(std::shared_ptr<Shared> shared, FtpSession session, unsigned timeoutMs);
+    // On the worker: the password the keyring keeps for `session`, handed to
+    // the GUI thread too; empty, with a line in the log saying why, when it
+    // could not be had.
+    static std::string KeyringPassword(Shared &shared, const FtpSession &session);
     void Connected(uint64_t id);
     void Deliver(uint64_t id, FtpResult &result, const Done &done);
     void SetStatus(const std::string &status);

@@ -1,6 +1,7 @@
 #include "ftp/FtpConversation.h"
 
 #include "ftp/FtpFolderClient.h"
+#include "ftp/SessionPassword.h"
 #include "platform/SocketInterrupt.h"
 
 #include <QMetaObject>
@@ -119,12 +120,33 @@ void FtpConversation::Deliver(uint64_t id, FtpResult &result, const Done &done)
     emit Changed();
 }
 
+std::string FtpConversation::KeyringPassword(Shared &shared, const FtpSession &session)
+{
+    const platform::Keyring::Found found = SessionPassword::Lookup(session);
+    if (found.secret) {
+        shared.Post([password = *found.secret](FtpConversation &conversation) {
+            conversation.fSession.pass = password;
+        });
+        return *found.secret;
+    }
+    const std::string why = found.error.empty()
+                                ? "The desktop keyring holds no password for this session."
+                                : "Kestrin could not read the password from the desktop keyring: "
+                                      + found.error;
+    shared.Post([text = QString::fromStdString(why)](FtpConversation &conversation) {
+        emit conversation.LogLine(text);
+    });
+    return {};
+}
+
 void FtpConversation::Work(std::shared_ptr<Shared> shared,
                            FtpSession session,
                            unsigned timeoutMs,
                            std::chrono::milliseconds keepAlive)
 {
     platform::SocketInterrupt::Scope scope(&shared->interrupt);
+    if (session.passwordInKeyring)
+        session.pass = KeyringPassword(*shared, session);
     FtpFolderClient client(std::move(session), timeoutMs, [&shared](const std::string &line) {
         shared->Post([text = QString::fromStdString(line)](FtpConversation &conversation) {
             emit conversation.LogLine(text);

@@ -22,7 +22,9 @@ class FtpFolderClient;
 // cancels the one running at once (its sockets are shut down, without
 // waiting for the time-out) and the connection is made again for the newer
 // one. The client's log lines and each request's result arrive on the GUI
-// thread.
+// thread. A session whose password is in the desktop keyring has it read
+// there by the worker before its first login; the session then holds it,
+// for the transfers that log in on their own.
 //
 // While no request comes, the worker keeps the connection: NOOP after each
 // `keepAlive` of quiet, well within the idle time-outs of servers (IIS ends
@@ -49,6 +51,7 @@ public:
                              std::chrono::milliseconds keepAlive = kKeepAlive);
     ~FtpConversation() override;
 
+    // The session; its password is empty until the keyring's has arrived.
     const FtpSession &Session() const { return fSession; }
     // "ftp: Connecting...", "ftp: Connected!", or why connecting failed;
     // empty once a folder is listed.
@@ -75,6 +78,10 @@ private:
     static void KeepAlive(Shared &shared,
                           FtpFolderClient &client,
                           std::unique_lock<std::mutex> &hold);
+    // On the worker: the password the keyring keeps for `session`, handed to
+    // the GUI thread too; empty, with a line in the log saying why, when it
+    // could not be had.
+    static std::string KeyringPassword(Shared &shared, const FtpSession &session);
     void Connected(uint64_t id);
     void Deliver(uint64_t id, FtpResult &result, const Done &done);
     void SetStatus(const std::string &status);

@@ -4,6 +4,7 @@
 #include "ftp/FtpMessages.h"
 #include "ftp/FtpSession.h"
 #include "widgets/PlaceOnScreen.h"
+#include "ftp/KeyringOption.h"
 #include "widgets/WindowConventions.h"
 
 #include <QFormLayout>
@@ -38,6 +39,7 @@ FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::stri
     text4 = AddField("User Name:", "text4");
     // Shown as typed: the user is told above that it is stored so too.
     text5 = AddField("Password:", "text5");
+    fKeyring = new KeyringOption(fFields, text5);
     text6 = AddField("Remote Dir:", "text6");
     text7 = AddField("Local Dir:", "text7");
     auto *outer = new QVBoxLayout(this);
@@ -99,6 +101,7 @@ void FtpWin::LoadFtpSettings(const std::string &sessionFile)
         if (!value->empty())
             field->setText(QString::fromStdString(*value));
     }
+    fKeyring->Load(session);
 }
 
 bool FtpWin::Validate()
@@ -126,7 +129,7 @@ bool FtpWin::Validate()
     return true;
 }
 
-bool FtpWin::SetFtpSetting()
+FtpSession FtpWin::Fields() const
 {
     FtpSession session;
     session.name = text1->text().toStdString();
@@ -134,9 +137,15 @@ bool FtpWin::SetFtpSetting()
     session.port = text3->text().toStdString();
     session.user = text4->text().toStdString();
     session.pass = text5->text().toStdString();
+    session.passwordInKeyring = fKeyring->Chosen();
     session.remoteDir = text6->text().toStdString();
     session.localDir = text7->text().toStdString();
-    return session.Write();
+    return session;
+}
+
+bool FtpWin::SetFtpSetting()
+{
+    return Fields().Write();
 }
 
 void FtpWin::MessageReceived(platform::Message &message)
@@ -147,8 +156,10 @@ void FtpWin::MessageReceived(platform::Message &message)
             break;
         // A file that could not be made has been reported; there is nothing
         // more this window can do about it.
-        SetFtpSetting();
-        close();
+        fKeyring->Keep(Fields(), [this] {
+            SetFtpSetting();
+            close();
+        });
         break;
     case kMsgFtpCancel:
         close();

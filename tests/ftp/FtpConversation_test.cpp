@@ -4,12 +4,14 @@
 // holding anything up. Machine listings and UTF-8 names are taken up where a
 // server offers them, and an idle connection is kept, or made again.
 
+#include "PrivateKeyring.h"
 #include "RealServers.h"
 #include "ScriptedServer.h"
 #include "SilentServer.h"
 #include "TempHome.h"
 #include "ftp/FtpConversation.h"
 #include "ftp/FtpListing.h"
+#include "ftp/SessionPassword.h"
 #include "support/TickGaps.h"
 
 #include <QStringList>
@@ -485,4 +487,42 @@ TEST(FtpConversationReal, AConnectionDroppedWhileIdleIsMadeAgainAtOnce)
     EXPECT_EQ(again.result->folder, folder);
     EXPECT_EQ(server.Sessions(), 2u);
     EXPECT_EQ(conversation.Status(), "");
+}
+
+// A session whose password the desktop keyring keeps logs in with it, and
+// the conversation hands it on for the transfers; one the keyring has no
+// password for (its user was changed by hand) says so in the log.
+TEST(FtpConversationReal, APasswordInTheKeyringLogsIn)
+{
+    TempHome home;
+    PrivateKeyring keyring;
+    if (!keyring.Unavailable().empty())
+        GTEST_SKIP() << keyring.Unavailable();
+    PyftpdlibServer server;
+    if (!server.Unavailable().empty())
+        GTEST_SKIP() << server.Unavailable();
+    FtpSession session = SessionOn(server.Port(), "kestrin", "");
+    session.passwordInKeyring = true;
+    ASSERT_EQ(kestrin::SessionPassword::Keep(session, "secret"), "");
+    {
+        FtpConversation conversation(session);
+        EXPECT_EQ(conversation.Session().pass, "");
+        Outcome outcome;
+        outcome.Submit(conversation);
+        ASSERT_TRUE(outcome.Wait());
+        EXPECT_EQ(outcome.result->connectCode, 0);
+        EXPECT_EQ(outcome.result->listCode, 0);
+        EXPECT_EQ(conversation.Session().pass, "secret");
+    }
+    {
+        session.user = "anonymous";
+        FtpConversation conversation(session);
+        Outcome outcome;
+        outcome.Submit(conversation);
+        ASSERT_TRUE(outcome.Wait());
+        EXPECT_EQ(outcome.result->connectCode, 530);
+        EXPECT_TRUE(outcome.log.contains("The desktop keyring holds no password for this session."))
+            << outcome.log.join("|").toStdString();
+        EXPECT_EQ(conversation.Session().pass, "");
+    }
 }

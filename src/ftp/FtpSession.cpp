@@ -3,6 +3,7 @@
 #include "app/AppInfo.h"
 #include "app/NumberText.h"
 #include "app/Profile.h"
+#include "ftp/FtpSecurity.h"
 #include "platform/Directory.h"
 #include "platform/Entry.h"
 #include "platform/PathNames.h"
@@ -94,7 +95,12 @@ bool FtpSession::Write() const
 bool FtpSession::Remove(const std::string &fileName)
 {
     const std::string folder = Folder();
-    return !folder.empty() && platform::Entry(folder + "/" + fileName).Remove() == B_OK;
+    if (folder.empty() || platform::Entry(folder + "/" + fileName).Remove() != B_OK)
+        return false;
+    // What Kestrin kept of it goes too: a new session of the same name must
+    // not inherit a trusted certificate.
+    FtpSecurity::Remove(NameOf(fileName));
+    return true;
 }
 
 std::string FtpSession::FileOfSavedPlace(const std::string &savedPlace)

@@ -41,7 +41,8 @@ struct FtpSession
     // it is new and rewriting each line in place when it is not. False when
     // the file cannot be made.
     bool Write() const;
-    // Removes the session's file; false when it could not be removed.
+    // Removes the session's file, and Kestrin's own file of it
+    // (FtpSecurity); false when the session's could not be removed.
     static bool Remove(const std::string &fileName);
     // The session file ("<name>.ftp") that a pane's saved place names, when
     // it is stored; empty for a folder's path.

@@ -5,6 +5,7 @@
 #include "fileops/FileOpsMessages.h"
 #include "fileops/KestrinEntry.h"
 #include "ftp/FtpListing.h"
+#include "ftp/FtpSecurity.h"
 #include "ftp/clsFTP.h"
 #include "platform/Directory.h"
 #include "platform/Entry.h"
@@ -40,7 +41,16 @@ platform::Alert ConnectAlert(int code)
                              "settings and try to reconnect."
                            : "Failed to connect to ftp server.\nPlease check your internet "
                              "connection";
+    if (const char *secure = FtpTls::ProblemText(code))
+        text = secure;
     return {"Connect Failed", text, {"OK"}, B_WARNING_ALERT};
+}
+
+std::string StringOf(const platform::Message &request, const char *field)
+{
+    std::string value;
+    request.FindString(field, &value);
+    return value;
 }
 
 // A plain CWD answers 250, which the client does not count as success.
@@ -121,6 +131,7 @@ FtpTransfer::FtpTransfer(const platform::Message &request,
     , fDestination(std::move(destination))
     , fControl(control)
     , fDownload(request.what == kMsgFtpDownload)
+    , fTrust(StringOf(request, "Session"), StringOf(request, "Host"))
 {}
 
 FtpTransfer::~FtpTransfer() = default;
@@ -153,7 +164,8 @@ bool FtpTransfer::Connect()
     fFtp = std::make_unique<clsFTP>(kTimeoutMs, &FtpTransfer::CopyFtpCallback, this);
     const int code = LogIn(*fFtp);
     if (code != 0) {
-        if (!Interrupted())
+        // A refused certificate was the user's answer, or had its warning.
+        if (!Interrupted() && code != FtpTls::kCertificateRefused)
             CopyControl::ReportError(&fControl, ConnectAlert(code));
         return false;
     }
@@ -170,8 +182,13 @@ bool FtpTransfer::Connect()
     return true;
 }
 
-int FtpTransfer::LogIn(clsFTP &ftp) const
+int FtpTransfer::LogIn(clsFTP &ftp)
 {
+    // The session's choice, as the pane takes it.
+    ftp.UseTls(FtpSecurity::Read(StringOf(fRequest, "Session")).tls,
+               [this](const platform::TlsCertificate &certificate) {
+                   return fTrust.Accept(certificate);
+               });
     std::string host, user, password;
     int32_t port = 0;
     fRequest.FindString("Host", &host);

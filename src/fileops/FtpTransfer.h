@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/FtpCertificateTrust.h"
 #include "platform/Message.h"
 #include "platform/SocketInterrupt.h"
 
@@ -17,7 +18,8 @@ class clsFTP;
 // One FTP request of the panes over a connection of its own: an upload
 // ('DATA' with "Session": the "refs" into the remote folder "FtpPath") or a
 // download (604: every "FtpFile" and "FtpDir" of "FtpPath" into the
-// destination folder), folders with everything in them. Progress, pause,
+// destination folder), folders with everything in them. Both take the TLS
+// choice and the trusted certificate of the session that "Session" names. Progress, pause,
 // stop and every failure go through `control`, as for local copies.
 //
 // A download is written under a hidden name of its own and renamed into place
@@ -73,8 +75,9 @@ private:
     };
 
     bool Connect();
-    // Logs `ftp` in to the request's server: 0, or the client's code.
-    int LogIn(clsFTP &ftp) const;
+    // Logs `ftp` in to the request's server, with the TLS its session asks
+    // for ("Session"): 0, or the client's code.
+    int LogIn(clsFTP &ftp);
     void UploadAll();
     void DownloadAll();
     void UploadItem(const std::string &localPath);
@@ -137,6 +140,7 @@ private:
     platform::SocketInterrupt fInterrupt;
     std::unique_ptr<clsFTP> fFtp;
     bool fDownload = false;
+    FtpCertificateTrust fTrust;
     bool fPassive = true;
     bool fStopped = false;
     bool fAborted = false;

@@ -1,6 +1,7 @@
 #include "ftp/FtpConversation.h"
 
 #include "ftp/FtpFolderClient.h"
+#include "ftp/FtpTls.h"
 #include "ftp/SessionPassword.h"
 #include "platform/SocketInterrupt.h"
 
@@ -108,8 +109,15 @@ void FtpConversation::Deliver(uint64_t id, FtpResult &result, const Done &done)
 {
     if (id != fLatest)
         return;
+    fInClear = result.inClear;
     if (result.connectCode == kLoginRefused)
         fStatus = "ftp: Bad username or password.";
+    else if (result.connectCode == FtpTls::kNotOffered)
+        fStatus = "ftp: No TLS on the server; the session requires it.";
+    else if (result.connectCode == FtpTls::kFailed)
+        fStatus = "ftp: TLS failed.";
+    else if (result.connectCode == FtpTls::kCertificateRefused)
+        fStatus = "ftp: The server's certificate was not accepted.";
     else if (result.connectCode != 0)
         fStatus = "ftp: Failed to connect.  Please check you internet connection";
     else

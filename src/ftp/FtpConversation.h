@@ -56,6 +56,8 @@ public:
     // "ftp: Connecting...", "ftp: Connected!", or why connecting failed;
     // empty once a folder is listed.
     const std::string &Status() const { return fStatus; }
+    // The server refused TLS, and the conversation goes in clear.
+    bool InClear() const { return fInClear; }
 
     void Submit(FtpRequest request, Prepare prepare, Done done);
 
@@ -89,6 +91,7 @@ private:
     FtpSession fSession;
     std::shared_ptr<Shared> fShared;
     std::string fStatus;
+    bool fInClear = false;
     uint64_t fLatest = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "ftp/FtpFolderClient.h"
 
 #include "ftp/FtpListing.h"
+#include "ftp/FtpSecurity.h"
 #include "platform/PathNames.h"
 
 namespace kestrin {
@@ -23,6 +24,7 @@ FtpFolderClient::FtpFolderClient(FtpSession session, unsigned timeoutMs, LogLine
     : fSession(std::move(session))
     , fLog(std::move(log))
     , fFtp(timeoutMs, &FtpFolderClient::Report, this)
+    , fTrust(fSession.name, fSession.host)
 {}
 
 FtpFolderClient::~FtpFolderClient() = default;
@@ -43,6 +45,12 @@ int FtpFolderClient::Login()
     fFolder.clear();
     fPassive = true;
     fFtp.SetHost(fSession.host.c_str(), fSession.PortNumber(), nullptr, 0);
+    // Read at each login: the choice, or a certificate trusted since, may
+    // have changed in the meantime.
+    fFtp.UseTls(FtpSecurity::Read(fSession.name).tls,
+                [this](const platform::TlsCertificate &certificate) {
+                    return fTrust.Accept(certificate);
+                });
     const int code = fFtp.Connect(fSession.user.c_str(), fSession.pass.c_str(), nullptr);
     fLoggedIn = code == 0;
     if (fLoggedIn)
@@ -87,6 +95,7 @@ FtpResult FtpFolderClient::Run(const FtpRequest &request, const std::function<vo
     }
     if (result.connectCode == 0 && Lost())
         result.connectCode = clsFTP::kNoReply;
+    result.inClear = result.connectCode == 0 && fFtp.Tls().Outcome() == FtpTls::State::Refused;
     if (result.connectCode != 0) {
         GiveUp(&result);
     } else if (result.listCode == 0 && !result.folder.empty()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/FtpCertificateTrust.h"
 #include "ftp/FtpRequest.h"
 #include "ftp/FtpSession.h"
 #include "ftp/clsFTP.h"
@@ -58,6 +59,7 @@ private:
     FtpSession fSession;
     LogLine fLog;
     clsFTP fFtp;
+    FtpCertificateTrust fTrust;
     bool fLoggedIn = false;
     bool fPassive = true;
     std::string fFolder;

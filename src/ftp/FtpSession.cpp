@@ -3,6 +3,7 @@
 #include "app/AppInfo.h"
 #include "app/NumberText.h"
 #include "app/Profile.h"
+#include "ftp/FtpSecurity.h"
 #include "ftp/SessionOptions.h"
 #include "ftp/SessionPassword.h"
 #include "platform/Directory.h"
@@ -129,6 +130,9 @@ bool FtpSession::Remove(const std::string &fileName)
     if (options.PasswordInKeyring())
         SessionPassword::ForgetLater(NameOf(fileName));
     SessionOptions::Remove(fileName);
+    // What Kestrin kept of it goes too: a new session of the same name must
+    // not inherit a trusted certificate.
+    FtpSecurity::Remove(NameOf(fileName));
     return true;
 }
 

@@ -49,9 +49,10 @@ struct FtpSession
     // and no part of a password may stay in the file. False when the file
     // cannot be made.
     bool Write() const;
-    // Removes the session's file and its options, and forgets its password
-    // in the keyring (later, on a thread of its own); false when the
-    // session's file could not be removed.
+    // Removes the session's file and Kestrin's own files of it (its options
+    // and FtpSecurity's), and forgets its password in the keyring (later, on
+    // a thread of its own); false when the session's file could not be
+    // removed.
     static bool Remove(const std::string &fileName);
     // The session file ("<name>.ftp") that a pane's saved place names, when
     // it is stored; empty for a folder's path.

@@ -2,11 +2,13 @@
 
 #include "app/AppUtils.h"
 #include "ftp/FtpMessages.h"
+#include "ftp/FtpSecurity.h"
 #include "ftp/FtpSession.h"
 #include "widgets/PlaceOnScreen.h"
 #include "ftp/KeyringOption.h"
 #include "widgets/WindowConventions.h"
 
+#include <QComboBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -19,6 +21,13 @@ namespace kestrin {
 namespace {
 
 constexpr int kWidth = 340;
+
+// The choices in the order the list shows them.
+constexpr std::pair<FtpTls::Choice, const char *> kTlsChoices[] = {
+    {FtpTls::Choice::IfOffered, "TLS if the server offers it"},
+    {FtpTls::Choice::Required, "TLS required"},
+    {FtpTls::Choice::Off, "no TLS"},
+};
 
 } // namespace
 
@@ -42,6 +51,7 @@ FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::stri
     fKeyring = new KeyringOption(fFields, text5);
     text6 = AddField("Remote Dir:", "text6");
     text7 = AddField("Local Dir:", "text7");
+    BuildSecurity();
     auto *outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->addWidget(container);
@@ -65,6 +75,39 @@ QLineEdit *FtpWin::AddField(const char *label, const char *name)
     field->setObjectName(name);
     fFields->addRow(label, field);
     return field;
+}
+
+void FtpWin::BuildSecurity()
+{
+    QWidget *container = fFields->parentWidget();
+    fTls = new QComboBox(container);
+    fTls->setObjectName("tlsChoice");
+    for (const auto &[choice, text] : kTlsChoices)
+        fTls->addItem(text);
+    fFields->addRow("TLS:", fTls);
+    auto *row = new QHBoxLayout;
+    fTrusted = new QLabel(container);
+    fTrusted->setObjectName("trustedCertificate");
+    fTrusted->setWordWrap(true);
+    fTrusted->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto *forget = new QPushButton("Forget", container);
+    forget->setObjectName("bForget");
+    forget->setAutoDefault(false);
+    forget->setAccessibleName("Forget the trusted certificate");
+    connect(forget, &QPushButton::clicked, this, [this] { ShowTrusted({}); });
+    row->addWidget(fTrusted, 1);
+    row->addWidget(forget);
+    fFields->addRow("Trusted certificate:", row);
+    fTrustedRow = fFields->rowCount() - 1;
+    ShowTrusted({});
+}
+
+void FtpWin::ShowTrusted(const std::string &fingerprint)
+{
+    fTrustedCertificate = fingerprint;
+    fTrusted->setText(QString::fromStdString(fingerprint));
+    // Shown only while there is one to forget.
+    fFields->setRowVisible(fTrustedRow, !fingerprint.empty());
 }
 
 void FtpWin::BuildButtons()
@@ -102,6 +145,12 @@ void FtpWin::LoadFtpSettings(const std::string &sessionFile)
             field->setText(QString::fromStdString(*value));
     }
     fKeyring->Load(session);
+    const FtpSecurity security = FtpSecurity::Read(session.name);
+    for (int i = 0; i < fTls->count(); i++) {
+        if (kTlsChoices[i].first == security.tls)
+            fTls->setCurrentIndex(i);
+    }
+    ShowTrusted(security.trustedCertificate);
 }
 
 bool FtpWin::Validate()
@@ -145,7 +194,16 @@ FtpSession FtpWin::Fields() const
 
 bool FtpWin::SetFtpSetting()
 {
-    return Fields().Write();
+    const FtpSession session = Fields();
+    if (!session.Write())
+        return false;
+    FtpSecurity security;
+    security.tls = kTlsChoices[std::max(fTls->currentIndex(), 0)].first;
+    security.trustedCertificate = fTrustedCertificate;
+    if (security.Write(session.name))
+        return true;
+    MessageBox("The TLS choice of this session could not be saved.", "Info", "OK");
+    return false;
 }
 
 void FtpWin::MessageReceived(platform::Message &message)

@@ -6,7 +6,9 @@
 #include <optional>
 #include <string>
 
+class QComboBox;
 class QFormLayout;
+class QLabel;
 class QLineEdit;
 
 namespace kestrin {
@@ -17,6 +19,9 @@ struct FtpSession;
 // The "Ftp Connection" window: the settings of one stored session, new or
 // read from its file. "OK" saves once the session, host, port and user name
 // are filled in; saving under another name leaves the old file as it is.
+// Below the session's fields: whether it uses TLS, and the certificate the
+// user trusts for it, which can be forgotten; both are saved in Kestrin's
+// own file of the session (FtpSecurity), never in the session file.
 //
 // GUI thread only.
 class FtpWin : public QWidget, public platform::Handler
@@ -40,6 +45,8 @@ public:
 
 private:
     QLineEdit *AddField(const char *label, const char *name);
+    void BuildSecurity();
+    void ShowTrusted(const std::string &fingerprint);
     void BuildButtons();
     // The first of the required fields left empty gets the focus and an alert.
     bool Validate();
@@ -56,6 +63,10 @@ private:
     QLineEdit *text7 = nullptr; // Local Dir:
     // Whether the password is kept in the desktop keyring instead.
     KeyringOption *fKeyring = nullptr;
+    QComboBox *fTls = nullptr;
+    QLabel *fTrusted = nullptr;
+    int fTrustedRow = 0;
+    std::string fTrustedCertificate;
 };
 
 } // namespace kestrin

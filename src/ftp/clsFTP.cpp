@@ -262,6 +262,8 @@ int clsFTP::Connect(const char *user, const char *password, const char *account)
         code = ReadReply();
     if (code != 220) {
         code = 421;
+    } else if (const int secured = Secure(); secured != 0) {
+        code = secured;
     } else {
         if (user != nullptr)
             code = SendUser(user);
@@ -275,6 +277,15 @@ int clsFTP::Connect(const char *user, const char *password, const char *account)
         fControl.Close();
     }
     return code;
+}
+
+int clsFTP::Secure()
+{
+    return fTls.Negotiate(
+        fControl,
+        fUseProxy ? fProxyHost : fHost,
+        [this](const std::string &command) { return Command(command); },
+        [this](const std::string &line) { Report(-1, line.c_str()); });
 }
 
 int clsFTP::SendUser(const char *user)
@@ -602,7 +613,20 @@ int clsFTP::ConnectData(
         channel->listener.Close();
     }
     channel->data.SetTimeouts(fTimeoutSeconds, fTimeoutMicroseconds);
-    return 0;
+    return SecureData(channel);
+}
+
+int clsFTP::SecureData(FtpDataChannel *channel)
+{
+    std::string why;
+    if (fTls.SecureData(channel->data, &why) == B_OK)
+        return 0;
+    ReportFormatted(-1, "TLS failed on the data connection: %s.", why.c_str());
+    channel->data.Close();
+    // The server tells on the control connection why (vsftpd: 522), and
+    // that answer must not be left for the next command.
+    ReadReply();
+    return FtpTls::kFailed;
 }
 
 int clsFTP::FinishTransfer(FtpDataChannel *channel)
@@ -625,6 +649,7 @@ int clsFTP::StartUpload(
 
 int clsFTP::EndUpload(FtpDataChannel *channel)
 {
+    channel->FinishSending();
     const int code = FinishTransfer(channel);
     return code != 0 ? Fail(code, "uploading file", channel) : 0;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ftp/FtpDataChannel.h"
+#include "ftp/FtpTls.h"
 #include "ftp/FtpWireText.h"
 #include "platform/TcpSocket.h"
 
@@ -22,7 +23,8 @@ using FtpCallback = int (*)(int code, int count, const char *text, void *callbac
 // waits for the reply (bounded by the time-out) and answers 0 for success or a
 // code: the server's reply code, or 1 (no active data connection or PORT
 // refused), 2 (time-out), 4 (host unknown), 5 (no socket), 6 (no connection),
-// 7 (local file not opened), 421 (no 220 greeting). One thread at a time.
+// 7 (local file not opened), 8 to 10 (TLS, see FtpTls), 421 (no 220
+// greeting). One thread at a time.
 class clsFTP
 {
 public:
@@ -61,6 +63,15 @@ public:
     void SetTimeout(unsigned ms);
     long TimeoutSeconds() const { return fTimeoutSeconds; }
     long TimeoutMicroseconds() const { return fTimeoutMicroseconds; }
+
+    // TLS for the logins from now on; none until told. `check` is asked
+    // about a certificate the system does not vouch for.
+    void UseTls(FtpTls::Choice choice, FtpTls::Check check = nullptr)
+    {
+        fTls.Use(choice, std::move(check));
+    }
+    // How the last login went as for TLS.
+    const FtpTls &Tls() const { return fTls; }
 
     // 0 when logged in; 220 without a user; 331 or 332 when the server wants a
     // password or account that was not given. A failure closes the connection.
@@ -218,6 +229,12 @@ private:
                     int64_t restart);
     // REST, when there is an offset: 0 on 350, else the reply's code.
     int Restart(int64_t offset);
+    // TLS on the control connection after the greeting, as chosen: 0 to log
+    // in, else the code that ends the login.
+    int Secure();
+    // TLS on a data connection the server protects: 0, or the code that
+    // fails the transfer (its reply read).
+    int SecureData(FtpDataChannel *channel);
     // Closes the data connection and reads the final reply: 0 on 226 or 250.
     int FinishTransfer(FtpDataChannel *channel);
     // A STOR (or APPE) up to its data connection, and after its last byte.
@@ -254,6 +271,7 @@ private:
     unsigned fPort = 0;
     unsigned fProxyPort = 0;
     platform::TcpSocket fControl;
+    FtpTls fTls;
     bool fUseProxy = false;
     FtpCallback fCallback = nullptr;
     void *fCallbackData = nullptr;

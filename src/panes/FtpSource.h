@@ -29,6 +29,8 @@ public:
     // The session's local folder, else the one the pane stood in.
     const std::string &Folder() const override { return fLocalFolder; }
     std::string HeaderText() const override;
+    // That the connection goes in clear where the server refused TLS.
+    std::string HeaderNote() const override;
     std::string SavedPlace() const override;
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
@@ -74,7 +76,7 @@ private:
     };
 
     std::unique_ptr<PaneSource> Next(FtpRequest step) const;
-    // "Host", "User", "Password", "FtpPath" and "Port".
+    // "Session", "Host", "User", "Password", "FtpPath" and "Port".
     void AddServerFields(platform::Message &request) const;
 
     std::shared_ptr<FtpConversation> fConversation;

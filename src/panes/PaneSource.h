@@ -56,6 +56,8 @@ public:
     virtual const std::string &Folder() const = 0;
     // The header's text.
     virtual std::string HeaderText() const { return Folder(); }
+    // A warning the header shows after its text, where the place has one.
+    virtual std::string HeaderNote() const { return {}; }
     // What the profile keeps to show this place again.
     virtual std::string SavedPlace() const { return Folder(); }
 

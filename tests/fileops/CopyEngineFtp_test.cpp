@@ -6,6 +6,9 @@
 #include "CopyTestSupport.h"
 #include "RealServers.h"
 #include "ScriptedServer.h"
+#include "ftp/FtpCertificateTrust.h"
+#include "ftp/FtpSecurity.h"
+#include "ftp/FtpSession.h"
 
 #include <atomic>
 #include <random>
@@ -122,7 +125,66 @@ protected:
     const std::string local = home.Root() + "/local";
 };
 
+// vsftpd in TLS, and a stored session "secure" whose name the requests carry.
+class CopyEngineFtpTls : public CopyTest
+{
+protected:
+    void SetUp() override
+    {
+        if (!server.Unavailable().empty())
+            GTEST_SKIP() << server.Unavailable();
+        FtpSession session;
+        session.name = "secure";
+        session.host = "127.0.0.1";
+        ASSERT_TRUE(session.Write());
+    }
+
+    static platform::Message OfSession(platform::Message request)
+    {
+        if (!request.HasField("Session"))
+            request.AddString("Session", "secure");
+        else
+            request.ReplaceString("Session", 0, "secure");
+        return request;
+    }
+
+    VsftpdServer server{{.tls = true}};
+    const std::string upload = server.Root() + "/upload";
+};
+
 } // namespace
+
+TEST_F(CopyEngineFtpTls, TreesTravelInTlsWithTheSessionsCertificate)
+{
+    fs::create_directories(upload + "/tree/sub");
+    WriteFileBytes(upload + "/tree/big.bin", RandomBytes(2 * 1024 * 1024 + 3, 5));
+    WriteFileBytes(upload + "/tree/sub/small", "small");
+    const platform::Message download = OfSession(Download(server.Port(), upload, {}, {"tree"}));
+
+    // A certificate nobody vouches for is asked about; not connecting ends
+    // the request with no alert of its own, and nothing arrives.
+    alerts.QueueAnswer(FtpCertificateTrust::kDoNotConnect);
+    Run(download, dest);
+    ASSERT_EQ(alerts.Count(), 1u);
+    EXPECT_EQ(alerts.Shown()[0].title, "Certificate");
+    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_TRUE(fs::is_empty(dest));
+
+    // Trusted for the session, and required: no question, and both ways
+    // byte for byte.
+    FtpSecurity security;
+    security.tls = FtpTls::Choice::Required;
+    security.trustedCertificate = server.Fingerprint();
+    ASSERT_TRUE(security.Write("secure"));
+    alerts.Clear();
+    Run(download, dest);
+    EXPECT_EQ(Tree(dest + "/tree"), Tree(upload + "/tree"));
+    fs::create_directory(upload + "/back");
+    Run(OfSession(Upload(server.Port(), upload + "/back", {dest + "/tree"})), dest);
+    EXPECT_EQ(Tree(upload + "/back/tree"), Tree(dest + "/tree"));
+    EXPECT_EQ(alerts.Count(), 0u) << alerts.Shown()[0].text;
+    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+}
 
 TEST_F(CopyEngineFtp, DownloadsAndUploadsTreesByteForByte)
 {

@@ -2,16 +2,21 @@
 // thread, a newer request cuts an older one short, PASV refused falls back to
 // active, and a server that breaks off or falls silent is given up on without
 // holding anything up. Machine listings and UTF-8 names are taken up where a
-// server offers them, and an idle connection is kept, or made again.
+// server offers them, and an idle connection is kept, or made again; in TLS,
+// the question about a certificate the system does not vouch for, and a
+// trusted certificate that changed.
 
 #include "PrivateKeyring.h"
 #include "RealServers.h"
 #include "ScriptedServer.h"
 #include "SilentServer.h"
 #include "TempHome.h"
+#include "ftp/FtpCertificateTrust.h"
 #include "ftp/FtpConversation.h"
 #include "ftp/FtpListing.h"
+#include "ftp/FtpSecurity.h"
 #include "ftp/SessionPassword.h"
+#include "platform/AlertRecorder.h"
 #include "support/TickGaps.h"
 
 #include <QStringList>
@@ -26,11 +31,14 @@
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;
+using kestrin::FtpCertificateTrust;
 using kestrin::FtpConversation;
 using kestrin::FtpListingRow;
 using kestrin::FtpRequest;
 using kestrin::FtpResult;
+using kestrin::FtpSecurity;
 using kestrin::FtpSession;
+using kestrin::FtpTls;
 
 namespace {
 
@@ -525,4 +533,133 @@ TEST(FtpConversationReal, APasswordInTheKeyringLogsIn)
             << outcome.log.join("|").toStdString();
         EXPECT_EQ(conversation.Session().pass, "");
     }
+}
+namespace {
+
+// A stored session "secure" on vsftpd in TLS, with a certificate of its own.
+class FtpConversationTls : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!server.Unavailable().empty())
+            GTEST_SKIP() << server.Unavailable();
+        ASSERT_TRUE(Session().Write());
+    }
+
+    FtpSession Session() const
+    {
+        FtpSession session = SessionOn(server.Port());
+        session.name = "secure";
+        return session;
+    }
+    std::optional<std::string> Stored() const
+    {
+        return ReadFileBytes(home.ConfigDir() + "/Kestrin/secure.ftp.tls");
+    }
+    // One conversation from login to listing; its status at the end.
+    FtpResult Connect(std::string *status = nullptr)
+    {
+        FtpConversation conversation(Session(), 20000);
+        Outcome outcome;
+        outcome.Submit(conversation);
+        EXPECT_TRUE(outcome.Wait());
+        if (status != nullptr)
+            *status = conversation.Status();
+        return outcome.result.value_or(FtpResult{});
+    }
+
+    TempHome home;
+    platform::AlertRecorder alerts;
+    VsftpdServer server{{.tls = true}};
+};
+
+bool Holds(const std::string &text, const std::string &part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+size_t Occurrences(const std::string &text, const std::string &part)
+{
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        count++;
+    return count;
+}
+
+} // namespace
+
+TEST_F(FtpConversationTls, TheCertificateQuestionAnsweredEachWay)
+{
+    struct Row
+    {
+        int answer;
+        int connectCode;
+        bool trusted;
+        // Whether a conversation after it asks again.
+        bool asksAgain;
+    };
+    const Row rows[] = {
+        {FtpCertificateTrust::kDoNotConnect, FtpTls::kCertificateRefused, false, true},
+        {FtpCertificateTrust::kConnectOnce, 0, false, true},
+        {FtpCertificateTrust::kTrust, 0, true, false},
+    };
+    for (const Row &row : rows) {
+        FtpSecurity::Remove("secure");
+        alerts.Clear();
+        alerts.QueueAnswer(row.answer);
+        std::string status;
+        const FtpResult result = Connect(&status);
+        EXPECT_EQ(result.connectCode, row.connectCode) << row.answer;
+        EXPECT_EQ(result.listCode, 0);
+        EXPECT_FALSE(result.inClear);
+        const std::vector<platform::Alert> shown = alerts.Shown();
+        ASSERT_EQ(shown.size(), 1u) << row.answer;
+        EXPECT_EQ(shown[0].title, "Certificate");
+        EXPECT_EQ(shown[0].buttons,
+                  (std::vector<std::string>{"Don't Connect", "Trust Always", "Connect Once"}));
+        for (const std::string &part : {server.Fingerprint(),
+                                        std::string("It claims to be: CN=kestrin-test"),
+                                        std::string("self-signed certificate"),
+                                        std::string("session \"secure\"")})
+            EXPECT_TRUE(Holds(shown[0].text, part)) << part << "\n" << shown[0].text;
+        if (row.connectCode != 0) {
+            EXPECT_EQ(status, "ftp: The server's certificate was not accepted.");
+        }
+        EXPECT_EQ(Stored(),
+                  row.trusted ? std::optional<std::string>(
+                      "Tls=IfOffered\nCertificate=" + server.Fingerprint() + "\n")
+                              : std::nullopt);
+
+        alerts.Clear();
+        alerts.QueueAnswer(FtpCertificateTrust::kDoNotConnect);
+        EXPECT_EQ(Connect().connectCode, row.asksAgain ? FtpTls::kCertificateRefused : 0);
+        EXPECT_EQ(alerts.Count(), row.asksAgain ? 1u : 0u);
+    }
+}
+
+TEST_F(FtpConversationTls, AChangedCertificateIsRefusedWithAWarning)
+{
+    FtpSecurity trusting;
+    trusting.trustedCertificate = server.Fingerprint();
+    ASSERT_TRUE(trusting.Write("secure"));
+    EXPECT_EQ(Connect().connectCode, 0);
+    EXPECT_EQ(alerts.Count(), 0u);
+    const std::string old = server.Fingerprint();
+    const size_t logins = Occurrences(server.ProtocolLog(), "\"USER ");
+
+    ASSERT_TRUE(server.RenewCertificate());
+    std::string status;
+    EXPECT_EQ(Connect(&status).connectCode, FtpTls::kCertificateRefused);
+    EXPECT_EQ(status, "ftp: The server's certificate was not accepted.");
+    ASSERT_EQ(alerts.Count(), 1u);
+    const platform::Alert warning = alerts.Shown()[0];
+    EXPECT_EQ(warning.title, "Certificate Changed");
+    EXPECT_EQ(warning.type, B_STOP_ALERT);
+    EXPECT_EQ(warning.buttons, std::vector<std::string>{"OK"});
+    EXPECT_TRUE(Holds(warning.text, "SHA-256 fingerprint now:\n" + server.Fingerprint()));
+    EXPECT_TRUE(Holds(warning.text, "The one you trust:\n" + old));
+    EXPECT_EQ(Stored(), "Tls=IfOffered\nCertificate=" + old + "\n");
+    // Refused before anything of the login was said.
+    EXPECT_EQ(Occurrences(server.ProtocolLog(), "\"USER "), logins);
 }

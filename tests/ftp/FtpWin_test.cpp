@@ -8,6 +8,7 @@
 #include "support/TickGaps.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
@@ -175,6 +176,67 @@ TEST_F(FtpWinTest, ANewSessionIsSavedOwnerOnlyWithItsSixKeys)
     {};
     ASSERT_EQ(stat(PathOf("site.ftp").c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, 0600u);
+    // A session with the default TLS choice leaves nothing else.
+    EXPECT_EQ(std::distance(fs::directory_iterator(PathOf("")), fs::directory_iterator()), 1);
+}
+
+// Below the session's fields, the TLS choice and the certificate trusted
+// for the session; they are kept in a file of their own, and the session
+// file stays byte for byte what a plain one is.
+TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
+{
+    const std::string plain = "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n";
+    auto window = Open(std::nullopt);
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    auto *tls = window->findChild<QComboBox *>("tlsChoice");
+    ASSERT_NE(tls, nullptr);
+    EXPECT_GT(tls->y(), fields[6]->y());
+    ASSERT_EQ(tls->count(), 3);
+    EXPECT_EQ(tls->currentText(), "TLS if the server offers it");
+    EXPECT_EQ(tls->itemText(1), "TLS required");
+    EXPECT_EQ(tls->itemText(2), "no TLS");
+    EXPECT_FALSE(window->findChild<QPushButton *>("bForget")->isVisible());
+    const char *typed[] = {"site", "h", "21", "u"};
+    for (int i = 0; i < 4; i++)
+        Type(i, typed[i]);
+    tls->setCurrentIndex(1);
+    Ok(window.get());
+    EXPECT_EQ(fAlerts.Count(), 0u);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), plain);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp.tls")), "Tls=Required\nCertificate=\n");
+    struct stat st
+    {};
+    ASSERT_EQ(stat(PathOf("site.ftp.tls").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    EXPECT_EQ(std::distance(fs::directory_iterator(PathOf("")), fs::directory_iterator()), 2)
+        << "no temporary file stays";
+
+    // A certificate trusted since: shown, and forgotten on request.
+    WriteFileBytes(PathOf("site.ftp.tls"), "Tls=Off\nCertificate=AB:CD\n");
+    window = Open("site.ftp");
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    tls = window->findChild<QComboBox *>("tlsChoice");
+    EXPECT_EQ(tls->currentText(), "no TLS");
+    auto *trusted = window->findChild<QLabel *>("trustedCertificate");
+    auto *forget = window->findChild<QPushButton *>("bForget");
+    EXPECT_EQ(trusted->text(), "AB:CD");
+    ASSERT_TRUE(forget->isVisible());
+    QTest::mouseClick(forget, Qt::LeftButton);
+    EXPECT_FALSE(forget->isVisible());
+    tls->setCurrentIndex(0);
+    Ok(window.get());
+    EXPECT_FALSE(fs::exists(PathOf("site.ftp.tls"))) << "the defaults need no file";
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), plain);
+
+    // Saved under another name, the choice and the trust go with it.
+    WriteFileBytes(PathOf("site.ftp.tls"), "Tls=Required\nCertificate=AB:CD\n");
+    window = Open("site.ftp");
+    Type(0, "copy");
+    Ok(window.get());
+    EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp.tls")), "Tls=Required\nCertificate=AB:CD\n");
+    EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp")), plain);
 }
 
 TEST_F(FtpWinTest, AMissingKeyShowsTheTextBeforeItAndRenamingKeepsTheOldFile)

@@ -9,6 +9,8 @@
 #include "SilentServer.h"
 #include "support/TickGaps.h"
 
+#include "fileops/FileOpsMessages.h"
+#include "ftp/FtpSecurity.h"
 #include "ftp/FtpSession.h"
 #include "panes/DirPane.h"
 #include "panes/KsHeader.h"
@@ -138,6 +140,36 @@ TEST_F(FtpPaneVsftpd, ConnectsBrowsesAndListsAgainOnOneConnection)
     EXPECT_EQ(list.Mode(), kestrin::kModeFolder);
     EXPECT_EQ(Header(), Local());
     EXPECT_FALSE(pane.Log()->isVisible());
+}
+
+// A server without TLS: a session that would use it goes on in clear, and
+// says so in the log and the header; one that wants none does not ask. A
+// download request names the session, whose TLS choice the transfer takes.
+TEST_F(FtpPaneVsftpd, AConnectionInClearIsNeverSilent)
+{
+    DirPane &pane = Open();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload());
+    EXPECT_EQ(pane.Header()->Note(), "not encrypted: the server refused TLS");
+    EXPECT_EQ(LogCount("The server refused TLS (530): this connection, password included, is "
+                       "not encrypted."),
+              1);
+    DirView &list = *pane.List();
+    const platform::Message request = list.Source().Request(kestrin::kMsgFtpDownload,
+                                                            {list.Row(list.FindItem("a.txt"))});
+    std::string session;
+    EXPECT_EQ(request.FindString("Session", &session), B_OK);
+    EXPECT_EQ(session, "site");
+
+    kestrin::FtpSecurity plain;
+    plain.tls = kestrin::FtpTls::Choice::Off;
+    ASSERT_TRUE(plain.Write("site"));
+    pane.Log()->clear();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload());
+    EXPECT_EQ(pane.Header()->Note(), "");
+    EXPECT_EQ(LogCount("AUTH TLS"), 0);
+    EXPECT_EQ(LogCount("USER anonymous"), 1);
 }
 
 TEST_F(FtpPaneVsftpd, MakesFoldersAndDeletesFilesAndFullFolders)

@@ -20,9 +20,21 @@
 class VsftpdServer
 {
 public:
-    // A rate above 0 bounds each transfer to that many bytes a second, so
-    // that a test can act while one is under way.
+    struct Options
+    {
+        // Above 0, each transfer is bounded to that many bytes a second, so
+        // that a test can act while one is under way.
+        unsigned bytesPerSecond = 0;
+        // Explicit TLS, required for logins and data, with a self-signed
+        // certificate the fixture makes; data connections must resume the
+        // control connection's TLS session (require_ssl_reuse).
+        bool tls = false;
+        // Anonymous logins are asked for a password, so a client sends PASS.
+        bool askPassword = false;
+    };
+
     explicit VsftpdServer(unsigned bytesPerSecond = 0);
+    explicit VsftpdServer(const Options &options);
     ~VsftpdServer();
 
     VsftpdServer(const VsftpdServer &) = delete;
@@ -33,6 +45,13 @@ public:
     unsigned Port() const { return fPort; }
     std::string Root() const;
     std::string Scratch() const;
+    // Every command and reply of the sessions so far, as vsftpd logs them.
+    std::string ProtocolLog() const;
+    // The SHA-256 fingerprint of the certificate the sessions show, as
+    // `openssl x509` gives it ("AB:CD:..."); empty without TLS.
+    std::string Fingerprint() const { return fFingerprint; }
+    // A new certificate (and key) for the sessions that start from now on.
+    bool RenewCertificate();
 
     // Ends every session at once, as a server process that dies does: the
     // connections drop, whatever they were doing. New ones are still served.
@@ -52,6 +71,7 @@ private:
     QTemporaryDir fDir;
     std::string fConfig;
     std::string fUnavailable;
+    std::string fFingerprint;
     platform::TcpSocket fListener;
     unsigned fPort = 0;
     std::atomic<bool> fStop{false};

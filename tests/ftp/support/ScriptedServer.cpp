@@ -19,6 +19,16 @@ void ScriptedServer::Session::Send(const std::string &bytes)
 std::string ScriptedServer::Session::ReadLine()
 {
     for (;;) {
+        std::string line = NextLine();
+        if (line.rfind("AUTH ", 0) != 0)
+            return line;
+        Send("502 AUTH not understood\r\n");
+    }
+}
+
+std::string ScriptedServer::Session::NextLine()
+{
+    for (;;) {
         const size_t end = fBuffered.find('\n');
         if (end != std::string::npos) {
             std::string line = fBuffered.substr(0, end + 1);

@@ -25,7 +25,9 @@ public:
 
         void Send(const std::string &bytes);
         // The next line from the client with its line end, recorded; "" when
-        // none came in time or the client closed.
+        // none came in time or the client closed. Like the old servers the
+        // scripts play, the session knows no TLS: it refuses AUTH itself
+        // (502), and the script reads on from the USER that follows.
         std::string ReadLine();
         // A listening socket on 127.0.0.1 for a passive data connection.
         unsigned ListenForData(platform::TcpSocket *listener);
@@ -41,6 +43,8 @@ public:
         void WaitForClose();
 
     private:
+        std::string NextLine();
+
         ScriptedServer *fServer;
         platform::TcpSocket *fControl;
         std::string fBuffered;

@@ -1,9 +1,11 @@
-// kestrin-ftp-driver get|put PORT REMOTE LOCAL
+// kestrin-ftp-driver get|put PORT REMOTE LOCAL [tls]
 // Moves one whole file between this machine and the FTP server on
 // 127.0.0.1:PORT with Kestrin's FTP client: anonymous login, binary type,
-// passive data connection. "get" writes REMOTE to the path LOCAL, "put"
-// stores the file LOCAL as REMOTE. Log lines go nowhere; progress calls are
-// answered as the copy engine answers them, so their cost is measured too.
+// passive data connection; with "tls", explicit TLS required for the login
+// and the data, whatever certificate the server shows (as curl -k). "get"
+// writes REMOTE to the path LOCAL, "put" stores the file LOCAL as REMOTE.
+// Log lines go nowhere; progress calls are answered as the copy engine
+// answers them, so their cost is measured too.
 
 #include "ftp/clsFTP.h"
 
@@ -20,7 +22,7 @@ int KeepGoing(int, int, const char *, void *)
 
 int Usage()
 {
-    fprintf(stderr, "usage: kestrin-ftp-driver get|put PORT REMOTE LOCAL\n");
+    fprintf(stderr, "usage: kestrin-ftp-driver get|put PORT REMOTE LOCAL [tls]\n");
     return 2;
 }
 
@@ -28,7 +30,8 @@ int Usage()
 
 int main(int argc, char **argv)
 {
-    if (argc != 5)
+    const bool tls = argc == 6 && std::string(argv[5]) == "tls";
+    if (argc != 5 && !tls)
         return Usage();
     const std::string mode = argv[1];
     const unsigned port = unsigned(strtoul(argv[2], nullptr, 10));
@@ -36,6 +39,9 @@ int main(int argc, char **argv)
         return Usage();
 
     kestrin::clsFTP ftp("127.0.0.1", port, nullptr, 0, 60000, KeepGoing, nullptr);
+    if (tls)
+        ftp.UseTls(kestrin::FtpTls::Choice::Required,
+                   [](const platform::TlsCertificate &) { return true; });
     int result = ftp.Connect("anonymous", "kestrin@localhost", nullptr);
     if (result != 0) {
         fprintf(stderr, "kestrin-ftp-driver: login failed with %d: %s\n", result, ftp.ReplyText());

@@ -48,12 +48,13 @@ median() { sort -n | awk '{a[NR]=$1} END {print (NR % 2) ? a[(NR+1)/2] : (a[NR/2
 # spread: "min-max" of the numbers on standard input, one a line.
 spread() { sort -n | awk 'NR == 1 {lo = $1} {hi = $1} END {printf "%.3f-%.3f", lo, hi}'; }
 
-# bench_vsftpd WORK SERVE: starts vsftpd on 127.0.0.1 serving SERVE to
-# anonymous users (its configuration in WORK, which also holds an empty
-# folder it needs), waits until it answers, and sets `port` and `server`
-# (its process id) for the caller, who stops it.
+# bench_vsftpd WORK SERVE [SETTINGS]: starts vsftpd on 127.0.0.1 serving
+# SERVE to anonymous users (its configuration in WORK, which also holds an
+# empty folder it needs), with the lines SETTINGS added to its configuration,
+# waits until it answers, and sets `port` and `server` (its process id) for
+# the caller, who stops it.
 bench_vsftpd() {
-    local work="$1" serve="$2"
+    local work="$1" serve="$2" settings="${3:-}"
     port="${FTP_PORT:-$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')}"
     cat >"$work/vsftpd.conf" <<CONF
 listen=YES
@@ -78,6 +79,7 @@ port_enable=YES
 connect_from_port_20=NO
 xferlog_enable=NO
 dirmessage_enable=NO
+$settings
 CONF
     "$(command -v vsftpd || echo /usr/sbin/vsftpd)" "$work/vsftpd.conf" &
     server=$!

@@ -3,8 +3,9 @@
 # file of one line, and an 8000 x 8000 PNG. For each: the time to the first
 # painted screen, the time from Ctrl+End to the last screen, the growth of
 # resident memory, and for the texts a find of a string in the last line
-# beside `grep -c` over the same file in the same run. Each figure is the
-# median of REPEAT runs (default 3).
+# beside `grep -c` over the same file in the same run; for the picture, also
+# the time until all of it is decoded. Each figure is the median of REPEAT
+# runs (default 3); the first screen's spread (fastest-slowest) follows it.
 # Usage: bench/viewer.sh [work folder]   (default: a temporary folder in /var/tmp)
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -39,12 +40,13 @@ picture="$work/picture.png"
 field() { awk -v key="$1" '$1 == key { print $2 }'; }
 
 measure() { # FILE [NEEDLE]
-    local file="$1" first=() end=() rss=() find=() grep_times=() out rows=""
+    local file="$1" first=() end=() whole=() rss=() find=() grep_times=() out rows=""
     cat "$file" >/dev/null # the page cache, warm for both
     for ((i = 0; i < repeat; i++)); do
         out="$("$driver" "$@" 2>/dev/null)"
         first+=("$(field first_ms <<<"$out")")
         end+=("$(field end_ms <<<"$out")")
+        whole+=("$(field whole_ms <<<"$out")")
         rss+=("$(field rss_mb <<<"$out")")
         rows="$(field rows <<<"$out")"
         if [ $# -gt 1 ]; then
@@ -52,8 +54,10 @@ measure() { # FILE [NEEDLE]
             grep_times+=("$(elapsed grep -c "$2" "$file")")
         fi
     done
-    printf '%-16s first screen %7.1f ms' "$(basename "$file")" "$(printf '%s\n' "${first[@]}" | median)"
+    printf '%-16s first screen %7.1f ms (%s)' "$(basename "$file")" \
+        "$(printf '%s\n' "${first[@]}" | median)" "$(printf '%s\n' "${first[@]}" | spread)"
     [ -n "${end[0]}" ] && printf '   end %6.1f ms' "$(printf '%s\n' "${end[@]}" | median)"
+    [ -n "${whole[0]}" ] && printf '   whole %6.1f ms' "$(printf '%s\n' "${whole[@]}" | median)"
     printf '   memory %7.1f MB' "$(printf '%s\n' "${rss[@]}" | median)"
     [ -n "$rows" ] && printf ' (%s rows)' "$rows"
     if [ $# -gt 1 ]; then

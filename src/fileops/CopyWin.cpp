@@ -1,11 +1,12 @@
 #include "fileops/CopyWin.h"
 
 #include "fileops/CopyEngine.h"
-#include "fileops/TransferRun.h"
 #include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
+#include "fileops/TransferRun.h"
 #include "platform/Alerts.h"
 #include "platform/Entry.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/RgbColor.h"
 #include "widgets/StatusBar.h"
 #include "widgets/WindowConventions.h"
@@ -93,8 +94,8 @@ CopyWin::CopyWin(const QRect &frame,
     setWindowTitle(title);
     fFullHeight = frame.height();
     fShort = NeedsNoOverallBar(request);
-    move(frame.topLeft());
     setFixedSize(frame.width(), fShort ? fFullHeight - kShortening : fFullHeight);
+    PlaceOnScreen(this, QRect(frame.topLeft(), size()));
 
     BuildViews();
     LayoutViews();

@@ -5,9 +5,11 @@
 #include "fileops/FileOpsMessages.h"
 #include "fileops/KestrinEntry.h"
 #include "ftp/FtpListing.h"
+#include "ftp/FtpSecurity.h"
 #include "ftp/clsFTP.h"
 #include "platform/Directory.h"
 #include "platform/Entry.h"
+#include "platform/File.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
 
@@ -39,7 +41,16 @@ platform::Alert ConnectAlert(int code)
                              "settings and try to reconnect."
                            : "Failed to connect to ftp server.\nPlease check your internet "
                              "connection";
+    if (const char *secure = FtpTls::ProblemText(code))
+        text = secure;
     return {"Connect Failed", text, {"OK"}, B_WARNING_ALERT};
+}
+
+std::string StringOf(const platform::Message &request, const char *field)
+{
+    std::string value;
+    request.FindString(field, &value);
+    return value;
 }
 
 // A plain CWD answers 250, which the client does not count as success.
@@ -120,6 +131,7 @@ FtpTransfer::FtpTransfer(const platform::Message &request,
     , fDestination(std::move(destination))
     , fControl(control)
     , fDownload(request.what == kMsgFtpDownload)
+    , fTrust(StringOf(request, "Session"), StringOf(request, "Host"))
 {}
 
 FtpTransfer::~FtpTransfer() = default;
@@ -152,7 +164,8 @@ bool FtpTransfer::Connect()
     fFtp = std::make_unique<clsFTP>(kTimeoutMs, &FtpTransfer::CopyFtpCallback, this);
     const int code = LogIn(*fFtp);
     if (code != 0) {
-        if (!Interrupted())
+        // A refused certificate was the user's answer, or had its warning.
+        if (!Interrupted() && code != FtpTls::kCertificateRefused)
             CopyControl::ReportError(&fControl, ConnectAlert(code));
         return false;
     }
@@ -169,8 +182,13 @@ bool FtpTransfer::Connect()
     return true;
 }
 
-int FtpTransfer::LogIn(clsFTP &ftp) const
+int FtpTransfer::LogIn(clsFTP &ftp)
 {
+    // The session's choice, as the pane takes it.
+    ftp.UseTls(FtpSecurity::Read(StringOf(fRequest, "Session")).tls,
+               [this](const platform::TlsCertificate &certificate) {
+                   return fTrust.Accept(certificate);
+               });
     std::string host, user, password;
     int32_t port = 0;
     fRequest.FindString("Host", &host);
@@ -178,7 +196,36 @@ int FtpTransfer::LogIn(clsFTP &ftp) const
     fRequest.FindString("Password", &password);
     fRequest.FindInt32("Port", &port);
     ftp.SetHost(host.c_str(), unsigned(port), nullptr, 0);
-    return ftp.Connect(user.c_str(), password.c_str(), nullptr);
+    const int code = ftp.Connect(user.c_str(), password.c_str(), nullptr);
+    // The names the pane showed came in UTF-8 where the server can send
+    // them so; the commands that name them must go the same way.
+    if (code == 0)
+        ftp.NegotiateFeatures();
+    return code;
+}
+
+bool FtpTransfer::CutShort(int code)
+{
+    if (code == 0 || code == kLocalFileFailed || Ended() || Interrupted())
+        return false;
+    // 426: the server saw the data connection break, and still listens.
+    return code == kNoReply || code == 426 || fFtp->ControlLoss() != clsFTP::Loss::None;
+}
+
+bool FtpTransfer::Reconnected()
+{
+    if (fFtp->ControlLoss() == clsFTP::Loss::None && fFtp->IsConnected())
+        return true;
+    fFtp->Leave();
+    return LogIn(*fFtp) == 0 && ChangedDir(fFtp->ChangeDir(fRemoteFolder.c_str()));
+}
+
+template<typename Op>
+int FtpTransfer::GoOn(int code, Op resume)
+{
+    for (int attempt = 0; attempt < kResumeAttempts && CutShort(code); attempt++)
+        code = Reconnected() ? resume() : kNoReply;
+    return code;
 }
 
 void FtpTransfer::UploadAll()
@@ -211,14 +258,32 @@ void FtpTransfer::UploadItem(const std::string &localPath)
 void FtpTransfer::UploadFile(const std::string &localPath, const std::string &name, time_t modified)
 {
     StartFile(localPath, RemoteJoin(fRemoteFolder, name), name);
-    const int code = Transfer(
-        [&](bool passive) { return fFtp->Upload(localPath.c_str(), name.c_str(), true, passive); });
+    const auto whole = [&] {
+        return Transfer([&](bool passive) {
+            return fFtp->Upload(localPath.c_str(), name.c_str(), true, passive);
+        });
+    };
+    // What the server received before the connection broke stays; the rest
+    // is appended. A server without APPE, or one that holds more than there
+    // is, takes the whole file again.
+    const auto resume = [&] {
+        int64_t received = 0;
+        off_t size = 0;
+        if (fFtp->FileSize(name.c_str(), &received) != 0 || received <= 0
+            || platform::File(localPath, B_READ_ONLY).GetSize(&size) != B_OK || received > size)
+            return whole();
+        const int code = Transfer([&](bool passive) {
+            return fFtp->ResumeUpload(localPath.c_str(), name.c_str(), received, true, passive);
+        });
+        return code == 0 || CutShort(code) ? code : whole();
+    };
+    const int code = GoOn(whole(), resume);
     if (fStopped) {
         // Half a file on the server is no copy of it.
         fFtp->DeleteFile(name.c_str());
         return;
     }
-    if (code != 0 && fFtp->ControlLoss() != clsFTP::Loss::None && !Interrupted())
+    if (CutShort(code))
         RemovePartialUpload(name);
     if (code != 0) {
         TransferFailed("upload", name, code);
@@ -294,7 +359,7 @@ void FtpTransfer::DownloadAll()
     std::string name;
     for (int32_t i = 0; i < files && !Ended(); i++) {
         if (fRequest.FindString("FtpFile", i, &name) == B_OK)
-            DownloadFile(fDestination, name);
+            DownloadFile(fDestination, name, Listed());
     }
     for (int32_t i = 0; i < folders && !Ended(); i++) {
         if (fRequest.FindString("FtpDir", i, &name) == B_OK)
@@ -304,8 +369,7 @@ void FtpTransfer::DownloadAll()
 
 void FtpTransfer::DownloadFile(const std::string &localFolder,
                                const std::string &name,
-                               int64_t size,
-                               std::optional<time_t> listed)
+                               Listed listed)
 {
     if (!IsSafeLocalName(name)) {
         Refuse("download", name, "a local file cannot have that name");
@@ -316,15 +380,37 @@ void FtpTransfer::DownloadFile(const std::string &localFolder,
     StartFile(RemoteJoin(fRemoteFolder, name), target, name);
     // Servers that announce no size in their reply to RETR would otherwise
     // leave the bars standing still for the whole file.
-    if (size >= 0 || fFtp->FileSize(name.c_str(), &size) == 0)
-        fFtp->ExpectSize(size);
-    const int code = Transfer([&](bool passive) {
-        return fFtp->Download(name.c_str(),
-                              localFolder.c_str(),
-                              platform::LeafName(partial).c_str(),
-                              true,
-                              passive);
-    });
+    if (listed.size < 0 && fFtp->FileSize(name.c_str(), &listed.size) != 0)
+        listed.size = -1;
+    const std::string partialName = platform::LeafName(partial);
+    const auto whole = [&] {
+        fFtp->ExpectSize(std::max<int64_t>(listed.size, 0));
+        return Transfer([&](bool passive) {
+            return fFtp->Download(name.c_str(),
+                                  localFolder.c_str(),
+                                  partialName.c_str(),
+                                  true,
+                                  passive);
+        });
+    };
+    // Goes on from what arrived before the connection broke; a server
+    // without REST sends the whole file again.
+    const auto resume = [&] {
+        off_t have = 0;
+        if (platform::File(partial, B_READ_ONLY).GetSize(&have) != B_OK || have <= 0)
+            return whole();
+        fFtp->ExpectSize(std::max<int64_t>(listed.size, 0));
+        const int code = Transfer([&](bool passive) {
+            return fFtp->ResumeDownload(name.c_str(),
+                                        localFolder.c_str(),
+                                        partialName.c_str(),
+                                        have,
+                                        true,
+                                        passive);
+        });
+        return code == 0 || CutShort(code) ? code : whole();
+    };
+    const int code = GoOn(whole(), resume);
     platform::Entry received(partial);
     if (code == 0 && !fStopped) {
         // Dated before it takes its name, so it never shows the time of the
@@ -345,11 +431,13 @@ void FtpTransfer::DownloadFile(const std::string &localFolder,
         TransferFailed("download", name, code);
 }
 
-std::optional<timespec> FtpTransfer::RemoteTime(const std::string &name,
-                                                std::optional<time_t> listed)
+std::optional<timespec> FtpTransfer::RemoteTime(const std::string &name, const Listed &listed)
 {
-    // MDTM tells the second, a listing the day at best. A server without it
-    // says so once, and only the listings serve for the rest of the request.
+    // MDTM tells the second, a LIST line the day at best, a machine listing
+    // the second too. A server without MDTM says so once, and only the
+    // listings serve for the rest of the request.
+    if (listed.exact && listed.time)
+        return timespec{*listed.time, 0};
     if (fServerTellsTimes) {
         timespec told{};
         const int code = fFtp->ModificationTime(name.c_str(), &told);
@@ -358,8 +446,8 @@ std::optional<timespec> FtpTransfer::RemoteTime(const std::string &name,
         if (IsUnknownCommand(code))
             fServerTellsTimes = false;
     }
-    if (listed)
-        return timespec{*listed, 0};
+    if (listed.time)
+        return timespec{*listed.time, 0};
     return std::nullopt;
 }
 
@@ -380,11 +468,14 @@ void FtpTransfer::DownloadDir(const std::string &localFolder,
         for (const FtpListingRow &row : GetEntries(listing)) {
             if (Ended())
                 break;
+            const std::optional<time_t> time = row.modified ? row.modified : ListedTime(row.date);
             // A link on the server may lead anywhere there; it is left out.
             if (row.permissions.starts_with("d"))
-                DownloadDir(local, row.name, ListedTime(row.date));
+                DownloadDir(local, row.name, time);
             else if (row.permissions.starts_with("-"))
-                DownloadFile(local, row.name, ListedSize(row.size), ListedTime(row.date));
+                DownloadFile(local,
+                             row.name,
+                             {ListedSize(row.size), time, row.modified.has_value()});
         }
         // Last: every entry made in it changed its time.
         if (listed && !Ended())
@@ -395,7 +486,11 @@ void FtpTransfer::DownloadDir(const std::string &localFolder,
 
 bool FtpTransfer::EnterRemoteFolder(const std::string &name, const std::string &verb)
 {
-    if (!ChangedDir(fFtp->ChangeDir(name.c_str()))) {
+    const auto enter = [&] {
+        const int code = fFtp->ChangeDir(name.c_str());
+        return ChangedDir(code) ? 0 : code;
+    };
+    if (GoOn(enter(), enter) != 0) {
         Refuse(verb, name, std::string("the server answered: ") + fFtp->ReplyText());
         return false;
     }
@@ -427,11 +522,15 @@ bool FtpTransfer::MakeLocalFolder(const std::string &path, const std::string &na
 
 bool FtpTransfer::ListRemoteFolder(std::string *listing)
 {
-    char *text = nullptr;
-    const int code = Transfer([&](bool passive) { return fFtp->List(nullptr, &text, passive); });
-    if (text != nullptr)
-        *listing = text;
-    clsFTP::DisposeBuffer(&text);
+    const auto list = [&] {
+        char *text = nullptr;
+        const int code = Transfer([&](bool passive) { return fFtp->List(nullptr, &text, passive); });
+        if (text != nullptr)
+            *listing = text;
+        clsFTP::DisposeBuffer(&text);
+        return code;
+    };
+    const int code = GoOn(list(), list);
     if (code != 0)
         TransferFailed("download", platform::LeafName(fRemoteFolder), code);
     return code == 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/FtpCertificateTrust.h"
 #include "platform/Message.h"
 #include "platform/SocketInterrupt.h"
 
@@ -17,7 +18,8 @@ class clsFTP;
 // One FTP request of the panes over a connection of its own: an upload
 // ('DATA' with "Session": the "refs" into the remote folder "FtpPath") or a
 // download (604: every "FtpFile" and "FtpDir" of "FtpPath" into the
-// destination folder), folders with everything in them. Progress, pause,
+// destination folder), folders with everything in them. Both take the TLS
+// choice and the trusted certificate of the session that "Session" names. Progress, pause,
 // stop and every failure go through `control`, as for local copies.
 //
 // A download is written under a hidden name of its own and renamed into place
@@ -26,8 +28,14 @@ class clsFTP;
 // holds "/" or is made of dots is never used as a local name: that item is
 // refused with an alert and the rest goes on.
 //
+// A file, listing or folder change cut short by a lost connection logs in
+// again and goes on where it broke (REST for a download, APPE for an upload,
+// where the server has them; else from the start), up to kResumeAttempts
+// times, before it fails as any transfer does.
+//
 // Dates travel where the server allows: a download keeps the modification
-// time the server tells (MDTM, else the listing's date when it names a year),
+// time the server tells (a machine listing's, MDTM, else the listing's date
+// when it names a year),
 // a folder's set once its contents are in; an upload sets the local file's
 // on the server (MFMT). A server without either command is asked once.
 class FtpTransfer
@@ -35,6 +43,9 @@ class FtpTransfer
 public:
     // The client waits this long for any answer of the server.
     static constexpr unsigned kTimeoutMs = 60000;
+    // How often a transfer cut short by a lost connection is taken up again
+    // over a new one before it fails.
+    static constexpr int kResumeAttempts = 3;
 
     FtpTransfer(const platform::Message &request, std::string destination, CopyControl &control);
     ~FtpTransfer();
@@ -54,9 +65,19 @@ public:
     static bool IsSafeLocalName(const std::string &name);
 
 private:
+    // What a listing said of a file: its size (-1 when it said none, so
+    // the server is asked), its time, and whether that is to the second.
+    struct Listed
+    {
+        int64_t size = -1;
+        std::optional<time_t> time;
+        bool exact = false;
+    };
+
     bool Connect();
-    // Logs `ftp` in to the request's server: 0, or the client's code.
-    int LogIn(clsFTP &ftp) const;
+    // Logs `ftp` in to the request's server, with the TLS its session asks
+    // for ("Session"): 0, or the client's code.
+    int LogIn(clsFTP &ftp);
     void UploadAll();
     void DownloadAll();
     void UploadItem(const std::string &localPath);
@@ -69,16 +90,11 @@ private:
     // Gives the remote entry `name` of the current folder the time `modified`
     // where the server takes it; silent either way.
     void SetRemoteTime(const std::string &name, time_t modified);
-    // `size` and `listed` are what a listing said of the file: -1 asks the
-    // server for the size, and its date only serves when the server tells
-    // none.
-    void DownloadFile(const std::string &localFolder,
-                      const std::string &name,
-                      int64_t size = -1,
-                      std::optional<time_t> listed = std::nullopt);
-    // The modification time of the remote file `name` as the server tells
-    // it, else `listed`.
-    std::optional<timespec> RemoteTime(const std::string &name, std::optional<time_t> listed);
+    // A listed time to the day only serves when the server tells none.
+    void DownloadFile(const std::string &localFolder, const std::string &name, Listed listed);
+    // The modification time of the remote file `name`: the listing's when
+    // exact, else as the server tells it, else the listing's.
+    std::optional<timespec> RemoteTime(const std::string &name, const Listed &listed);
     // The mirror: lists the remote folder, makes the local one, fetches its
     // files and sub-folders, and changes back; the folder takes the time
     // `listed`, when known, after its contents.
@@ -94,6 +110,16 @@ private:
     // refuses PASV. `op` is given the mode and answers the client's result.
     template<typename Op>
     int Transfer(Op op);
+    // Whether a step that answered `code` was cut short by a lost
+    // connection (or a broken data connection) and may be taken up again.
+    bool CutShort(int code);
+    // Logs in again, where the connection is gone, and changes back to the
+    // folder the request is in.
+    bool Reconnected();
+    // After a step answered `code`: while it was cut short, reconnects and
+    // runs `resume`, kResumeAttempts times at most. The last code.
+    template<typename Op>
+    int GoOn(int code, Op resume);
     int Progress(int percent, int count);
     void StartFile(const std::string &source, const std::string &target, const std::string &name);
     // A failed transfer of `name`: the alert, and the end of the request
@@ -114,6 +140,7 @@ private:
     platform::SocketInterrupt fInterrupt;
     std::unique_ptr<clsFTP> fFtp;
     bool fDownload = false;
+    FtpCertificateTrust fTrust;
     bool fPassive = true;
     bool fStopped = false;
     bool fAborted = false;

@@ -3,6 +3,7 @@
 #include "app/PaneSettings.h"
 #include "fileops/AttributeView.h"
 #include "fileops/KestrinEntry.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/WindowConventions.h"
 
 #include <QFileIconProvider>
@@ -29,8 +30,8 @@ GetInfo::GetInfo(const std::string &path, const QRect &near, QWidget *parent)
     , fFacts(EntryFacts::Read(path, PaneSettings::Load().dateFormat))
 {
     setWindowTitle(QString::fromStdString(fFacts.name) + " Info");
-    resize(kWidth, kHeight);
-    move(near.center() - QPoint(kWidth / 2, kHeight / 2));
+    PlaceOnScreen(this,
+                  QRect(near.center() - QPoint(kWidth / 2, kHeight / 2), QSize(kWidth, kHeight)));
 
     auto *band = new QWidget(this);
     band->setObjectName("LeftView");

@@ -1,4 +1,5 @@
 #include "fileops/GetTextWin.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/RgbColor.h"
 #include "widgets/WindowConventions.h"
 
@@ -76,8 +77,8 @@ GetTextWin::GetTextWin(const QRect &frame,
     const int buttonHeight = buttons.front()->sizeHint().height();
     const int buttonTop = kMargin + kLabelHeight + kGap + kFieldHeight + kGap + kMargin;
     const int height = buttonTop + buttonHeight + kMargin;
-    setGeometry(frame.x(), frame.y(), width, height);
     setFixedSize(width, height);
+    PlaceOnScreen(this, QRect(frame.x(), frame.y(), width, height));
 
     auto *label = new QLabel(prompt, this);
     label->setObjectName("Label1");

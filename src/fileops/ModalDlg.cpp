@@ -1,6 +1,7 @@
 #include "fileops/ModalDlg.h"
 
-#include <QGuiApplication>
+#include "widgets/PlaceOnScreen.h"
+
 #include <QScreen>
 #include <cmath>
 
@@ -25,15 +26,17 @@ ModalDlg::ModalDlg(QWidget *parent)
     setModal(true);
     setWindowTitle(QString());
     QRect screen(0, 0, kWidth, kHeight);
-    if (const QScreen *primary = QGuiApplication::primaryScreen())
-        screen = primary->geometry();
+    if (const QScreen *shown = ScreenFor(parent))
+        screen = shown->geometry();
     // Placing the dialog ourselves also keeps QDialog from centring it on
     // its parent when shown.
-    setGeometry(CentredStart(screen.x(), screen.width(), kWidth),
-                CentredStart(screen.y(), screen.height(), kHeight),
-                kWidth,
-                kHeight);
     setFixedSize(kWidth, kHeight);
+    PlaceOnScreen(this,
+                  QRect(CentredStart(screen.x(), screen.width(), kWidth),
+                        CentredStart(screen.y(), screen.height(), kHeight),
+                        kWidth,
+                        kHeight),
+                  parent);
 }
 
 ModalDlg::~ModalDlg() = default;

@@ -1,6 +1,7 @@
 #include "fileops/OverWin.h"
 
 #include "fileops/FileOpsMessages.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/RgbColor.h"
 #include "widgets/WindowConventions.h"
 
@@ -26,7 +27,11 @@ OverWin::OverWin(const QRect &frame, const QString &title, QWidget *parent)
 {
     setWindowTitle(title);
     setFixedSize(kWidth, kHeight);
-    move(frame.x() + (frame.width() - kWidth) / 2, frame.y() + (frame.height() - kHeight) / 2);
+    PlaceOnScreen(this,
+                  QRect(frame.x() + (frame.width() - kWidth) / 2,
+                        frame.y() + (frame.height() - kHeight) / 2,
+                        kWidth,
+                        kHeight));
 
     QPalette panel = palette();
     panel.setColor(QPalette::Window, kPanelGrey);

@@ -2,6 +2,7 @@
 
 #include "app/EntryTexts.h"
 #include "fileops/FileOpsMessages.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/RgbColor.h"
 #include "widgets/WindowConventions.h"
 
@@ -31,7 +32,11 @@ PermissionsWin::PermissionsWin(const QRect &frame, platform::Handler *target, QW
 {
     setWindowTitle("Set File Permissions");
     setFixedSize(kWidth, kHeight);
-    move(frame.x() + (frame.width() - kWidth) / 2, frame.y() + (frame.height() - kHeight) / 2);
+    PlaceOnScreen(this,
+                  QRect(frame.x() + (frame.width() - kWidth) / 2,
+                        frame.y() + (frame.height() - kHeight) / 2,
+                        kWidth,
+                        kHeight));
 
     auto *background = new QWidget(this);
     background->setGeometry(0, 0, kWidth, kHeight);

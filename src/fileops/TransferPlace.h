@@ -19,7 +19,10 @@ struct TransferPlace
     std::string folder;
     std::optional<FtpSession> server;
 
-    static TransferPlace LocalFolder(std::string path) { return {Kind::Folder, std::move(path), {}}; }
+    static TransferPlace LocalFolder(std::string path)
+    {
+        return {Kind::Folder, std::move(path), {}};
+    }
 };
 
 } // namespace kestrin

@@ -41,8 +41,7 @@ bool TransferRun::MakeWorkFolder()
 {
     std::string base;
     if (platform::FindDirectory(platform::DirectoryWhich::Transfers, &base, true) == B_OK
-        && platform::Directory::CreatePrivate(platform::JoinPath(base, "work-XXXXXX"),
-                                              &fWorkFolder)
+        && platform::Directory::CreatePrivate(platform::JoinPath(base, "work-XXXXXX"), &fWorkFolder)
                == B_OK)
         return true;
     fWorkFolder.clear();
@@ -65,7 +64,8 @@ void TransferRun::RemoveWorkFolder()
 
 std::string TransferRun::StageFolder(TransferPlan::Stage stage) const
 {
-    return platform::JoinPath(fWorkFolder, stage == TransferPlan::Stage::Packed ? "packed" : "fetched");
+    return platform::JoinPath(fWorkFolder,
+                              stage == TransferPlan::Stage::Packed ? "packed" : "fetched");
 }
 
 bool TransferRun::AddStagedRefs(TransferPlan::Stage stage, platform::Message &request) const

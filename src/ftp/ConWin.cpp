@@ -6,6 +6,7 @@
 #include "ftp/FtpWin.h"
 #include "platform/Alerts.h"
 #include "platform/NodeMonitor.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/WindowConventions.h"
 
 #include <QHBoxLayout>
@@ -33,8 +34,8 @@ ConWin::ConWin(const QRect &frame, platform::Handler *target, QWidget *parent)
     , fTarget(target)
 {
     setWindowTitle("Ftp Sessions");
-    resize(kWidth, kHeight);
-    move(frame.center() - QPoint(kWidth / 2, kHeight / 2));
+    PlaceOnScreen(this,
+                  QRect(frame.center() - QPoint(kWidth / 2, kHeight / 2), QSize(kWidth, kHeight)));
 
     auto *container = new QWidget(this);
     container->setObjectName("FtpConContainer");

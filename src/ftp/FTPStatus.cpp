@@ -1,6 +1,7 @@
 #include "ftp/FTPStatus.h"
 
 #include "ftp/FtpMessages.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/StatusLog.h"
 #include "widgets/WindowConventions.h"
 
@@ -19,8 +20,8 @@ FTPStatus::FTPStatus(const QRect &frame, QWidget *owner)
     : QWidget(owner, Qt::Window)
 {
     setWindowTitle("Status");
-    resize(kWidth, kHeight);
-    move(frame.center() - QPoint(kWidth / 2, kHeight / 2));
+    PlaceOnScreen(this,
+                  QRect(frame.center() - QPoint(kWidth / 2, kHeight / 2), QSize(kWidth, kHeight)));
 
     auto *container = new QWidget(this);
     container->setObjectName("ScrollContainer");

@@ -1,6 +1,8 @@
 #include "ftp/FtpConversation.h"
 
 #include "ftp/FtpFolderClient.h"
+#include "ftp/FtpTls.h"
+#include "ftp/SessionPassword.h"
 #include "platform/SocketInterrupt.h"
 
 #include <condition_variable>
@@ -34,7 +36,9 @@ struct FtpConversation::Shared
     platform::SocketInterrupt interrupt;
 };
 
-FtpConversation::FtpConversation(FtpSession session, unsigned timeoutMs)
+FtpConversation::FtpConversation(FtpSession session,
+                                 unsigned timeoutMs,
+                                 std::chrono::milliseconds keepAlive)
     : fSession(std::move(session))
     , fShared(std::make_shared<Shared>())
 {
@@ -42,9 +46,9 @@ FtpConversation::FtpConversation(FtpSession session, unsigned timeoutMs)
     // what it posts reaches the conversation only while it lives.
     fWork = platform::Background::Start(
         this,
-        [shared = fShared, session = fSession, timeoutMs, self = this](
+        [shared = fShared, session = fSession, timeoutMs, keepAlive, self = this](
             const platform::Background::Task &task) {
-            Work(shared, session, timeoutMs, [&task, self](Call call) {
+            Work(shared, session, timeoutMs, keepAlive, [&task, self](Call call) {
                 task.Post([self, call = std::move(call)] { call(*self); });
             });
         },
@@ -94,8 +98,15 @@ void FtpConversation::Deliver(uint64_t id, FtpResult &result, const Done &done)
 {
     if (id != fLatest)
         return;
+    fInClear = result.inClear;
     if (result.connectCode == kLoginRefused)
         fStatus = "ftp: Bad username or password.";
+    else if (result.connectCode == FtpTls::kNotOffered)
+        fStatus = "ftp: No TLS on the server; the session requires it.";
+    else if (result.connectCode == FtpTls::kFailed)
+        fStatus = "ftp: TLS failed.";
+    else if (result.connectCode == FtpTls::kCertificateRefused)
+        fStatus = "ftp: The server's certificate was not accepted.";
     else if (result.connectCode != 0)
         fStatus = "ftp: Failed to connect.  Please check you internet connection";
     else
@@ -106,12 +117,34 @@ void FtpConversation::Deliver(uint64_t id, FtpResult &result, const Done &done)
     emit Changed();
 }
 
+std::string FtpConversation::KeyringPassword(const FtpSession &session, const Post &post)
+{
+    const platform::Keyring::Found found = SessionPassword::Lookup(session);
+    if (found.secret) {
+        post([password = *found.secret](FtpConversation &conversation) {
+            conversation.fSession.pass = password;
+        });
+        return *found.secret;
+    }
+    const std::string why = found.error.empty()
+                                ? "The desktop keyring holds no password for this session."
+                                : "Kestrin could not read the password from the desktop keyring: "
+                                      + found.error;
+    post([text = QString::fromStdString(why)](FtpConversation &conversation) {
+        emit conversation.LogLine(text);
+    });
+    return {};
+}
+
 void FtpConversation::Work(std::shared_ptr<Shared> shared,
                            FtpSession session,
                            unsigned timeoutMs,
-                           const std::function<void(Call)> &post)
+                           std::chrono::milliseconds keepAlive,
+                           const Post &post)
 {
     platform::SocketInterrupt::Scope scope(&shared->interrupt);
+    if (session.passwordInKeyring)
+        session.pass = KeyringPassword(session, post);
     FtpFolderClient client(std::move(session), timeoutMs, [&post](const std::string &line) {
         post([text = QString::fromStdString(line)](FtpConversation &conversation) {
             emit conversation.LogLine(text);
@@ -119,34 +152,66 @@ void FtpConversation::Work(std::shared_ptr<Shared> shared,
     });
     std::unique_lock<std::mutex> hold(shared->lock);
     for (;;) {
-        shared->wake.wait(hold, [&] { return shared->pending || shared->quit; });
-        if (!shared->pending)
+        const bool woken = shared->wake.wait_for(hold, keepAlive, [&] {
+            return shared->pending || shared->quit;
+        });
+        if (!woken)
+            KeepAlive(*shared, client, hold);
+        else if (shared->pending)
+            RunJob(shared, client, hold, post);
+        else
             break;
-        Shared::Job job = std::move(*shared->pending);
-        shared->pending.reset();
-        shared->busy = true;
-        hold.unlock();
-
-        auto result = std::make_shared<FtpResult>(client.Run(job.request, [&] {
-            post([id = job.id](FtpConversation &conversation) { conversation.Connected(id); });
-        }));
-        const bool cut = shared->interrupt.Triggered();
-        if (!cut && job.prepare)
-            job.prepare(*result);
-
-        hold.lock();
-        shared->busy = false;
-        if (shared->interrupt.Triggered()) {
-            shared->interrupt.Reset();
-            client.ConnectionLost();
-        } else {
-            post([id = job.id, result, done = std::move(job.done)](FtpConversation &conversation) {
-                conversation.Deliver(id, *result, done);
-            });
-        }
     }
     hold.unlock();
     client.Quit();
+}
+
+void FtpConversation::RunJob(const std::shared_ptr<Shared> &shared,
+                             FtpFolderClient &client,
+                             std::unique_lock<std::mutex> &hold,
+                             const Post &post)
+{
+    Shared::Job job = std::move(*shared->pending);
+    shared->pending.reset();
+    shared->busy = true;
+    hold.unlock();
+
+    auto result = std::make_shared<FtpResult>(client.Run(job.request, [&] {
+        post([id = job.id](FtpConversation &conversation) { conversation.Connected(id); });
+    }));
+    const bool cut = shared->interrupt.Triggered();
+    if (!cut && job.prepare)
+        job.prepare(*result);
+
+    hold.lock();
+    shared->busy = false;
+    if (shared->interrupt.Triggered()) {
+        shared->interrupt.Reset();
+        client.ConnectionLost();
+    } else {
+        post([id = job.id, result, done = std::move(job.done)](FtpConversation &conversation) {
+            conversation.Deliver(id, *result, done);
+        });
+    }
+}
+
+void FtpConversation::KeepAlive(Shared &shared,
+                                FtpFolderClient &client,
+                                std::unique_lock<std::mutex> &hold)
+{
+    if (!client.LoggedIn())
+        return;
+    // Busy as for a request: one that comes meanwhile cuts the NOOP short
+    // rather than wait behind a server that fell silent.
+    shared.busy = true;
+    hold.unlock();
+    client.KeepAlive();
+    hold.lock();
+    shared.busy = false;
+    if (shared.interrupt.Triggered()) {
+        shared.interrupt.Reset();
+        client.ConnectionLost();
+    }
 }
 
 } // namespace kestrin

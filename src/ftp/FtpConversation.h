@@ -6,12 +6,16 @@
 
 #include <QObject>
 #include <QString>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace kestrin {
+
+class FtpFolderClient;
 
 // A pane's conversation with its FTP server. One client, on a worker thread
 // of its own, runs the pane's requests one at a time (log in, change folder,
@@ -19,7 +23,14 @@ namespace kestrin {
 // cancels the one running at once (its sockets are shut down, without
 // waiting for the time-out) and the connection is made again for the newer
 // one. The client's log lines and each request's result arrive on the GUI
-// thread.
+// thread. A session whose password is in the desktop keyring has it read
+// there by the worker before its first login; the session then holds it,
+// for the transfers that log in on their own.
+//
+// While no request comes, the worker keeps the connection: NOOP after each
+// `keepAlive` of quiet, well within the idle time-outs of servers (IIS ends
+// idle sessions after two minutes, vsftpd after five), and a connection the
+// server ended all the same is made again at once.
 //
 // Made and used on the GUI thread. Destroying it sends QUIT on the worker,
 // or cuts a request short; nothing waits for either.
@@ -34,13 +45,20 @@ public:
     using Prepare = std::function<void(FtpResult &)>;
     using Done = std::function<void(FtpResult &)>;
 
-    explicit FtpConversation(FtpSession session, unsigned timeoutMs = 60000);
+    static constexpr std::chrono::milliseconds kKeepAlive{60000};
+
+    explicit FtpConversation(FtpSession session,
+                             unsigned timeoutMs = 60000,
+                             std::chrono::milliseconds keepAlive = kKeepAlive);
     ~FtpConversation() override;
 
+    // The session; its password is empty until the keyring's has arrived.
     const FtpSession &Session() const { return fSession; }
     // "ftp: Connecting...", "ftp: Connected!", or why connecting failed;
     // empty once a folder is listed.
     const std::string &Status() const { return fStatus; }
+    // The server refused TLS, and the conversation goes in clear.
+    bool InClear() const { return fInClear; }
 
     void Submit(FtpRequest request, Prepare prepare, Done done);
 
@@ -52,12 +70,26 @@ signals:
 
 private:
     struct Shared;
-    // What the worker hands to the GUI thread.
+    // What the worker hands to the GUI thread, and how it hands it.
     using Call = std::function<void(FtpConversation &)>;
+    using Post = std::function<void(Call)>;
     static void Work(std::shared_ptr<Shared> shared,
                      FtpSession session,
                      unsigned timeoutMs,
-                     const std::function<void(Call)> &post);
+                     std::chrono::milliseconds keepAlive,
+                     const Post &post);
+    // On the worker, with `hold` locked on entry and on return.
+    static void RunJob(const std::shared_ptr<Shared> &shared,
+                       FtpFolderClient &client,
+                       std::unique_lock<std::mutex> &hold,
+                       const Post &post);
+    static void KeepAlive(Shared &shared,
+                          FtpFolderClient &client,
+                          std::unique_lock<std::mutex> &hold);
+    // On the worker: the password the keyring keeps for `session`, handed to
+    // the GUI thread too; empty, with a line in the log saying why, when it
+    // could not be had.
+    static std::string KeyringPassword(const FtpSession &session, const Post &post);
     void Connected(uint64_t id);
     void Deliver(uint64_t id, FtpResult &result, const Done &done);
     void SetStatus(const std::string &status);
@@ -66,6 +98,7 @@ private:
     std::shared_ptr<Shared> fShared;
     platform::Background::Task fWork;
     std::string fStatus;
+    bool fInClear = false;
     uint64_t fLatest = 0;
 };
 

@@ -77,6 +77,16 @@ bool FtpDataChannel::SendBlock(const char *block,
     return true;
 }
 
+void FtpDataChannel::FinishSending()
+{
+    data.ShutdownSend();
+    if (!data.IsSecure())
+        return;
+    char discarded[4096];
+    while (data.Receive(discarded, sizeof discarded) > 0) {
+    }
+}
+
 void FtpDataChannel::Close()
 {
     listener.Close();

@@ -47,6 +47,12 @@ public:
     // abandons the rest of the block. False when the connection failed.
     bool SendBlock(const char *block, size_t size, int64_t *sent, const Progress &progress);
 
+    // After an upload's last byte: the end of the stream sent, and, over
+    // TLS, what the server said read to its end. A server in TLS 1.3 sends
+    // session tickets that an upload never reads, and a connection closed
+    // on unread bytes is reset: the server could lose the end of the file.
+    void FinishSending();
+
     void Close();
 };
 

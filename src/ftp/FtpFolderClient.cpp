@@ -1,6 +1,7 @@
 #include "ftp/FtpFolderClient.h"
 
 #include "ftp/FtpListing.h"
+#include "ftp/FtpSecurity.h"
 #include "platform/PathNames.h"
 
 namespace kestrin {
@@ -23,6 +24,7 @@ FtpFolderClient::FtpFolderClient(FtpSession session, unsigned timeoutMs, LogLine
     : fSession(std::move(session))
     , fLog(std::move(log))
     , fFtp(timeoutMs, &FtpFolderClient::Report, this)
+    , fTrust(fSession.name, fSession.host)
 {}
 
 FtpFolderClient::~FtpFolderClient() = default;
@@ -43,9 +45,34 @@ int FtpFolderClient::Login()
     fFolder.clear();
     fPassive = true;
     fFtp.SetHost(fSession.host.c_str(), fSession.PortNumber(), nullptr, 0);
+    // Read at each login: the choice, or a certificate trusted since, may
+    // have changed in the meantime.
+    fFtp.UseTls(FtpSecurity::Read(fSession.name).tls,
+                [this](const platform::TlsCertificate &certificate) {
+                    return fTrust.Accept(certificate);
+                });
     const int code = fFtp.Connect(fSession.user.c_str(), fSession.pass.c_str(), nullptr);
     fLoggedIn = code == 0;
+    if (fLoggedIn)
+        fFtp.NegotiateFeatures();
     return code;
+}
+
+void FtpFolderClient::KeepAlive()
+{
+    if (!fLoggedIn)
+        return;
+    fFtp.Noop();
+    if (!Lost())
+        return;
+    if (fLog)
+        fLog("The server ended the connection; logging in again.");
+    const std::string folder = fFolder;
+    if (Login() != 0 || folder.empty())
+        return;
+    const int code = fFtp.ChangeDir(folder.c_str());
+    if (code == 0 || code == 250)
+        fFolder = folder;
 }
 
 FtpResult FtpFolderClient::Run(const FtpRequest &request, const std::function<void()> &connected)
@@ -68,6 +95,7 @@ FtpResult FtpFolderClient::Run(const FtpRequest &request, const std::function<vo
     }
     if (result.connectCode == 0 && Lost())
         result.connectCode = clsFTP::kNoReply;
+    result.inClear = result.connectCode == 0 && fFtp.Tls().Outcome() == FtpTls::State::Refused;
     if (result.connectCode != 0) {
         GiveUp(&result);
     } else if (result.listCode == 0 && !result.folder.empty()) {

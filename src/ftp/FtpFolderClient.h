@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/FtpCertificateTrust.h"
 #include "ftp/FtpRequest.h"
 #include "ftp/FtpSession.h"
 #include "ftp/clsFTP.h"
@@ -29,11 +30,18 @@ public:
     FtpResult Run(const FtpRequest &request, const std::function<void()> &connected);
     // The connection was cut under a request: the next one logs in again.
     void ConnectionLost() { fLoggedIn = false; }
+    bool LoggedIn() const { return fLoggedIn; }
+    // For an idle connection: NOOP, so that the server does not end it for
+    // idleness. One that the server ended all the same is made again at
+    // once, in the folder it was in, and the log says so; when that fails,
+    // the next request logs in.
+    void KeepAlive();
     // QUIT, when still connected.
     void Quit();
 
 private:
     static int Report(int code, int count, const char *text, void *data);
+    // Logs in and takes up what the server offers beyond RFC 959.
     int Login();
     // Logs in, changes to where the request starts and runs it.
     FtpResult LogInAndVisit(const FtpRequest &request, const std::function<void()> &connected);
@@ -51,6 +59,7 @@ private:
     FtpSession fSession;
     LogLine fLog;
     clsFTP fFtp;
+    FtpCertificateTrust fTrust;
     bool fLoggedIn = false;
     bool fPassive = true;
     std::string fFolder;

@@ -54,6 +54,9 @@ struct FtpResult
     // 0, or why LIST failed; the listing as the server sent it.
     int listCode = 0;
     std::string listing;
+    // The server refused TLS that the session would have used: the
+    // connection, password included, goes in clear.
+    bool inClear = false;
 };
 
 } // namespace kestrin

@@ -3,6 +3,9 @@
 #include "app/AppInfo.h"
 #include "app/NumberText.h"
 #include "app/Profile.h"
+#include "ftp/FtpSecurity.h"
+#include "ftp/SessionOptions.h"
+#include "ftp/SessionPassword.h"
 #include "platform/Directory.h"
 #include "platform/Entry.h"
 #include "platform/PathNames.h"
@@ -70,17 +73,17 @@ FtpSession FtpSession::Read(const std::string &fileName)
         GetProfileString(kSettingsFolder, key, &buffer, fileName);
         *field = buffer;
     }
+    session.passwordInKeyring = SessionOptions::Read(fileName).PasswordInKeyring();
     return session;
 }
 
-bool FtpSession::Write() const
+bool FtpSession::WriteKeys(const std::string &fileName, const std::string &password) const
 {
-    const std::string fileName = FileNameOf(name);
     const std::array<std::pair<const char *, const std::string *>, 6> keys{{
         {"Host", &host},
         {"Port", &port},
         {"User", &user},
-        {"Pass", &pass},
+        {"Pass", &password},
         {"RemoteDir", &remoteDir},
         {"LocalDir", &localDir},
     }};
@@ -91,10 +94,46 @@ bool FtpSession::Write() const
     return true;
 }
 
+bool FtpSession::WriteAnew(const std::string &fileName) const
+{
+    const std::string temporary = "." + fileName + ".new";
+    const std::string folder = Folder();
+    platform::Entry(folder + "/" + temporary).Remove();
+    if (!WriteKeys(temporary, passwordInKeyring ? std::string() : pass))
+        return false;
+    platform::Entry written(folder + "/" + temporary);
+    if (written.MoveTo("", fileName.c_str(), true) == B_OK)
+        return true;
+    written.Remove();
+    return false;
+}
+
+bool FtpSession::Write() const
+{
+    const std::string fileName = FileNameOf(name);
+    SessionOptions options = SessionOptions::Read(fileName);
+    const bool anew = passwordInKeyring || options.PasswordInKeyring();
+    if (!(anew ? WriteAnew(fileName) : WriteKeys(fileName, pass)))
+        return false;
+    if (options.PasswordInKeyring() == passwordInKeyring)
+        return true;
+    options.SetPasswordInKeyring(passwordInKeyring);
+    return options.Write();
+}
+
 bool FtpSession::Remove(const std::string &fileName)
 {
     const std::string folder = Folder();
-    return !folder.empty() && platform::Entry(folder + "/" + fileName).Remove() == B_OK;
+    if (folder.empty() || platform::Entry(folder + "/" + fileName).Remove() != B_OK)
+        return false;
+    const SessionOptions options = SessionOptions::Read(fileName);
+    if (options.PasswordInKeyring())
+        SessionPassword::ForgetLater(NameOf(fileName));
+    SessionOptions::Remove(fileName);
+    // What Kestrin kept of it goes too: a new session of the same name must
+    // not inherit a trusted certificate.
+    FtpSecurity::Remove(NameOf(fileName));
+    return true;
 }
 
 std::string FtpSession::FileOfSavedPlace(const std::string &savedPlace)

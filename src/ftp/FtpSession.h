@@ -2,7 +2,8 @@
 
 // A stored FTP session: "<name>.ftp" in Kestrin's settings folder, next to
 // Kestrin.pref, in the profile's key=value format. The name is the file name
-// less its extension and is not stored inside the file.
+// less its extension and is not stored inside the file. What Kestrin keeps
+// of a session beyond the six keys lives in its SessionOptions.
 
 #include <string>
 #include <vector>
@@ -20,6 +21,9 @@ struct FtpSession
     std::string pass;
     std::string remoteDir;
     std::string localDir;
+    // The password is kept in the desktop keyring (SessionPassword), and
+    // `pass` is empty in the file; a pane's conversation fills it in.
+    bool passwordInKeyring = false;
 
     // Whether `fileName` names a session: the part from its last "." on is
     // exactly ".ftp" (so "site.ftp.bak" and "site.FTP" are not sessions).
@@ -38,10 +42,17 @@ struct FtpSession
     // before it. Users' edited files have looked so since the first release.
     static FtpSession Read(const std::string &fileName);
     // Writes the six keys in their order, creating the file (owner-only) when
-    // it is new and rewriting each line in place when it is not. False when
-    // the file cannot be made.
+    // it is new and rewriting each line in place when it is not, then the
+    // session's options. A session whose password is or was in the keyring
+    // gets a file made anew instead, with "Pass" empty: rewriting in place
+    // leaves the tail of a longer old value behind as a line of its own,
+    // and no part of a password may stay in the file. False when the file
+    // cannot be made.
     bool Write() const;
-    // Removes the session's file; false when it could not be removed.
+    // Removes the session's file and Kestrin's own files of it (its options
+    // and FtpSecurity's), and forgets its password in the keyring (later, on
+    // a thread of its own); false when the session's file could not be
+    // removed.
     static bool Remove(const std::string &fileName);
     // The session file ("<name>.ftp") that a pane's saved place names, when
     // it is stored; empty for a folder's path.
@@ -49,6 +60,11 @@ struct FtpSession
 
     // The control port as the client takes it.
     unsigned PortNumber() const;
+
+private:
+    bool WriteKeys(const std::string &fileName, const std::string &password) const;
+    // Writes the keys under a temporary name and renames it over the file.
+    bool WriteAnew(const std::string &fileName) const;
 };
 
 } // namespace kestrin

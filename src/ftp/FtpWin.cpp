@@ -2,9 +2,13 @@
 
 #include "app/AppUtils.h"
 #include "ftp/FtpMessages.h"
+#include "ftp/FtpSecurity.h"
 #include "ftp/FtpSession.h"
+#include "widgets/PlaceOnScreen.h"
+#include "ftp/KeyringOption.h"
 #include "widgets/WindowConventions.h"
 
+#include <QComboBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -17,6 +21,13 @@ namespace kestrin {
 namespace {
 
 constexpr int kWidth = 340;
+
+// The choices in the order the list shows them.
+constexpr std::pair<FtpTls::Choice, const char *> kTlsChoices[] = {
+    {FtpTls::Choice::IfOffered, "TLS if the server offers it"},
+    {FtpTls::Choice::Required, "TLS required"},
+    {FtpTls::Choice::Off, "no TLS"},
+};
 
 } // namespace
 
@@ -37,15 +48,17 @@ FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::stri
     text4 = AddField("User Name:", "text4");
     // Shown as typed: the user is told above that it is stored so too.
     text5 = AddField("Password:", "text5");
+    fKeyring = new KeyringOption(fFields, text5);
     text6 = AddField("Remote Dir:", "text6");
     text7 = AddField("Local Dir:", "text7");
+    BuildSecurity();
     auto *outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->addWidget(container);
     BuildButtons();
     // As tall as the fields need, whatever the font.
-    resize(kWidth, sizeHint().height());
-    move(frame.center() - QPoint(kWidth / 2, height() / 2));
+    const QSize size(kWidth, sizeHint().height());
+    PlaceOnScreen(this, QRect(frame.center() - QPoint(size.width() / 2, size.height() / 2), size));
 
     if (sessionFile)
         LoadFtpSettings(*sessionFile);
@@ -62,6 +75,39 @@ QLineEdit *FtpWin::AddField(const char *label, const char *name)
     field->setObjectName(name);
     fFields->addRow(label, field);
     return field;
+}
+
+void FtpWin::BuildSecurity()
+{
+    QWidget *container = fFields->parentWidget();
+    fTls = new QComboBox(container);
+    fTls->setObjectName("tlsChoice");
+    for (const auto &[choice, text] : kTlsChoices)
+        fTls->addItem(text);
+    fFields->addRow("TLS:", fTls);
+    auto *row = new QHBoxLayout;
+    fTrusted = new QLabel(container);
+    fTrusted->setObjectName("trustedCertificate");
+    fTrusted->setWordWrap(true);
+    fTrusted->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto *forget = new QPushButton("Forget", container);
+    forget->setObjectName("bForget");
+    forget->setAutoDefault(false);
+    forget->setAccessibleName("Forget the trusted certificate");
+    connect(forget, &QPushButton::clicked, this, [this] { ShowTrusted({}); });
+    row->addWidget(fTrusted, 1);
+    row->addWidget(forget);
+    fFields->addRow("Trusted certificate:", row);
+    fTrustedRow = fFields->rowCount() - 1;
+    ShowTrusted({});
+}
+
+void FtpWin::ShowTrusted(const std::string &fingerprint)
+{
+    fTrustedCertificate = fingerprint;
+    fTrusted->setText(QString::fromStdString(fingerprint));
+    // Shown only while there is one to forget.
+    fFields->setRowVisible(fTrustedRow, !fingerprint.empty());
 }
 
 void FtpWin::BuildButtons()
@@ -98,6 +144,13 @@ void FtpWin::LoadFtpSettings(const std::string &sessionFile)
         if (!value->empty())
             field->setText(QString::fromStdString(*value));
     }
+    fKeyring->Load(session);
+    const FtpSecurity security = FtpSecurity::Read(session.name);
+    for (int i = 0; i < fTls->count(); i++) {
+        if (kTlsChoices[i].first == security.tls)
+            fTls->setCurrentIndex(i);
+    }
+    ShowTrusted(security.trustedCertificate);
 }
 
 bool FtpWin::Validate()
@@ -125,7 +178,7 @@ bool FtpWin::Validate()
     return true;
 }
 
-bool FtpWin::SetFtpSetting()
+FtpSession FtpWin::Fields() const
 {
     FtpSession session;
     session.name = text1->text().toStdString();
@@ -133,9 +186,24 @@ bool FtpWin::SetFtpSetting()
     session.port = text3->text().toStdString();
     session.user = text4->text().toStdString();
     session.pass = text5->text().toStdString();
+    session.passwordInKeyring = fKeyring->Chosen();
     session.remoteDir = text6->text().toStdString();
     session.localDir = text7->text().toStdString();
-    return session.Write();
+    return session;
+}
+
+bool FtpWin::SetFtpSetting()
+{
+    const FtpSession session = Fields();
+    if (!session.Write())
+        return false;
+    FtpSecurity security;
+    security.tls = kTlsChoices[std::max(fTls->currentIndex(), 0)].first;
+    security.trustedCertificate = fTrustedCertificate;
+    if (security.Write(session.name))
+        return true;
+    MessageBox("The TLS choice of this session could not be saved.", "Info", "OK");
+    return false;
 }
 
 void FtpWin::MessageReceived(platform::Message &message)
@@ -146,8 +214,10 @@ void FtpWin::MessageReceived(platform::Message &message)
             break;
         // A file that could not be made has been reported; there is nothing
         // more this window can do about it.
-        SetFtpSetting();
-        close();
+        fKeyring->Keep(Fields(), [this] {
+            SetFtpSetting();
+            close();
+        });
         break;
     case kMsgFtpCancel:
         close();

@@ -3,6 +3,7 @@
 #include "app/NumberText.h"
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -131,30 +132,106 @@ std::optional<time_t> FtpWireText::UtcTime(
 
 std::optional<timespec> FtpWireText::ModificationTimeReply(const char *reply)
 {
-    // "213 " and fourteen digits, then the end, a blank or a fraction.
+    // "213 " and the moment, then the end or a blank.
     if (strncmp(reply, "213 ", 4) != 0)
         return std::nullopt;
-    const char *digits = reply + 4;
+    std::string_view moment(reply + 4);
+    moment = moment.substr(0, moment.find(' '));
+    return MachineTime(moment);
+}
+
+std::optional<timespec> FtpWireText::MachineTime(std::string_view text)
+{
+    // Fourteen digits, then the end or a fraction.
     unsigned parts[6] = {};
     const unsigned widths[6] = {4, 2, 2, 2, 2, 2};
+    size_t at = 0;
     for (int i = 0; i < 6; i++) {
-        for (unsigned n = 0; n < widths[i]; n++, digits++) {
-            if (*digits < '0' || *digits > '9')
+        for (unsigned n = 0; n < widths[i]; n++, at++) {
+            if (at >= text.size() || text[at] < '0' || text[at] > '9')
                 return std::nullopt;
-            parts[i] = parts[i] * 10 + unsigned(*digits - '0');
+            parts[i] = parts[i] * 10 + unsigned(text[at] - '0');
         }
     }
     const std::optional<time_t> seconds
         = UtcTime(int(parts[0]), parts[1], parts[2], parts[3], parts[4], parts[5]);
-    if (!seconds || (*digits != '\0' && *digits != '.' && *digits != ' '))
+    if (!seconds || (at < text.size() && text[at] != '.'))
         return std::nullopt;
     timespec time{*seconds, 0};
-    if (*digits == '.') {
+    if (at < text.size()) {
         long scale = 100000000;
-        for (digits++; *digits >= '0' && *digits <= '9'; digits++, scale /= 10)
-            time.tv_nsec += scale * (*digits - '0');
+        for (at++; at < text.size() && text[at] >= '0' && text[at] <= '9'; at++, scale /= 10)
+            time.tv_nsec += scale * (text[at] - '0');
     }
     return time;
+}
+
+namespace {
+
+// The facts a listing row is made of.
+constexpr const char *kRowFacts[] = {"type", "size", "modify", "unix.mode"};
+
+} // namespace
+
+std::string FtpWireText::LowerCase(std::string_view text)
+{
+    std::string lower(text);
+    for (char &c : lower)
+        c = char(std::tolower(static_cast<unsigned char>(c)));
+    return lower;
+}
+
+FtpWireText::Features FtpWireText::ParseFeatures(const std::vector<std::string> &replyLines)
+{
+    Features features;
+    if (replyLines.empty() || LeadingNumber(replyLines.front()) != 211)
+        return features;
+    for (size_t i = 1; i < replyLines.size(); i++) {
+        std::string_view line = replyLines[i];
+        const size_t start = line.find_first_not_of(' ');
+        // The closing line repeats the code; feature lines begin with a blank.
+        if (start == 0 || start == std::string_view::npos)
+            continue;
+        line.remove_prefix(start);
+        const size_t blank = line.find(' ');
+        const std::string name = LowerCase(line.substr(0, blank));
+        if (name == "utf8")
+            features.utf8 = true;
+        if (name != "mlst")
+            continue;
+        features.machineListings = true;
+        std::string_view facts = blank == std::string_view::npos ? "" : line.substr(blank + 1);
+        while (!facts.empty()) {
+            const size_t end = std::min(facts.find(';'), facts.size());
+            std::string fact = LowerCase(facts.substr(0, end));
+            const bool on = !fact.empty() && fact.back() == '*';
+            if (on)
+                fact.pop_back();
+            if (!fact.empty()) {
+                features.facts.push_back(fact);
+                if (on)
+                    features.factsOn.push_back(fact);
+            }
+            facts.remove_prefix(std::min(end + 1, facts.size()));
+        }
+    }
+    return features;
+}
+
+std::string FtpWireText::MachineFactsCommand(const Features &features)
+{
+    const auto names = [](const std::vector<std::string> &facts, const char *fact) {
+        return std::find(facts.begin(), facts.end(), fact) != facts.end();
+    };
+    std::string wanted;
+    bool missing = false;
+    for (const char *fact : kRowFacts) {
+        if (!names(features.facts, fact))
+            continue;
+        wanted += std::string(fact) + ";";
+        missing = missing || !names(features.factsOn, fact);
+    }
+    return missing ? "OPTS MLST " + wanted + "\r\n" : std::string();
 }
 
 std::string FtpWireText::TimeText(time_t time)

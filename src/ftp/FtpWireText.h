@@ -6,6 +6,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kestrin {
@@ -21,6 +22,17 @@ public:
     {
         std::string host;
         unsigned port = 0;
+    };
+
+    // What a server offers beyond RFC 959, as its reply to FEAT lists it.
+    struct Features
+    {
+        // MLST, and with it MLSD.
+        bool machineListings = false;
+        bool utf8 = false;
+        // The facts MLST names, in lower case, and those of them it sends
+        // unasked (marked "*").
+        std::vector<std::string> facts, factsOn;
     };
 
     // The reply code a line begins with, as the profile's atoi reads it.
@@ -51,6 +63,19 @@ public:
     // perhaps with a fraction of a second after a "."; nothing when the
     // reply names none.
     static std::optional<timespec> ModificationTimeReply(const char *reply);
+    // "YYYYMMDDHHMMSS" in UTC, perhaps with a fraction of a second after a
+    // ".", and nothing else: MDTM's moment and a machine listing's.
+    static std::optional<timespec> MachineTime(std::string_view text);
+    // Names of commands, features and facts are the same in any case.
+    static std::string LowerCase(std::string_view text);
+    // The features that the lines of a 211 reply to FEAT name, one to a line
+    // after the first; nothing from any other reply.
+    static Features ParseFeatures(const std::vector<std::string> &replyLines);
+    // "OPTS MLST type;size;modify;unix.mode;\r\n" with those of the facts a
+    // row is made of that the server offers, when it would not send them all
+    // unasked; empty when it would, or offers none of them.
+    static std::string MachineFactsCommand(const Features &features);
+
     // "YYYYMMDDHHMMSS" in UTC, the time MFMT sets.
     static std::string TimeText(time_t time);
 };

@@ -136,8 +136,10 @@ int clsFTP::FTPReadString(TcpSocket &socket, char *buffer, size_t size)
         return 0;
     memset(buffer, 0, size);
     int code;
+    fReplyLines.clear();
     if (!fPending.empty()) {
         CopyInto(buffer, size, fPending.front());
+        fReplyLines.push_back(std::move(fPending.front()));
         fPending.pop_front();
         code = kestrin::atoi(buffer);
     } else {
@@ -175,6 +177,7 @@ int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
             lines.emplace_back();
         for (size_t i = 0; i < lines.size(); i++) {
             const std::string &line = lines[i];
+            fReplyLines.push_back(line);
             bool complete;
             if (!started) {
                 started = true;
@@ -202,6 +205,7 @@ int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
     }
     memset(buffer, 0, size);
     CopyInto(buffer, size, "TIMEOUT");
+    fReplyLines.clear();
     return kNoReply;
 }
 
@@ -214,6 +218,10 @@ void clsFTP::Lost(Loss how)
 int clsFTP::ReadReply()
 {
     fLastCode = FTPReadString(fControl, fReply, sizeof fReply);
+    // The server is closing the connection (an idle session's end among
+    // the reasons): nothing more will come over it.
+    if (fLastCode == 421)
+        Lost(Loss::Dropped);
     return fLastCode;
 }
 
@@ -229,6 +237,7 @@ int clsFTP::Connect(const char *user, const char *password, const char *account)
     fPassiveRefused = false;
     fLoss = Loss::None;
     fPending.clear();
+    fFeatures = {};
     const std::string &target = fUseProxy ? fProxyHost : fHost;
     const unsigned targetPort = fUseProxy ? fProxyPort : fPort;
 
@@ -253,6 +262,8 @@ int clsFTP::Connect(const char *user, const char *password, const char *account)
         code = ReadReply();
     if (code != 220) {
         code = 421;
+    } else if (const int secured = Secure(); secured != 0) {
+        code = secured;
     } else {
         if (user != nullptr)
             code = SendUser(user);
@@ -266,6 +277,15 @@ int clsFTP::Connect(const char *user, const char *password, const char *account)
         fControl.Close();
     }
     return code;
+}
+
+int clsFTP::Secure()
+{
+    return fTls.Negotiate(
+        fControl,
+        fUseProxy ? fProxyHost : fHost,
+        [this](const std::string &command) { return Command(command); },
+        [this](const std::string &line) { Report(-1, line.c_str()); });
 }
 
 int clsFTP::SendUser(const char *user)
@@ -397,6 +417,29 @@ int clsFTP::SetModificationTime(const char *name, time_t time)
     return code == 213 ? 0 : code;
 }
 
+int clsFTP::NegotiateFeatures()
+{
+    fFeatures = {};
+    const int code = Command("FEAT\r\n");
+    if (code != 211)
+        return code;
+    fFeatures = FtpWireText::ParseFeatures(fReplyLines);
+    // Without it some servers send names in a code page of their own. The
+    // answer does not matter: a server that lists UTF8 and refuses the
+    // option (pyftpdlib) speaks UTF-8 anyway.
+    if (fFeatures.utf8)
+        Command("OPTS UTF8 ON\r\n");
+    const std::string facts = FtpWireText::MachineFactsCommand(fFeatures);
+    if (fFeatures.machineListings && !facts.empty())
+        Command(facts);
+    return 0;
+}
+
+int clsFTP::Noop()
+{
+    return Command("NOOP\r\n") == 200 ? 0 : fLastCode;
+}
+
 int clsFTP::RenameFile(const char *from, const char *to)
 {
     int code = Command(std::string("RNFR ") + from + "\r\n");
@@ -500,21 +543,28 @@ int clsFTP::OpenTransfer(const std::string &command,
                          bool binary,
                          bool passive,
                          FtpDataChannel *channel,
-                         const char *what)
+                         const char *what,
+                         int64_t restart)
 {
     fCancelled = false;
     fLocalStatus = B_OK;
-    const int code = ConnectData(command, binary, passive, channel);
+    const int code = ConnectData(command, binary, passive, channel, restart);
     // A data socket that could not be made is reported on its own.
     if (code != 0 && code != 5)
         return Fail(code, what, channel);
     return code;
 }
 
-int clsFTP::ConnectData(const std::string &command,
-                        bool binary,
-                        bool passive,
-                        FtpDataChannel *channel)
+int clsFTP::Restart(int64_t offset)
+{
+    if (offset <= 0)
+        return 0;
+    const int code = Command("REST " + std::to_string(offset) + "\r\n");
+    return code == 350 ? 0 : code;
+}
+
+int clsFTP::ConnectData(
+    const std::string &command, bool binary, bool passive, FtpDataChannel *channel, int64_t restart)
 {
     if (!passive) {
         SocketAddress announced;
@@ -545,10 +595,14 @@ int clsFTP::ConnectData(const std::string &command,
             Report(-1, "Unable to connect to host");
             return 6;
         }
+        if (const int refused = Restart(restart); refused != 0)
+            return refused;
         const int code2 = Command(command);
         if (code2 != 125 && code2 != 150)
             return code2;
     } else {
+        if (const int refused = Restart(restart); refused != 0)
+            return refused;
         const int code = Command(command);
         if (code != 125 && code != 150)
             return code;
@@ -559,7 +613,20 @@ int clsFTP::ConnectData(const std::string &command,
         channel->listener.Close();
     }
     channel->data.SetTimeouts(fTimeoutSeconds, fTimeoutMicroseconds);
-    return 0;
+    return SecureData(channel);
+}
+
+int clsFTP::SecureData(FtpDataChannel *channel)
+{
+    std::string why;
+    if (fTls.SecureData(channel->data, &why) == B_OK)
+        return 0;
+    ReportFormatted(-1, "TLS failed on the data connection: %s.", why.c_str());
+    channel->data.Close();
+    // The server tells on the control connection why (vsftpd: 522), and
+    // that answer must not be left for the next command.
+    ReadReply();
+    return FtpTls::kFailed;
 }
 
 int clsFTP::FinishTransfer(FtpDataChannel *channel)
@@ -570,9 +637,10 @@ int clsFTP::FinishTransfer(FtpDataChannel *channel)
     return code == 226 || code == 250 ? 0 : code;
 }
 
-int clsFTP::StartUpload(const char *remoteName, bool binary, bool passive, FtpDataChannel *channel)
+int clsFTP::StartUpload(
+    const char *command, const char *remoteName, bool binary, bool passive, FtpDataChannel *channel)
 {
-    return OpenTransfer(std::string("STOR ") + remoteName + "\r\n",
+    return OpenTransfer(std::string(command) + " " + remoteName + "\r\n",
                         binary,
                         passive,
                         channel,
@@ -581,14 +649,22 @@ int clsFTP::StartUpload(const char *remoteName, bool binary, bool passive, FtpDa
 
 int clsFTP::EndUpload(FtpDataChannel *channel)
 {
+    channel->FinishSending();
     const int code = FinishTransfer(channel);
     return code != 0 ? Fail(code, "uploading file", channel) : 0;
 }
 
 int clsFTP::Upload(const char *localPath, const char *remoteName, bool binary, bool passive, bool)
 {
+    return ResumeUpload(localPath, remoteName, 0, binary, passive);
+}
+
+int clsFTP::ResumeUpload(
+    const char *localPath, const char *remoteName, int64_t offset, bool binary, bool passive)
+{
     FtpDataChannel channel;
-    if (const int code = StartUpload(remoteName, binary, passive, &channel); code != 0)
+    const char *command = offset > 0 ? "APPE" : "STOR";
+    if (const int code = StartUpload(command, remoteName, binary, passive, &channel); code != 0)
         return code;
 
     platform::File file(localPath, B_READ_ONLY);
@@ -600,9 +676,9 @@ int clsFTP::Upload(const char *localPath, const char *remoteName, bool binary, b
         return Fail(7, "uploading file", &channel);
     }
     const int64_t expected = std::max<off_t>(file.Seek(0, SEEK_END), 0);
-    file.Seek(0, SEEK_SET);
-    ReportFormatted(-1, "Sending %lld bytes to server.", static_cast<long long>(expected));
-    int64_t sent = 0;
+    file.Seek(std::min(offset, expected), SEEK_SET);
+    int64_t sent = std::min(offset, expected);
+    ReportFormatted(-1, "Sending %lld bytes to server.", static_cast<long long>(expected - sent));
     // A 0 from the callback skips the rest of a block only; uploads are not
     // stopped that way.
     const auto progress = [&](int64_t done) { return ReportProgress(done, expected); };
@@ -622,7 +698,7 @@ int clsFTP::UploadBuffer(
     const char *buffer, int size, const char *remoteName, bool binary, bool passive, bool)
 {
     FtpDataChannel channel;
-    if (const int code = StartUpload(remoteName, binary, passive, &channel); code != 0)
+    if (const int code = StartUpload("STOR", remoteName, binary, passive, &channel); code != 0)
         return code;
     ReportFormatted(-1, "Sending %d bytes to server.", size);
     // A 0 from the callback ends a piece; the next starts at the first byte
@@ -638,16 +714,23 @@ int clsFTP::UploadBuffer(
     return EndUpload(&channel);
 }
 
-int clsFTP::StartDownload(
-    const char *remoteName, bool binary, bool passive, FtpDataChannel *channel, int64_t *expected)
+int clsFTP::StartDownload(const char *remoteName,
+                          bool binary,
+                          bool passive,
+                          FtpDataChannel *channel,
+                          int64_t *expected,
+                          int64_t offset)
 {
     const int code = OpenTransfer(std::string("RETR ") + remoteName + "\r\n",
                                   binary,
                                   passive,
                                   channel,
-                                  "downloading file");
+                                  "downloading file",
+                                  offset);
+    // After REST, servers differ in whether they announce the whole file or
+    // what is left of it: the hint, the whole file's size, goes first then.
     *expected = code == 0 && fCallback != nullptr ? FtpWireText::ExpectedSize(fReply) : 0;
-    if (*expected == 0 && code == 0 && fCallback != nullptr)
+    if ((*expected == 0 || (offset > 0 && fExpectedHint > 0)) && code == 0 && fCallback != nullptr)
         *expected = fExpectedHint;
     fExpectedHint = 0;
     return code;
@@ -669,9 +752,48 @@ int clsFTP::Download(const char *remoteName,
                      bool passive,
                      bool)
 {
+    return ResumeDownload(remoteName, localDir, localName, 0, binary, passive);
+}
+
+status_t clsFTP::OpenLocalFile(const std::string &path, int64_t offset, platform::File *file)
+{
+    if (offset <= 0)
+        return file->SetTo(path, B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE);
+    status_t status = file->SetTo(path, B_WRITE_ONLY);
+    if (status == B_OK)
+        status = file->SetSize(offset);
+    if (status == B_OK && file->Seek(offset, SEEK_SET) != offset)
+        status = B_IO_ERROR;
+    return status;
+}
+
+void clsFTP::AbortDownload(FtpDataChannel *channel)
+{
+    channel->data.ShutdownSend();
+    FTPWriteString(fControl, "ABOR\r\n");
+    char drain[kBlockSize];
+    if (channel->data.WaitReady(true, 0, 0) == B_OK)
+        channel->data.Receive(drain, sizeof drain);
+    channel->data.Close();
+    // Two answers come: the transfer's end (426, or 226 when it had
+    // finished) and then the ABOR's own; leaving one unread would put
+    // every later command one reply behind.
+    ReadReply();
+    if (fLastCode == 426 || fLastCode == 226 || fLastCode == 250 || fLastCode == 451)
+        ReadReply();
+}
+
+int clsFTP::ResumeDownload(const char *remoteName,
+                           const char *localDir,
+                           const char *localName,
+                           int64_t offset,
+                           bool binary,
+                           bool passive)
+{
     FtpDataChannel channel;
     int64_t expected = 0;
-    if (const int code = StartDownload(remoteName, binary, passive, &channel, &expected); code != 0)
+    if (const int code = StartDownload(remoteName, binary, passive, &channel, &expected, offset);
+        code != 0)
         return code;
 
     std::string path = localDir != nullptr ? localDir : "";
@@ -680,20 +802,8 @@ int clsFTP::Download(const char *remoteName,
     path += "/";
     path += localName != nullptr ? localName : "";
     platform::File file;
-    if (UnsafeLocalName(localName)
-        || file.SetTo(path, B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE) != B_OK) {
-        channel.data.ShutdownSend();
-        FTPWriteString(fControl, "ABOR\r\n");
-        char drain[kBlockSize];
-        if (channel.data.WaitReady(true, 0, 0) == B_OK)
-            channel.data.Receive(drain, sizeof drain);
-        channel.data.Close();
-        // Two answers come: the transfer's end (426, or 226 when it had
-        // finished) and then the ABOR's own; leaving one unread would put
-        // every later command one reply behind.
-        ReadReply();
-        if (fLastCode == 426 || fLastCode == 226 || fLastCode == 250 || fLastCode == 451)
-            ReadReply();
+    if (UnsafeLocalName(localName) || OpenLocalFile(path, offset, &file) != B_OK) {
+        AbortDownload(&channel);
         ReportFormatted(-1, "Error creating file: %s", path.c_str());
         Report(-1, "Error opening local file.");
         return Fail(7, "downloading file", &channel);
@@ -701,7 +811,7 @@ int clsFTP::Download(const char *remoteName,
     if (!TimeoutIfNotReady(channel.data, true))
         return Fail(kNoReply, "downloading file", &channel);
     int64_t total = 0;
-    const auto progress = [&](int64_t done) { return ReportProgress(done, expected); };
+    const auto progress = [&](int64_t done) { return ReportProgress(offset + done, expected); };
     fLocalStatus = channel.ReceiveToFile(file, &total, progress, fCancelled);
     file.Unset();
     return EndDownload(&channel, total, "downloading file", fLocalStatus != B_OK ? 7 : 0);
@@ -714,7 +824,8 @@ int clsFTP::DownloadBuffer(
     *size = 0;
     FtpDataChannel channel;
     int64_t expected = 0;
-    if (const int code = StartDownload(remoteName, binary, passive, &channel, &expected); code != 0)
+    if (const int code = StartDownload(remoteName, binary, passive, &channel, &expected, 0);
+        code != 0)
         return code;
     if (!TimeoutIfNotReady(channel.data, true))
         return Fail(kNoReply, "downloading file", &channel);
@@ -731,8 +842,10 @@ int clsFTP::List(const char *path, char **listing, bool passive, bool)
 {
     *listing = nullptr;
     FtpDataChannel channel;
-    const std::string command = path != nullptr ? std::string("LIST ") + path + "\r\n"
-                                                : std::string("LIST\r\n");
+    // MLSD tells exact sizes and times, and names as they are, blanks and
+    // all, in a form that does not vary from server to server.
+    std::string command = fFeatures.machineListings ? "MLSD" : "LIST";
+    command += path != nullptr ? std::string(" ") + path + "\r\n" : std::string("\r\n");
     int code = OpenTransfer(command, false, passive, &channel, "retrieving list");
     if (code != 0)
         return code;

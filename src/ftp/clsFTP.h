@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ftp/FtpDataChannel.h"
+#include "ftp/FtpTls.h"
 #include "ftp/FtpWireText.h"
 #include "platform/TcpSocket.h"
 
@@ -9,6 +10,7 @@
 #include <ctime>
 #include <deque>
 #include <string>
+#include <vector>
 
 namespace kestrin {
 
@@ -21,7 +23,8 @@ using FtpCallback = int (*)(int code, int count, const char *text, void *callbac
 // waits for the reply (bounded by the time-out) and answers 0 for success or a
 // code: the server's reply code, or 1 (no active data connection or PORT
 // refused), 2 (time-out), 4 (host unknown), 5 (no socket), 6 (no connection),
-// 7 (local file not opened), 421 (no 220 greeting). One thread at a time.
+// 7 (local file not opened), 8 to 10 (TLS, see FtpTls), 421 (no 220
+// greeting). One thread at a time.
 class clsFTP
 {
 public:
@@ -61,6 +64,15 @@ public:
     long TimeoutSeconds() const { return fTimeoutSeconds; }
     long TimeoutMicroseconds() const { return fTimeoutMicroseconds; }
 
+    // TLS for the logins from now on; none until told. `check` is asked
+    // about a certificate the system does not vouch for.
+    void UseTls(FtpTls::Choice choice, FtpTls::Check check = nullptr)
+    {
+        fTls.Use(choice, std::move(check));
+    }
+    // How the last login went as for TLS.
+    const FtpTls &Tls() const { return fTls; }
+
     // 0 when logged in; 220 without a user; 331 or 332 when the server wants a
     // password or account that was not given. A failure closes the connection.
     int Connect(const char *user, const char *password, const char *account);
@@ -94,6 +106,15 @@ public:
     // The byte count the next download's progress is measured against when
     // its reply names none (some servers never do). Used once.
     void ExpectSize(int64_t bytes) { fExpectedHint = bytes; }
+    // Asks the server what it offers beyond RFC 959 (FEAT) and takes it up:
+    // names in UTF-8 (OPTS UTF8 ON) and the facts a listing row is made of
+    // (OPTS MLST). From then on, until the next Connect, List reads folders
+    // with MLSD where the server has it. 0, or FEAT's reply code: a server
+    // that does not know FEAT offers nothing more.
+    int NegotiateFeatures();
+    bool MachineListings() const { return fFeatures.machineListings; }
+    // NOOP, to keep an idle connection: 0 when the server answered 200.
+    int Noop();
     bool IsConnected() const;
     // Since the last Connect.
     Loss ControlLoss() const { return fLoss; }
@@ -117,6 +138,18 @@ public:
                  bool binary,
                  bool passive,
                  bool unused = false);
+    // Download and Upload that go on from `offset` bytes: REST and RETR into
+    // the local file cut to `offset` (which must exist), and APPE of the
+    // local file from `offset` on; from 0 they are Download and Upload. 0,
+    // or the code of the first refusal (that of REST or APPE among them).
+    int ResumeDownload(const char *remoteName,
+                       const char *localDir,
+                       const char *localName,
+                       int64_t offset,
+                       bool binary,
+                       bool passive);
+    int ResumeUpload(
+        const char *localPath, const char *remoteName, int64_t offset, bool binary, bool passive);
     // *buffer gets a malloc'ed block (not terminated) of *size bytes, or null;
     // release it with DisposeBuffer.
     int DownloadBuffer(char **buffer,
@@ -127,7 +160,7 @@ public:
                        bool unused = false);
     // *listing gets the raw listing as a malloc'ed text, null when the server
     // sent nothing; release it with DisposeBuffer. A null path lists the
-    // current folder.
+    // current folder. LIST, or MLSD once NegotiateFeatures found MLST.
     int List(const char *path, char **listing, bool passive, bool unused = false);
     static void DisposeBuffer(char **buffer);
 
@@ -144,6 +177,8 @@ public:
 
     // The text of the last reply read, its lines joined, or "TIMEOUT".
     const char *ReplyText() const { return fReply; }
+    // The same, line by line (nothing after a time-out).
+    const std::vector<std::string> &ReplyLines() const { return fReplyLines; }
     int LastCode() const { return fLastCode; }
 
     // The protocol's pieces, open for the tests and the fuzzer.
@@ -179,24 +214,51 @@ private:
     // Steps 1 to 6 of every transfer: PORT or PASV, TYPE, the command and the
     // data connection. 0 with channel->data connected, else the code, with
     // the failure reported as "Exception: %d - Error <what>.".
+    // A `restart` offset above 0 is announced with REST just before the
+    // command.
     int OpenTransfer(const std::string &command,
                      bool binary,
                      bool passive,
                      FtpDataChannel *channel,
-                     const char *what);
-    int ConnectData(const std::string &command, bool binary, bool passive, FtpDataChannel *channel);
+                     const char *what,
+                     int64_t restart = 0);
+    int ConnectData(const std::string &command,
+                    bool binary,
+                    bool passive,
+                    FtpDataChannel *channel,
+                    int64_t restart);
+    // REST, when there is an offset: 0 on 350, else the reply's code.
+    int Restart(int64_t offset);
+    // TLS on the control connection after the greeting, as chosen: 0 to log
+    // in, else the code that ends the login.
+    int Secure();
+    // TLS on a data connection the server protects: 0, or the code that
+    // fails the transfer (its reply read).
+    int SecureData(FtpDataChannel *channel);
     // Closes the data connection and reads the final reply: 0 on 226 or 250.
     int FinishTransfer(FtpDataChannel *channel);
-    // A STOR up to its data connection, and after its last byte.
-    int StartUpload(const char *remoteName, bool binary, bool passive, FtpDataChannel *channel);
+    // A STOR (or APPE) up to its data connection, and after its last byte.
+    int StartUpload(const char *command,
+                    const char *remoteName,
+                    bool binary,
+                    bool passive,
+                    FtpDataChannel *channel);
     int EndUpload(FtpDataChannel *channel);
-    // A RETR up to its data connection; *expected gets the byte count its
-    // reply announced (0 without a callback to tell it to).
+    // A RETR up to its data connection, from `offset`; *expected gets the
+    // byte count of the whole file, as its reply or the hint announced (0
+    // without a callback to tell it to).
     int StartDownload(const char *remoteName,
                       bool binary,
                       bool passive,
                       FtpDataChannel *channel,
-                      int64_t *expected);
+                      int64_t *expected,
+                      int64_t offset);
+    // The local file of a download: created (or emptied) for an offset of 0,
+    // else the existing file cut to the offset, positioned there.
+    status_t OpenLocalFile(const std::string &path, int64_t offset, platform::File *file);
+    // Abandons a download whose local file cannot be written: ABOR, and
+    // both of its answers read.
+    void AbortDownload(FtpDataChannel *channel);
     // After the last byte of a download or listing: the count reported, then
     // as FinishTransfer; a `failure` of the data phase wins over the reply.
     int EndDownload(FtpDataChannel *channel, int64_t total, const char *what, int failure = 0);
@@ -209,6 +271,7 @@ private:
     unsigned fPort = 0;
     unsigned fProxyPort = 0;
     platform::TcpSocket fControl;
+    FtpTls fTls;
     bool fUseProxy = false;
     FtpCallback fCallback = nullptr;
     void *fCallbackData = nullptr;
@@ -220,6 +283,8 @@ private:
     Loss fLoss = Loss::None;
     // Lines that arrived in one read behind the reply they followed.
     std::deque<std::string> fPending;
+    std::vector<std::string> fReplyLines;
+    FtpWireText::Features fFeatures;
     int64_t fExpectedHint = 0;
 };
 

@@ -15,6 +15,7 @@
 #include "mainwindow/FirstPaint.h"
 #include "mainwindow/FocusedPaneCommands.h"
 #include "mainwindow/MainMenus.h"
+#include "mainwindow/ViewFromServer.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/DirListItem.h"
 #include "panes/DirPane.h"
@@ -375,7 +376,7 @@ void KestrinWindow::SaveSettings()
     if (!fPanes.empty()) {
         for (int column = 1; column <= 4; column++)
             WriteNumber("Column" + std::to_string(column),
-                        long(fPanes.front()->List()->ColumnWidth(column)));
+                        long(fPanes.front()->List()->SavedColumnWidth(column)));
     }
 }
 
@@ -691,6 +692,12 @@ void KestrinWindow::MessageReceived(platform::Message &message)
     case kMsgOpenViewer:
         if (message.FindString("path", &text) == B_OK)
             ViewerWindow::Open(text, this);
+        break;
+    case kMsgViewFromServer:
+        ViewFromServer::Start(
+            message, this, [this](const std::string &folder, const platform::Message &download) {
+                return StartCopyWindow({"Download", folder, {{download, folder}}, {}});
+            });
         break;
     case B_REFS_RECEIVED:
         RefsReceived(message);

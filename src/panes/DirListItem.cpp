@@ -78,7 +78,9 @@ DirListItem::DirListItem(const platform::Entry &entry,
                   colors,
                   isParent,
                   dateFormat)
-{}
+{
+    fNamedByPath = naming == RowName::Path && !isParent;
+}
 
 DirListItem::DirListItem(const std::string &name,
                          const std::string &sizeText,

@@ -67,6 +67,8 @@ public:
     bool IsFolder() const { return fIsFolder; }
     bool IsParent() const { return fIsParent; }
     bool IsLink() const { return fIsLink; }
+    // The Name column shows the entry's whole path (query results).
+    bool NamedByPath() const { return fNamedByPath; }
     // The entry's mode; the target's for a link that leads somewhere.
     mode_t Mode() const { return fMode; }
     int64_t Size() const { return fSize; }
@@ -119,6 +121,7 @@ private:
     bool fIsLink : 1 = false;
     bool fMarked : 1 = false;
     bool fOver : 1 = false;
+    bool fNamedByPath : 1 = false; // the Name column shows the whole path
     std::string fName;
     std::unique_ptr<GivenTexts> fGiven;
     const Look *fLook = nullptr; // never freed

@@ -79,6 +79,7 @@ void DirPane::FocusList()
 void DirPane::SetPath()
 {
     fHeader->SetText(fList->Source().HeaderText());
+    fHeader->SetNote(fList->Source().HeaderNote());
     fFooter->SetText(fList->GetFiles());
     if (fLog->isHidden() == fList->Source().IsRemote()) {
         fLog->setVisible(fList->Source().IsRemote());

@@ -49,11 +49,11 @@ void DirRowPainter::Paint(QPainter &painter,
             FileIcons::ForEntry(row.Name(), row.Mode(), row.IsLink()).paint(&painter, iconRect);
         }
     } else {
-        const QString text = row.ColumnText(column);
+        const QFontMetrics metrics(painter.font());
+        const QString text = ShownText(row, column, rect.width(), metrics);
         if (!text.isEmpty()) {
             painter.setPen(
                 ToQColor(row.IsMarked() || row.GetOver() ? colors.selectedText : colors.text));
-            const QFontMetrics metrics(painter.font());
             const int baseline = rect.top()
                                  + (rect.height() + metrics.ascent() - metrics.descent()) / 2;
             painter.drawText(rect.left() + kTextInset, baseline, text);
@@ -67,7 +67,22 @@ bool DirRowPainter::TextFits(const DirListItem &row,
                              int width,
                              const QFontMetrics &metrics)
 {
-    return kTextInset + metrics.horizontalAdvance(row.ColumnText(column)) <= width;
+    return TextWidth(row, column, metrics) <= width;
+}
+
+int DirRowPainter::TextWidth(const DirListItem &row, int column, const QFontMetrics &metrics)
+{
+    return kTextInset + metrics.horizontalAdvance(row.ColumnText(column));
+}
+
+QString DirRowPainter::ShownText(const DirListItem &row,
+                                 int column,
+                                 int width,
+                                 const QFontMetrics &metrics)
+{
+    if (column != kColumnName || !row.NamedByPath() || TextFits(row, column, width, metrics))
+        return row.ColumnText(column);
+    return metrics.elidedText(row.ColumnText(column), Qt::ElideMiddle, width - 2 * kTextInset);
 }
 
 } // namespace kestrin

@@ -3,6 +3,7 @@
 class QFontMetrics;
 class QPainter;
 class QRect;
+class QString;
 
 namespace kestrin {
 
@@ -27,6 +28,15 @@ public:
                       bool shaded);
     // Whether a column's text shows whole in a cell `width` pixels wide.
     static bool TextFits(const DirListItem &row, int column, int width, const QFontMetrics &metrics);
+    // The width a cell needs to show the column's text whole.
+    static int TextWidth(const DirListItem &row, int column, const QFontMetrics &metrics);
+    // What a cell `width` pixels wide shows of the column's text: a path
+    // that does not fit loses its middle, so that where it begins and the
+    // entry's own name both show; any other text is cut at the cell's edge.
+    static QString ShownText(const DirListItem &row,
+                             int column,
+                             int width,
+                             const QFontMetrics &metrics);
 };
 
 } // namespace kestrin

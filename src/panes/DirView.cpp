@@ -47,6 +47,14 @@ DirView::DirView(QWidget *parent,
     viewport()->setAcceptDrops(true);
     connect(&fModel, &PaneModel::ListingFinished, this, &DirView::ListingFinished);
     connect(&fModel, &PaneModel::Cleared, this, [this] { fRememberedIndex = -1; });
+    // The rows changed: a place named by paths fits the Name column to them.
+    connect(&fModel, &PaneModel::RowsListed, this, [this] { FitNameColumn(true); });
+    // Whoever else sets the Name column's width (the user, or the main
+    // window for every pane) sets it for paths too.
+    connect(header(), &QHeaderView::sectionResized, this, [this](int column) {
+        if (column == kColumnName && !fFittingName)
+            fNameWidth.reset();
+    });
 }
 
 DirView::~DirView() = default;
@@ -217,6 +225,58 @@ void DirView::dragMoveEvent(QDragMoveEvent *event)
 void DirView::dropEvent(QDropEvent *event)
 {
     fDragDrop->Drop(event);
+}
+
+float DirView::SavedColumnWidth(int column) const
+{
+    return column == kColumnName && fNameWidth ? *fNameWidth : ColumnWidth(column);
+}
+
+void DirView::FitNameColumn(bool measure)
+{
+    float width = ColumnWidth(kColumnName);
+    if (!Source().NamesArePaths()) {
+        if (!fNameWidth)
+            return;
+        width = *std::exchange(fNameWidth, std::nullopt);
+    } else {
+        if (!fNameWidth)
+            fNameWidth = width;
+        if (measure)
+            fWidestName = WidestName();
+        const int room = viewport()->width() - int(ColumnWidth(kColumnIcon));
+        width = std::max(*fNameWidth, float(std::min(fWidestName, room)));
+    }
+    fFittingName = true;
+    SetColumnWidth(kColumnName, width);
+    fFittingName = false;
+}
+
+int DirView::WidestName() const
+{
+    // Measured are only the names longest in bytes: a query finds rows by
+    // the hundred thousand, and text is measured slowly.
+    constexpr size_t kMeasured = 32;
+    std::vector<const DirListItem *> rows;
+    for (int i = 0; i < CountItems(); i++)
+        rows.push_back(Row(i));
+    const auto longer = [](const DirListItem *a, const DirListItem *b) {
+        return a->Name().size() > b->Name().size();
+    };
+    const size_t measured = std::min(kMeasured, rows.size());
+    std::partial_sort(rows.begin(), rows.begin() + ptrdiff_t(measured), rows.end(), longer);
+    int widest = 0;
+    for (size_t i = 0; i < measured; i++)
+        widest = std::max(widest, DirRowPainter::TextWidth(*rows[i], kColumnName, fontMetrics()));
+    // Room after the text as before it.
+    return widest + (widest > 0 ? 4 : 0);
+}
+
+void DirView::resizeEvent(QResizeEvent *event)
+{
+    ColumnListView::resizeEvent(event);
+    if (fNameWidth)
+        FitNameColumn(false);
 }
 
 void DirView::showEvent(QShowEvent *event)

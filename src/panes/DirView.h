@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,10 @@ public:
     entry_ref RefOf(const DirListItem *row) const { return fModel.RefOf(row); }
     void SendToWindow(platform::Message &message) { fModel.SendToWindow(message); }
 
+    // The width the profile keeps for a column: while the Name column is
+    // widened for paths, the width it has for names.
+    float SavedColumnWidth(int column) const;
+
     // Reads the display settings again: the list's colours, and the rows
     // made again when they changed.
     void ReloadSettings();
@@ -108,6 +113,7 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -132,6 +138,11 @@ public:
 
 private:
     void UseColours();
+    // While the place's rows are named by their paths, the Name column is
+    // as wide as the longest path needs, within the pane; the width it had
+    // for names comes back with names. `measure`: the rows changed.
+    void FitNameColumn(bool measure);
+    int WidestName() const;
 
     PaneModel fModel;
     std::unique_ptr<PaneCommands> fCommands;
@@ -141,6 +152,12 @@ private:
     QPointer<EditControl> fField;
     bool fTreeShown = false;
     int fRememberedIndex = -1;
+
+    // The Name column's width for names, while it is widened for paths;
+    // the width the longest path needs; set while the view widens it.
+    std::optional<float> fNameWidth;
+    int fWidestName = 0;
+    bool fFittingName = false;
 };
 
 } // namespace kestrin

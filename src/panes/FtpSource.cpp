@@ -2,6 +2,7 @@
 
 #include "ftp/FtpConversation.h"
 #include "ftp/FtpListing.h"
+#include "ftp/FtpTls.h"
 #include "panes/DirListItem.h"
 #include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
@@ -16,15 +17,25 @@ namespace {
 
 constexpr int kLoginRefused = 530;
 
+// What the user is told of a login that failed with `code`; nothing where
+// the user has been told already (a certificate refused).
+std::string ConnectProblem(int code)
+{
+    if (code == kLoginRefused)
+        return "The username or password supplied is incorrect.\nCheck your settings and try to "
+               "reconnect.";
+    if (code == FtpTls::kCertificateRefused)
+        return {};
+    if (const char *text = FtpTls::ProblemText(code))
+        return text;
+    return "Failed to connect to ftp server.\nPlease check your internet connection";
+}
+
 // The rows of a server's answer, made on the conversation's worker.
 void MakeRows(const FtpResult &result, const RowStyle &style, FolderLister::Job &job)
 {
     if (result.connectCode != 0)
-        job.problem = result.connectCode == kLoginRefused
-                          ? "The username or password supplied is incorrect.\nCheck your "
-                            "settings and try to reconnect."
-                          : "Failed to connect to ftp server.\nPlease check your internet "
-                            "connection";
+        job.problem = ConnectProblem(result.connectCode);
     // A listing that failed shows nothing but the path. After a lost
     // connection the last listing is shown again, if there was one.
     if (result.listCode != 0 || (result.connectCode != 0 && result.folder.empty()))
@@ -39,13 +50,17 @@ void MakeRows(const FtpResult &result, const RowStyle &style, FolderLister::Job 
                                                  style.colors,
                                                  true,
                                                  style.dateFormat));
-    for (const FtpListingRow &entry : entries)
-        groups.Add(job,
-                   std::make_unique<DirListItem>(entry.name,
+    for (const FtpListingRow &entry : entries) {
+        auto row = std::make_unique<DirListItem>(entry.name,
                                                  entry.size,
                                                  entry.date,
                                                  entry.permissions,
-                                                 style.colors));
+                                                 style.colors);
+        // A machine listing's exact time lets the rows sort by date.
+        if (entry.modified)
+            row->SetModificationTime(*entry.modified);
+        groups.Add(job, std::move(row));
+    }
     groups.MoveInto(job);
     job.done = job.total.load();
 }
@@ -107,6 +122,11 @@ std::string FtpSource::HeaderText() const
     if (!fConversation->Status().empty())
         return fConversation->Status();
     return "ftp: " + RemoteFolder();
+}
+
+std::string FtpSource::HeaderNote() const
+{
+    return fConversation->InClear() ? "not encrypted: the server refused TLS" : "";
 }
 
 std::string FtpSource::SavedPlace() const
@@ -216,6 +236,9 @@ TransferPlace FtpSource::Place() const
 void FtpSource::AddServerFields(platform::Message &request) const
 {
     const FtpSession &session = fConversation->Session();
+    // The session's name, as an upload carries it: the transfer takes its
+    // TLS choice and trusted certificate from there.
+    request.AddString("Session", session.name);
     request.AddString("Host", session.host);
     request.AddString("User", session.user);
     request.AddString("Password", session.pass);
@@ -240,6 +263,15 @@ std::unique_ptr<PaneSource> FtpSource::WithoutRows(const std::vector<const DirLi
 CopyOut FtpSource::CopyRequest() const
 {
     return {kMsgFtpDownload, "Copy"};
+}
+
+std::optional<platform::Message> FtpSource::ViewRequest(const DirListItem &row) const
+{
+    platform::Message request = Request(kMsgFtpDownload, {&row});
+    if (request.what == 0)
+        return std::nullopt;
+    request.what = kMsgViewFromServer;
+    return request;
 }
 
 std::optional<platform::Alert> FtpSource::EditRefusal() const

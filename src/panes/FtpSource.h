@@ -37,6 +37,8 @@ public:
     // The session's local folder, else the one the pane stood in.
     const std::string &Folder() const override { return fLocalFolder; }
     std::string HeaderText() const override;
+    // That the connection goes in clear where the server refused TLS.
+    std::string HeaderNote() const override;
     std::string SavedPlace() const override;
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
@@ -64,6 +66,8 @@ public:
     std::unique_ptr<PaneSource> WithoutRows(
         const std::vector<const DirListItem *> &rows) const override;
     CopyOut CopyRequest() const override;
+    // The download of the row, for the viewer to show once it has come.
+    std::optional<platform::Message> ViewRequest(const DirListItem &row) const override;
     std::optional<platform::Alert> EditRefusal() const override;
     // A request of these rows (a download with F5): the server's fields,
     // an "FtpFile" or "FtpDir" for each. Rows whose names cannot be local
@@ -84,7 +88,7 @@ private:
     };
 
     std::unique_ptr<PaneSource> Next(FtpRequest step) const;
-    // "Host", "User", "Password", "FtpPath" and "Port".
+    // "Session", "Host", "User", "Password", "FtpPath" and "Port".
     void AddServerFields(platform::Message &request) const;
 
     std::shared_ptr<FtpConversation> fConversation;

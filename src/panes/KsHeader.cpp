@@ -22,6 +22,15 @@ void KsHeader::SetText(const std::string &text)
     update();
 }
 
+void KsHeader::SetNote(const std::string &note)
+{
+    if (note == fNote)
+        return;
+    fNote = note;
+    setToolTip(QString::fromStdString(note));
+    update();
+}
+
 void KsHeader::SetSelected(bool selected)
 {
     fSelected = selected;
@@ -49,11 +58,10 @@ QSize KsHeader::sizeHint() const
 void KsHeader::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    PaneBevel::Draw(painter,
-                    rect(),
-                    fBackground,
-                    Qt::black,
-                    QString::fromUtf8(fText.data(), qsizetype(fText.size())));
+    QString text = QString::fromUtf8(fText.data(), qsizetype(fText.size()));
+    if (!fNote.empty())
+        text += "   [" + QString::fromStdString(fNote) + "]";
+    PaneBevel::Draw(painter, rect(), fBackground, Qt::black, text);
 }
 
 void KsHeader::mousePressEvent(QMouseEvent *event)

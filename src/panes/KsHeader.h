@@ -21,6 +21,9 @@ public:
 
     void SetText(const std::string &text);
     const std::string &Text() const { return fText; }
+    // A warning shown after the text (a connection in clear); empty for none.
+    void SetNote(const std::string &note);
+    const std::string &Note() const { return fNote; }
     void SetSelected(bool selected);
     bool IsSelected() const { return fSelected; }
     // Sets the background colour as it is now, without changing the state.
@@ -40,6 +43,7 @@ protected:
 
 private:
     std::string fText;
+    std::string fNote;
     rgb_color fFocusColor;
     rgb_color fBackground;
     bool fSelected = false;

@@ -305,11 +305,10 @@ void PaneCommands::OpenEditor()
 void PaneCommands::View()
 {
     const DirListItem *row = fModel.SelectedRow();
-    if (row == nullptr || row->IsFolder() || !fModel.Source().HoldsLocalEntries())
+    if (row == nullptr || row->IsFolder())
         return;
-    platform::Message request(kMsgOpenViewer);
-    request.AddString("path", fModel.PathOf(row));
-    fModel.SendToWindow(request);
+    if (std::optional<platform::Message> request = fModel.Source().ViewRequest(*row))
+        fModel.SendToWindow(*request);
 }
 
 void PaneCommands::GetSize()

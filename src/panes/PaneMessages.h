@@ -30,6 +30,9 @@ inline constexpr uint32_t kMsgNewQuery = 123;    // Ctrl+F7
 inline constexpr uint32_t kMsgOpenArchive = 616; // "session": the zip file's path
 // F3: show a file in the viewer; "path" is the file.
 inline constexpr uint32_t kMsgOpenViewer = platform::FourCC("View");
+// F3 on a server's file: the fields of its download (604), to a folder of
+// the main window's choosing, after which the viewer shows it.
+inline constexpr uint32_t kMsgViewFromServer = platform::FourCC("VwDl");
 
 // From the in-place rename field to the list.
 inline constexpr uint32_t kMsgRenameAccept = 513; // "pos" int32: the row

@@ -238,6 +238,7 @@ void PaneModel::ListingArrived(std::shared_ptr<FolderLister::Job> job)
     if (job->openStatus == B_OK && fWatchStatus != B_OK)
         ErrorCheck(fWatchStatus);
     RecolorRows();
+    emit RowsListed();
     for (const platform::Message &event : std::exchange(fEventsDuringListing, {}))
         HandleNodeMonitor(event);
     fWatch.ApplyPending();

@@ -148,6 +148,8 @@ public:
     void Notify(uint32_t what);
 
 signals:
+    // A listing's rows are shown, before what follows the listing runs.
+    void RowsListed();
     // A listing has been shown (or failed); what followed it has run.
     void ListingFinished();
     // Clear emptied the pane.

@@ -31,6 +31,15 @@ CopyOut PaneSource::CopyRequest() const
     return {kMsgCopyRequest, "Copy"};
 }
 
+std::optional<platform::Message> PaneSource::ViewRequest(const DirListItem &row) const
+{
+    if (!HoldsLocalEntries())
+        return std::nullopt;
+    platform::Message request(kMsgOpenViewer);
+    request.AddString("path", PathOf(row));
+    return request;
+}
+
 platform::Message PaneSource::Request(uint32_t what,
                                       const std::vector<const DirListItem *> &rows) const
 {

@@ -57,6 +57,8 @@ public:
     virtual const std::string &Folder() const = 0;
     // The header's text.
     virtual std::string HeaderText() const { return Folder(); }
+    // A warning the header shows after its text, where the place has one.
+    virtual std::string HeaderNote() const { return {}; }
     // What the profile keeps to show this place again.
     virtual std::string SavedPlace() const { return Folder(); }
 
@@ -98,6 +100,9 @@ public:
     virtual std::unique_ptr<PaneSource> Parent(std::string *selectAfter) const = 0;
     virtual Opening Open(const DirListItem &row) const = 0;
 
+    // Rows named by their whole paths (query results, whose entries come
+    // from anywhere) rather than by their names in the place.
+    virtual bool NamesArePaths() const { return false; }
     // Rows that are local entries: they can be viewed, edited, identified,
     // measured and dragged out.
     virtual bool HoldsLocalEntries() const { return true; }
@@ -120,6 +125,9 @@ public:
         return nullptr;
     }
     virtual CopyOut CopyRequest() const;
+    // What F3 asks of the main window to show a file row in the viewer;
+    // nothing where there is no way to.
+    virtual std::optional<platform::Message> ViewRequest(const DirListItem &row) const;
     // The alert F4 answers with where rows cannot be opened in an editor.
     virtual std::optional<platform::Alert> EditRefusal() const { return std::nullopt; }
     // A request of these rows: their "refs" and "From".

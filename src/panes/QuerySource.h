@@ -21,6 +21,7 @@ public:
     FolderLister::Reader Reader(const RowStyle &style) const override;
 
     std::string PathOf(const DirListItem &row) const override;
+    bool NamesArePaths() const override { return true; }
     std::string FolderShownFor(const DirListItem &row) const override { return PathOf(row); }
 
     std::unique_ptr<PaneSource> Parent(std::string *selectAfter) const override;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -81,6 +82,31 @@ status_t File::SetToTemporary(const std::string &pathTemplate, std::string *path
     fFD = fd;
     *path = name;
     return fStatus = B_OK;
+}
+
+status_t File::ReplaceContents(const std::string &path, const std::string &bytes, mode_t permissions)
+{
+    File file;
+    std::string temporary;
+    status_t status = file.SetToTemporary(path + ".XXXXXX", &temporary);
+    if (status != B_OK)
+        return status;
+    status = file.SetPermissions(permissions);
+    if (status == B_OK) {
+        const ssize_t written = file.Write(bytes.data(), bytes.size());
+        if (written != ssize_t(bytes.size()))
+            status = written < 0 ? status_t(written) : B_DEVICE_FULL;
+    }
+    // On disk before the rename makes it the file: a crash must not leave
+    // an empty one in its place.
+    if (status == B_OK && fsync(file.fFD) != 0)
+        status = LastError();
+    file.Unset();
+    if (status == B_OK && rename(temporary.c_str(), path.c_str()) != 0)
+        status = LastError();
+    if (status != B_OK)
+        unlink(temporary.c_str());
+    return status;
 }
 
 status_t File::SetTo(const std::string &path, uint32_t openMode, mode_t createPermissions)

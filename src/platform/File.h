@@ -39,6 +39,13 @@ public:
     // `pathTemplate` whose last six characters, "XXXXXX", become a unique
     // text (mkstemp); its path in `path`.
     status_t SetToTemporary(const std::string &pathTemplate, std::string *path);
+    // Replaces the file at `path` with `bytes` in one step: they are written
+    // whole, with `permissions`, under a temporary name beside it, which is
+    // then renamed over it; a reader finds the old content or the new, and a
+    // failure leaves the old in place.
+    static status_t ReplaceContents(const std::string &path,
+                                    const std::string &bytes,
+                                    mode_t permissions);
     status_t InitCheck() const { return fStatus; }
     void Unset();
 

@@ -1,6 +1,7 @@
 #include "platform/TcpSocket.h"
 
 #include "platform/SocketInterrupt.h"
+#include "platform/TlsStream.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -82,6 +83,12 @@ status_t ResolveHost(const std::string &name, uint32_t *host)
     return B_OK;
 }
 
+TcpSocket::TcpSocket() = default;
+
+TcpSocket::TcpSocket(int fd)
+    : fFD(fd)
+{}
+
 TcpSocket::~TcpSocket()
 {
     Close();
@@ -90,6 +97,7 @@ TcpSocket::~TcpSocket()
 TcpSocket::TcpSocket(TcpSocket &&other) noexcept
     : fFD(other.fFD)
     , fInterrupt(other.fInterrupt)
+    , fTls(std::move(other.fTls))
 {
     other.fFD = -1;
     other.fInterrupt = nullptr;
@@ -101,6 +109,7 @@ TcpSocket &TcpSocket::operator=(TcpSocket &&other) noexcept
         Close();
         fFD = other.fFD;
         fInterrupt = other.fInterrupt;
+        fTls = std::move(other.fTls);
         other.fFD = -1;
         other.fInterrupt = nullptr;
     }
@@ -199,6 +208,8 @@ status_t TcpSocket::Accept(TcpSocket *connection)
 
 ssize_t TcpSocket::Send(const void *data, size_t size)
 {
+    if (fTls != nullptr)
+        return fTls->Send(data, size);
     ssize_t sent;
     do {
         sent = send(fFD, data, size, MSG_NOSIGNAL);
@@ -223,6 +234,8 @@ status_t TcpSocket::SendAll(const void *data, size_t size)
 
 ssize_t TcpSocket::Receive(void *buffer, size_t size)
 {
+    if (fTls != nullptr)
+        return fTls->Receive(buffer, size);
     ssize_t received;
     do {
         received = recv(fFD, buffer, size, 0);
@@ -234,6 +247,9 @@ status_t TcpSocket::WaitReady(bool forReading, long seconds, long microseconds)
 {
     if (!IsOpen())
         return B_BAD_VALUE;
+    // What TLS has read ahead is there to be read, whatever the socket says.
+    if (forReading && fTls != nullptr && fTls->HasPending())
+        return B_OK;
     const int events = PollFor(fFD, forReading ? POLLIN : POLLOUT, seconds, microseconds);
     if (events == 0)
         return B_TIMED_OUT;
@@ -281,14 +297,31 @@ status_t TcpSocket::PeerAddress(SocketAddress *address) const
     return B_OK;
 }
 
+status_t TcpSocket::StartTls(TlsClient &client, TlsCertificate *peer, std::string *why)
+{
+    if (!IsOpen())
+        return B_BAD_VALUE;
+    fTls.reset();
+    return TlsStream::Start(fFD, client, &fTls, peer, why);
+}
+
+bool TcpSocket::ResumedTls() const
+{
+    return fTls != nullptr && fTls->Resumed();
+}
+
 void TcpSocket::ShutdownSend()
 {
-    if (IsOpen())
-        shutdown(fFD, SHUT_WR);
+    if (!IsOpen())
+        return;
+    if (fTls != nullptr)
+        fTls->Finish();
+    shutdown(fFD, SHUT_WR);
 }
 
 void TcpSocket::Close()
 {
+    fTls.reset();
     if (fFD < 0)
         return;
     if (fInterrupt != nullptr)

@@ -4,12 +4,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <sys/types.h>
 
 namespace platform {
 
 class SocketInterrupt;
+class TlsClient;
+class TlsStream;
+struct TlsCertificate;
 
 // An IPv4 address and port, both in host byte order.
 struct SocketAddress
@@ -30,11 +34,13 @@ status_t ResolveHost(const std::string &name, uint32_t *host);
 // A TCP stream socket (IPv4), owned: the descriptor is closed when the object
 // goes. A socket opened or accepted under a SocketInterrupt::Scope belongs to
 // that interrupt. Calls that can fail answer a status from StatusFromErrno; Send and
-// Receive answer a byte count or a negative status.
+// Receive answer a byte count or a negative status. Once StartTls has
+// secured it, Send, Receive and WaitReady go through TLS, with the same
+// answers.
 class TcpSocket
 {
 public:
-    TcpSocket() = default;
+    TcpSocket();
     ~TcpSocket();
 
     TcpSocket(TcpSocket &&other) noexcept;
@@ -73,7 +79,16 @@ public:
     status_t LocalAddress(SocketAddress *address) const;
     status_t PeerAddress(SocketAddress *address) const;
 
-    // Ends the sending side; the peer reads the end of the stream.
+    // The TLS handshake, as the client, over the connected socket: B_OK, the
+    // time-out, or B_ERROR with *why telling what failed. The certificate
+    // is judged but never refused here; *peer receives it and its verdict.
+    status_t StartTls(TlsClient &client, TlsCertificate *peer = nullptr, std::string *why = nullptr);
+    bool IsSecure() const { return fTls != nullptr; }
+    // Whether the handshake resumed the TLS client's first session.
+    bool ResumedTls() const;
+
+    // Ends the sending side (after TLS's close_notify); the peer reads the
+    // end of the stream.
     void ShutdownSend();
     void Close();
     bool IsOpen() const { return fFD >= 0; }
@@ -81,13 +96,12 @@ public:
     int FD() const { return fFD; }
 
 private:
-    explicit TcpSocket(int fd)
-        : fFD(fd)
-    {}
+    explicit TcpSocket(int fd);
     void Adopt();
 
     int fFD = -1;
     SocketInterrupt *fInterrupt = nullptr;
+    std::unique_ptr<TlsStream> fTls;
 };
 
 } // namespace platform

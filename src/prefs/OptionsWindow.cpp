@@ -3,6 +3,7 @@
 #include "app/AppUtils.h"
 #include "prefs/ColorControl.h"
 #include "prefs/PrefsMessages.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/RgbColor.h"
 #include "widgets/TabbedPanel.h"
 #include "widgets/WindowConventions.h"
@@ -38,8 +39,8 @@ OptionsWindow::OptionsWindow(const QRect &frame, platform::Handler *target, QWid
     , fTarget(target)
 {
     setWindowTitle("Kestrin Preferences Dialog");
-    resize(kWidth, kHeight);
-    move(frame.center() - QPoint(kWidth / 2, kHeight / 2));
+    PlaceOnScreen(this,
+                  QRect(frame.center() - QPoint(kWidth / 2, kHeight / 2), QSize(kWidth, kHeight)));
 
     QTabWidget *tabs = MakeTabbedPanel(this, kWidth, kHeight, kMargin, kButtonHeight);
     tabs->addTab(BuildGeneralPage(), "General");

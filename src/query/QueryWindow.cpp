@@ -4,6 +4,7 @@
 #include "query/QueryMessages.h"
 #include "query/QueryRun.h"
 #include "query/QueryVolumes.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/TabbedPanel.h"
 #include "widgets/WindowConventions.h"
 
@@ -37,10 +38,13 @@ QueryWindow::QueryWindow(const QRect &frame, platform::Handler *target, QWidget 
     , fTarget(target)
 {
     setWindowTitle("Query");
-    resize(kWidth, kHeight);
-    move(frame.center() - QPoint(kWidth / 2, kHeight / 2));
+    PlaceOnScreen(this,
+                  QRect(frame.center() - QPoint(kWidth / 2, kHeight / 2), QSize(kWidth, kHeight)));
 
     QTabWidget *tabs = MakeTabbedPanel(this, kWidth, kHeight, kMargin, kButtonHeight);
+    // The status takes a row of its own under the tabs, whose pages have
+    // room to spare.
+    tabs->resize(tabs->width(), tabs->height() - StatusHeight());
     tabs->addTab(BuildGeneralPage(), "General");
     tabs->addTab(BuildAdvancedPage(), "Advanced");
     auto *loadSave = new QWidget;
@@ -87,13 +91,21 @@ void QueryWindow::BuildButtons(QWidget *container)
             Dispatch(pressed);
         });
     }
+    // The width of the window, and two lines where that is not enough:
+    // counts in the millions show whole.
     fStatus = AddLabel(container,
                        "",
-                       QRect(2 * kMargin + kButtonWidth,
-                             kHeight - kMargin - kButtonHeight,
-                             155,
-                             kButtonHeight));
+                       QRect(kMargin,
+                             kHeight - 2 * kMargin - kButtonHeight - StatusHeight() + kMargin / 2,
+                             kWidth - 2 * kMargin,
+                             StatusHeight()));
     fStatus->setObjectName("QueryStatus");
+    fStatus->setWordWrap(true);
+}
+
+int QueryWindow::StatusHeight() const
+{
+    return 2 * fontMetrics().lineSpacing() + 2;
 }
 
 QPushButton *QueryWindow::AddMenuField(QWidget *page,

@@ -68,6 +68,7 @@ private:
                            const QRect &geometry);
     QLineEdit *AddTextField(QWidget *page, const char *name, const QRect &geometry);
     QLabel *AddLabel(QWidget *page, const char *text, const QRect &geometry);
+    int StatusHeight() const;
 
     QueryForm ReadForm() const;
     void GetResults();

@@ -1,8 +1,10 @@
 #include "viewer/TImageView.h"
 
 #include "platform/Background.h"
+#include "viewer/PngCorner.h"
+#include "widgets/PlaceOnScreen.h"
 
-#include <QGuiApplication>
+#include <QBuffer>
 #include <QImageReader>
 #include <QPainter>
 #include <QScreen>
@@ -11,6 +13,64 @@
 #include <cstdio>
 
 namespace kestrin {
+
+namespace {
+
+// Decoded pixels and the part of the picture they cover.
+struct Look
+{
+    QImage image;
+    QRect area;
+};
+
+// The picture's size as it shows: turned where its metadata says so.
+QSize ShownSize(QImageReader &reader)
+{
+    QSize size = reader.size();
+    if (size.isValid() && (reader.transformation() & QImageIOHandler::TransformationRotate90))
+        size.transpose();
+    return size;
+}
+
+// What of a big picture shows soonest: the top-left corner of a PNG, as big
+// as the screen (the first screen at full scale); the whole of a picture
+// whose format decodes smaller at little cost, at the screen's size. Null
+// where only the whole picture would do (a PNG decoded smaller still
+// inflates and filters every row).
+Look FirstLook(const std::string &path, const QString &file, QSize size, QSize screen)
+{
+    QImageReader probe(file);
+    if (probe.format() == "png") {
+        if (probe.transformation() != QImageIOHandler::TransformationNone)
+            return {};
+        QByteArray corner = PngCorner::Read(path, screen);
+        if (corner.isEmpty())
+            return {};
+        QBuffer buffer(&corner);
+        buffer.open(QIODevice::ReadOnly);
+        const QImage image = QImageReader(&buffer, "png").read();
+        return {image, QRect(QPoint(0, 0), image.size())};
+    }
+    if (!probe.supportsOption(QImageIOHandler::ScaledSize))
+        return {};
+    probe.setAutoTransform(true);
+    probe.setScaledSize(probe.size().scaled(screen, Qt::KeepAspectRatio));
+    return {probe.read(), QRect(QPoint(0, 0), size)};
+}
+
+// The whole picture; one of more than `most` pixels smaller.
+QImage Whole(QImageReader &reader, int64_t most)
+{
+    const QSize size = reader.size();
+    if (size.isValid() && int64_t(size.width()) * size.height() > most) {
+        const double shrink = std::sqrt(double(most) / size.width() / size.height());
+        reader.setScaledSize(QSize(std::max(1, int(size.width() * shrink)),
+                                   std::max(1, int(size.height() * shrink))));
+    }
+    return reader.read();
+}
+
+} // namespace
 
 TImageView::TImageView(const std::string &path, QPoint origin, QWidget *parent)
     : QAbstractScrollArea(parent)
@@ -21,49 +81,67 @@ TImageView::TImageView(const std::string &path, QPoint origin, QWidget *parent)
     Decode(path);
 }
 
+TImageView::~TImageView()
+{
+    fDecode.Stop();
+}
+
 void TImageView::Decode(const std::string &path)
 {
     const QString file = QString::fromUtf8(path.c_str());
-    platform::Background::Run(
-        this,
-        [file](const std::atomic<bool> &) {
-            QImageReader reader(file);
-            reader.setAutoTransform(true);
-            const QSize size = reader.size();
-            if (size.isValid() && int64_t(size.width()) * size.height() > kDecodedPixels) {
-                const double shrink = std::sqrt(double(kDecodedPixels) / size.width()
-                                                / size.height());
-                reader.setScaledSize(QSize(std::max(1, int(size.width() * shrink)),
-                                           std::max(1, int(size.height() * shrink))));
-            }
+    const QSize screen = ScreenRoom(this).size().expandedTo(QSize(1, 1));
+    fDecode = platform::Background::Start(
+        this, [this, path, file, screen](const platform::Background::Task &task) {
             // Pictures that shrink only after decoding need room for all of
             // their pixels first.
             QImageReader::setAllocationLimit(0);
-            QImage image = reader.read();
-            return std::pair{std::move(image), size};
-        },
-        [this](std::pair<QImage, QSize> decoded) {
-            const auto &[image, size] = decoded;
-            Take(image, size.isValid() ? size : image.size());
+            QImageReader reader(file);
+            reader.setAutoTransform(true);
+            const QSize size = ShownSize(reader);
+            // Reaches the view only while it lives: the task drops the call once
+            // the view is gone.
+            const auto deliver =
+                [this, &task, size](const QImage &image, QRect area, bool complete) {
+                    task.Post([this, image, size, area, complete] {
+                        Take(image, size.isValid() ? size : image.size(), area, complete);
+                    });
+                };
+            if (size.isValid() && int64_t(size.width()) * size.height() > kFirstLookPixels) {
+                const Look look = FirstLook(path, file, size, screen);
+                if (!look.image.isNull())
+                    deliver(look.image, look.area, false);
+            }
+            if (task.Stopping())
+                return;
+            const QImage image = Whole(reader, kDecodedPixels);
+            deliver(image, QRect(QPoint(0, 0), size.isValid() ? size : image.size()), true);
         });
 }
 
-void TImageView::Take(const QImage &image, QSize size)
+void TImageView::Take(const QImage &image, QSize size, QRect area, bool complete)
 {
+    const bool first = !fDecoded;
     fDecoded = true;
-    fBitmap = image;
-    if (image.isNull()) {
+    fComplete = complete;
+    if (!image.isNull()) {
+        fBitmap = image;
+        fSize = size;
+        fArea = area;
+    } else {
         std::printf("Image load failed.\n");
         std::fflush(stdout);
-        fSize = QSize();
-    } else {
-        fSize = size;
+        // What a first look showed stays.
+        if (fBitmap.isNull()) {
+            fSize = QSize();
+            fArea = QRect();
+        }
     }
-    if (fFitWhenDecoded)
+    if (first && fFitWhenDecoded)
         SetImageScale(-1, 2);
     FixupScrollbars();
     viewport()->update();
-    emit ImageDecoded(!image.isNull());
+    if (first)
+        emit ImageDecoded(!fBitmap.isNull());
 }
 
 void TImageView::SetImageScale(float scale, int32_t mode)
@@ -76,7 +154,7 @@ void TImageView::SetImageScale(float scale, int32_t mode)
         fMode = 0;
         fScale = 1.0f;
         fFitWhenDecoded = !fDecoded;
-        const QScreen *screen = QGuiApplication::primaryScreen();
+        const QScreen *screen = this->screen();
         if (!fSize.isEmpty() && screen != nullptr) {
             // A frame's width is its right less its left, as the margins
             // (scroll bar, window border) were measured.
@@ -138,18 +216,28 @@ void TImageView::Draw(QPainter &painter)
         std::fflush(stdout);
         return;
     }
+    // The decoded pixels go where their part of the picture goes, however
+    // few of its pixels they are.
     if (fMode == 0) {
-        float width = 0, height = 0;
-        GetMaxSize(&width, &height);
-        const QRectF target(-horizontalScrollBar()->value(),
-                            -verticalScrollBar()->value(),
-                            width,
-                            height);
-        painter.setRenderHint(QPainter::SmoothPixmapTransform, fScale < 1.0f);
+        const QRectF target(fArea.x() * fScale - horizontalScrollBar()->value(),
+                            fArea.y() * fScale - verticalScrollBar()->value(),
+                            fArea.width() * fScale,
+                            fArea.height() * fScale);
+        // Smoothed where pixels are lost or made up; a zoom into whole
+        // pixels shows them as they are.
+        painter.setRenderHint(QPainter::SmoothPixmapTransform,
+                              target.width() < fBitmap.width() || fBitmap.width() < fArea.width());
         painter.drawImage(target, fBitmap);
     } else if (fMode == 1) {
+        const QRectF view(viewport()->rect());
+        const qreal across = view.width() / std::max(1, fSize.width());
+        const qreal down = view.height() / std::max(1, fSize.height());
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.drawImage(QRectF(viewport()->rect()), fBitmap);
+        painter.drawImage(QRectF(fArea.x() * across,
+                                 fArea.y() * down,
+                                 fArea.width() * across,
+                                 fArea.height() * down),
+                          fBitmap);
     } else {
         std::printf("[%s:%d] scale_mode set to strange value (%ld)\n",
                     "iview",

@@ -10,6 +10,7 @@
 #include "viewer/TextIndex.h"
 #include "viewer/TextPager.h"
 #include "viewer/ViewerMessages.h"
+#include "widgets/PlaceOnScreen.h"
 #include "widgets/WindowConventions.h"
 
 #include <QCoreApplication>
@@ -34,6 +35,10 @@ namespace {
 // What the index reads before the text shows: the first screen even of
 // long rows, and enough rows to fit the window to; the rest follows.
 constexpr int64_t kFirstIndexBytes = 256 << 10;
+// The columns of text a viewer is at least wide enough for.
+constexpr int kLeastColumns = 60;
+// Where new viewers open, on the main window's screen.
+const QRect kNewViewerFrame(QPoint(50, 50), QPoint(250, 250));
 
 void ShowError(const char *text)
 {
@@ -46,7 +51,7 @@ ViewerWindow::ViewerWindow(const QRect &frame, const std::string &path, QWidget 
     : QMainWindow(owner, Qt::Window)
 {
     setWindowTitle("Viewer");
-    setGeometry(frame);
+    PlaceOnScreen(this, frame, owner);
     setAcceptDrops(true);
     menuBar()->setObjectName("MenuBar");
     QMenu *file = menuBar()->addMenu("File");
@@ -73,7 +78,10 @@ ViewerWindow::~ViewerWindow() = default;
 
 ViewerWindow *ViewerWindow::Open(const std::string &path, QWidget *owner)
 {
-    auto *viewer = new ViewerWindow(QRect(QPoint(50, 50), QPoint(250, 250)), path, owner);
+    QRect frame = kNewViewerFrame;
+    if (const QScreen *screen = ScreenFor(owner))
+        frame.translate(screen->geometry().topLeft());
+    auto *viewer = new ViewerWindow(frame, path, owner);
     viewer->setAttribute(Qt::WA_DeleteOnClose);
     viewer->show();
     return viewer;
@@ -239,16 +247,10 @@ void ViewerWindow::AddImageMenu()
     AddScaleItem(scale, "Max", -1.0f, 2);
 }
 
-QRect ViewerWindow::ScreenFrame() const
-{
-    const QScreen *screen = QGuiApplication::primaryScreen();
-    return screen != nullptr ? screen->geometry() : QRect(0, 0, 640, 480);
-}
-
 // The window opens at once with an empty view; the index reads the file on
 // a worker, and the text shows (and the window fits it) when the first
 // screen is read.
-void ViewerWindow::AddText(const QRect &frame)
+void ViewerWindow::AddText(const QRect &)
 {
     delete fTextView;
     auto index = std::make_shared<TextIndex>(fPath);
@@ -260,7 +262,7 @@ void ViewerWindow::AddText(const QRect &frame)
     connect(fTextView, &TextPager::SearchFinished, this, [this](bool found) {
         statusBar()->showMessage(found ? QString() : "\"" + fFindField->text() + "\" not found");
     });
-    connect(fTextView, &TextPager::FirstScreenRead, this, [this, frame] { FirstScreenRead(frame); });
+    connect(fTextView, &TextPager::FirstScreenRead, this, &ViewerWindow::FirstScreenRead);
     QPointer<TextPager> view(fTextView);
     index->Start(kFirstIndexBytes, [view] {
         QMetaObject::invokeMethod(
@@ -273,7 +275,7 @@ void ViewerWindow::AddText(const QRect &frame)
     });
 }
 
-void ViewerWindow::FirstScreenRead(const QRect &frame)
+void ViewerWindow::FirstScreenRead()
 {
     if (fTextView->Index().InitCheck() != B_OK) {
         // The view is in the middle of telling this.
@@ -282,11 +284,12 @@ void ViewerWindow::FirstScreenRead(const QRect &frame)
         ShowError("An error occured, don't be surprised nothing happened.");
         return;
     }
-    FitToText(frame);
+    FitToText();
 }
 
-// The window fits the text the index knows, within the screen.
-void ViewerWindow::FitToText(const QRect &frame)
+// The window fits the text the index knows, within the screen, and is
+// wide enough for its menus and a few words a row.
+void ViewerWindow::FitToText()
 {
     const QSize text = fTextView->TextSize();
     fWidestLine = std::max(1.0f, float(text.width()));
@@ -296,25 +299,38 @@ void ViewerWindow::FitToText(const QRect &frame)
                            + fTextView->verticalScrollBar()->sizeHint().width() - 14,
                        menuBar()->sizeHint().height() + 2 * fTextView->frameWidth()
                            + fTextView->horizontalScrollBar()->sizeHint().height() - 14);
-    const QRect screen = ScreenFrame();
-    int width = int(fWidestLine) + 14 + chrome.width();
+    const int least = kLeastColumns * QFontMetrics(fTextView->font()).averageCharWidth();
+    int width = std::max({int(fWidestLine), least}) + 14 + chrome.width();
     int height = text.height() + 14 + chrome.height();
-    if (width > screen.right())
-        width = screen.right() - frame.left() - 100;
-    if (height > screen.bottom())
-        height = screen.bottom() - frame.top() - 100;
-    resize(width, height);
+    // The screen's right and bottom edges, counted from its own corner, as
+    // the text's width and height are.
+    const QRect room = ScreenRoom(parentWidget(), geometry());
+    const QPoint corner = geometry().topLeft() - room.topLeft();
+    if (width > room.width() - 1)
+        width = room.width() - 1 - corner.x() - 100;
+    if (height > room.height() - 1)
+        height = room.height() - 1 - corner.y() - 100;
+    FitWindow(QSize(width, height));
 }
 
+// The window at `size`, no narrower than its menus, wholly on the screen.
+void ViewerWindow::FitWindow(QSize size)
+{
+    size.setWidth(std::max(size.width(), menuBar()->sizeHint().width()));
+    PlaceOnScreen(this, QRect(geometry().topLeft(), size), parentWidget());
+}
+
+// Zoomed: once the picture's size is known, the window takes it, as far as
+// the screen has room.
 void ViewerWindow::AddImage(const QRect &)
 {
     delete fImageView;
     fImageView = new TImageView(fPath, QPoint(0, menuBar()->sizeHint().height()), this);
     setCentralWidget(fImageView);
-    // Zoomed: the window takes the screen.
-    const QScreen *screen = QGuiApplication::primaryScreen();
-    if (screen != nullptr)
-        setGeometry(screen->availableGeometry());
+    connect(fImageView, &TImageView::ImageDecoded, this, [this](bool ok) {
+        if (ok)
+            RedoSizes();
+    });
 }
 
 void ViewerWindow::RedoSizes()
@@ -323,10 +339,7 @@ void ViewerWindow::RedoSizes()
         return;
     float width = 0, height = 0;
     fImageView->GetMaxSize(&width, &height);
-    const QRect screen = ScreenFrame();
-    const int chrome = menuBar()->sizeHint().height() + 14;
-    resize(std::min(int(width) + 14, screen.right() - x()),
-           std::min(int(height) + chrome, screen.bottom() - y()));
+    FitWindow(QSize(int(width) + 14, int(height) + menuBar()->sizeHint().height() + 14));
 }
 
 void ViewerWindow::ApplyWrap()

@@ -67,15 +67,15 @@ private:
     QAction *AddScaleItem(QMenu *menu, const QString &label, float scale, int32_t mode);
     void AddTextMenu();
     void AddImageMenu();
-    void FirstScreenRead(const QRect &frame);
-    void FitToText(const QRect &frame);
+    void FirstScreenRead();
+    void FitToText();
+    void FitWindow(QSize size);
     void ApplyWrap();
     void ShowOpenPanel();
     void AddFindKeys();
     void ShowFindField();
     void FindAgain(bool forward);
     platform::Handler *Owner() const;
-    QRect ScreenFrame() const;
 
     std::string fPath;
     TextPager *fTextView = nullptr;

@@ -6,7 +6,11 @@
 #include "CopyTestSupport.h"
 #include "RealServers.h"
 #include "ScriptedServer.h"
+#include "ftp/FtpCertificateTrust.h"
+#include "ftp/FtpSecurity.h"
+#include "ftp/FtpSession.h"
 
+#include <atomic>
 #include <random>
 #include <regex>
 #include <sys/mount.h>
@@ -70,6 +74,18 @@ std::vector<std::string> AlertTexts(const FakeCopyControl &control)
     return texts;
 }
 
+// What a copy against a scripted server needs: a home, alerts recorded, a
+// progress window, and an empty folder to download into.
+struct ScriptedCopy
+{
+    TempHome home;
+    platform::AlertRecorder alerts;
+    FakeCopyControl control;
+    const std::string dest = home.Root() + "/dest";
+
+    ScriptedCopy() { fs::create_directory(dest); }
+};
+
 class CopyEngineFtp : public CopyTest
 {
 protected:
@@ -109,7 +125,66 @@ protected:
     const std::string local = home.Root() + "/local";
 };
 
+// vsftpd in TLS, and a stored session "secure" whose name the requests carry.
+class CopyEngineFtpTls : public CopyTest
+{
+protected:
+    void SetUp() override
+    {
+        if (!server.Unavailable().empty())
+            GTEST_SKIP() << server.Unavailable();
+        FtpSession session;
+        session.name = "secure";
+        session.host = "127.0.0.1";
+        ASSERT_TRUE(session.Write());
+    }
+
+    static platform::Message OfSession(platform::Message request)
+    {
+        if (!request.HasField("Session"))
+            request.AddString("Session", "secure");
+        else
+            request.ReplaceString("Session", 0, "secure");
+        return request;
+    }
+
+    VsftpdServer server{{.tls = true}};
+    const std::string upload = server.Root() + "/upload";
+};
+
 } // namespace
+
+TEST_F(CopyEngineFtpTls, TreesTravelInTlsWithTheSessionsCertificate)
+{
+    fs::create_directories(upload + "/tree/sub");
+    WriteFileBytes(upload + "/tree/big.bin", RandomBytes(2 * 1024 * 1024 + 3, 5));
+    WriteFileBytes(upload + "/tree/sub/small", "small");
+    const platform::Message download = OfSession(Download(server.Port(), upload, {}, {"tree"}));
+
+    // A certificate nobody vouches for is asked about; not connecting ends
+    // the request with no alert of its own, and nothing arrives.
+    alerts.QueueAnswer(FtpCertificateTrust::kDoNotConnect);
+    Run(download, dest);
+    ASSERT_EQ(alerts.Count(), 1u);
+    EXPECT_EQ(alerts.Shown()[0].title, "Certificate");
+    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_TRUE(fs::is_empty(dest));
+
+    // Trusted for the session, and required: no question, and both ways
+    // byte for byte.
+    FtpSecurity security;
+    security.tls = FtpTls::Choice::Required;
+    security.trustedCertificate = server.Fingerprint();
+    ASSERT_TRUE(security.Write("secure"));
+    alerts.Clear();
+    Run(download, dest);
+    EXPECT_EQ(Tree(dest + "/tree"), Tree(upload + "/tree"));
+    fs::create_directory(upload + "/back");
+    Run(OfSession(Upload(server.Port(), upload + "/back", {dest + "/tree"})), dest);
+    EXPECT_EQ(Tree(upload + "/back/tree"), Tree(dest + "/tree"));
+    EXPECT_EQ(alerts.Count(), 0u) << alerts.Shown()[0].text;
+    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+}
 
 TEST_F(CopyEngineFtp, DownloadsAndUploadsTreesByteForByte)
 {
@@ -265,8 +340,11 @@ TEST(CopyEngineFtpTimes, AServerWithoutTheCommandsIsAskedOnce)
     };
     const auto logIn = [&](ScriptedServer::Session &s, const char *type) {
         s.Send("220 hi\r\n");
-        for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", type})
-            answer(s, reply); // USER, PASS, CWD /x, then CWD d or TYPE I
+        answer(s, "331 pass\r\n"); // USER
+        answer(s, "230 in\r\n");   // PASS
+        s.AnswerFeatures();
+        for (const char *reply : {"250 ok\r\n", type})
+            answer(s, reply); // CWD /x, then CWD d or TYPE I
     };
     const auto sendFile = [&](ScriptedServer::Session &s, const std::string &bytes) {
         platform::TcpSocket data;
@@ -313,11 +391,9 @@ TEST(CopyEngineFtpTimes, AServerWithoutTheCommandsIsAskedOnce)
                                                 receiveFile(s);
                                                 s.WaitForClose();
                                             }});
-    TempHome home;
-    platform::AlertRecorder alerts;
-    FakeCopyControl control;
-    const std::string dest = home.Root() + "/dest";
-    fs::create_directory(dest);
+    ScriptedCopy copy;
+    FakeCopyControl &control = copy.control;
+    const std::string &dest = copy.dest;
 
     CopyEngine(Download(server.Port(), "/x", {}, {"d"}), dest, control).Run();
     EXPECT_EQ(Modified(dest + "/d/f"), kJan2);
@@ -369,59 +445,69 @@ TEST_F(CopyEnginePyftpdlib, PasswordsAreCheckedAndFilesGoBothWays)
 
 // PASV refused: the listing and the file come over active connections. The
 // listing names a file outside the target; the connection drops in the
-// middle of the next file, which ends the request.
+// middle of the next file, and the server turns the three attempts to take
+// it up again away, which ends the request.
 TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
 {
-    ScriptedServer server([](ScriptedServer::Session &s) {
-        const auto answer = [&s](const char *reply) {
-            s.ReadLine();
-            s.Send(reply);
-        };
-        const auto activePort = [&s] {
-            unsigned h[6] = {};
-            const bool port = sscanf(s.ReadLine().c_str(),
-                                     "PORT %u,%u,%u,%u,%u,%u",
-                                     &h[0],
-                                     &h[1],
-                                     &h[2],
-                                     &h[3],
-                                     &h[4],
-                                     &h[5])
-                              == 6;
-            s.Send("200 PORT ok\r\n");
-            return port ? h[4] * 256 + h[5] : 0u;
-        };
-        s.Send("220 hi\r\n");
-        for (const char *reply :
-             {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "250 ok\r\n", "200 ok\r\n"})
-            answer(reply); // USER, PASS, CWD /x, CWD d, TYPE A
-        answer("502 no passive here\r\n");
-        unsigned port = activePort();
-        s.ReadLine(); // LIST
-        platform::TcpSocket data;
-        if (!s.ConnectData(port, &data))
-            return;
-        s.Send("150 listing\r\n");
-        const std::string listing = "-rw-r--r-- 1 u g 5 Jan  1  2000 ../../evil\r\n"
-                                    "-rw-r--r-- 1 u g 100000 Jan  1  2000 cut\r\n"
-                                    "-rw-r--r-- 1 u g 3 Jan  1  2000 later\r\n";
-        data.SendAll(listing.data(), listing.size());
-        data.Close();
-        s.Send("226 done\r\n");
-        port = activePort();
-        answer("200 ok\r\n"); // TYPE I
-        s.ReadLine();         // RETR cut
-        if (!s.ConnectData(port, &data))
-            return;
-        s.Send("150 Opening (100000 bytes)\r\n");
-        data.SendAll(std::string(1000, 'x').data(), 1000);
-        // Both connections close as the script ends.
-    });
-    TempHome home;
-    platform::AlertRecorder alerts;
-    FakeCopyControl control;
-    const std::string dest = home.Root() + "/dest";
-    fs::create_directory(dest);
+    std::atomic<int> refused = 0;
+    const auto refuse = [&refused](ScriptedServer::Session &s) {
+        s.Send("421 Too many users, try later.\r\n");
+        refused++;
+    };
+    ScriptedServer server(
+        {[](ScriptedServer::Session &s) {
+             const auto answer = [&s](const char *reply) {
+                 s.ReadLine();
+                 s.Send(reply);
+             };
+             const auto activePort = [&s] {
+                 unsigned h[6] = {};
+                 const bool port = sscanf(s.ReadLine().c_str(),
+                                          "PORT %u,%u,%u,%u,%u,%u",
+                                          &h[0],
+                                          &h[1],
+                                          &h[2],
+                                          &h[3],
+                                          &h[4],
+                                          &h[5])
+                                   == 6;
+                 s.Send("200 PORT ok\r\n");
+                 return port ? h[4] * 256 + h[5] : 0u;
+             };
+             s.Send("220 hi\r\n");
+             answer("331 pass\r\n"); // USER
+             answer("230 in\r\n");   // PASS
+             s.AnswerFeatures();
+             for (const char *reply : {"250 ok\r\n", "250 ok\r\n", "200 ok\r\n"})
+                 answer(reply); // CWD /x, CWD d, TYPE A
+             answer("502 no passive here\r\n");
+             unsigned port = activePort();
+             s.ReadLine(); // LIST
+             platform::TcpSocket data;
+             if (!s.ConnectData(port, &data))
+                 return;
+             s.Send("150 listing\r\n");
+             const std::string listing = "-rw-r--r-- 1 u g 5 Jan  1  2000 ../../evil\r\n"
+                                         "-rw-r--r-- 1 u g 100000 Jan  1  2000 cut\r\n"
+                                         "-rw-r--r-- 1 u g 3 Jan  1  2000 later\r\n";
+             data.SendAll(listing.data(), listing.size());
+             data.Close();
+             s.Send("226 done\r\n");
+             port = activePort();
+             answer("200 ok\r\n"); // TYPE I
+             s.ReadLine();         // RETR cut
+             if (!s.ConnectData(port, &data))
+                 return;
+             s.Send("150 Opening (100000 bytes)\r\n");
+             data.SendAll(std::string(1000, 'x').data(), 1000);
+             // Both connections close as the script ends.
+         },
+         refuse,
+         refuse,
+         refuse});
+    ScriptedCopy copy;
+    FakeCopyControl &control = copy.control;
+    const std::string &dest = copy.dest;
 
     CopyEngine(Download(server.Port(), "/x", {}, {"d"}), dest, control).Run();
     server.Finish();
@@ -430,5 +516,117 @@ TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
                   "Kestrin did not download \"../../evil\": a local file cannot have that name.",
                   "Kestrin did not download \"cut\": the connection to the server was lost."}));
     EXPECT_EQ(Tree(dest), (std::map<std::string, std::string>{{"d", "/"}}));
-    EXPECT_FALSE(Exists(home.Root() + "/evil"));
+    EXPECT_FALSE(Exists(copy.home.Root() + "/evil"));
+    EXPECT_EQ(refused, 3);
+}
+
+// A download whose data connection breaks (426) goes on over the same
+// connection from where it broke; when the server then goes away too, over
+// a new one. An upload cut the same way is appended to.
+TEST(CopyEngineFtpScripted, CutTransfersGoOnWhereTheyBroke)
+{
+    const auto answer = [](ScriptedServer::Session &s, const char *reply) {
+        s.ReadLine();
+        s.Send(reply);
+    };
+    const auto logIn = [&](ScriptedServer::Session &s) {
+        s.Send("220 hi\r\n");
+        answer(s, "331 pass\r\n"); // USER
+        answer(s, "230 in\r\n");   // PASS
+        s.AnswerFeatures();
+        answer(s, "250 ok\r\n"); // CWD /x
+    };
+    // PASV and the data connection; then REST, when the client says it.
+    const auto open = [](ScriptedServer::Session &s, platform::TcpSocket *data) {
+        s.ReadLine(); // PASV
+        platform::TcpSocket listener;
+        const unsigned port = s.ListenForData(&listener);
+        s.Send("227 Entering Passive Mode (" + PassiveNumbers("127.0.0.1", port) + ").\r\n");
+        if (!s.AcceptData(&listener, data))
+            return false;
+        if (s.ReadLine().starts_with("REST")) {
+            s.Send("350 ok\r\n");
+            s.ReadLine(); // RETR
+        }
+        s.Send("150 here\r\n");
+        return true;
+    };
+    const auto receive = [](platform::TcpSocket &data) {
+        std::string bytes;
+        char buffer[256];
+        for (ssize_t got; data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
+                          && (got = data.Receive(buffer, sizeof buffer)) > 0;)
+            bytes.append(buffer, size_t(got));
+        return bytes;
+    };
+    // The file's first four bytes, then the data connection breaks; three
+    // more, then the server goes, data and control alike.
+    const ScriptedServer::Script cutTwice = [&](ScriptedServer::Session &s) {
+        logIn(s);
+        answer(s, "200 ok\r\n"); // TYPE I
+        answer(s, "213 10\r\n"); // SIZE f
+        platform::TcpSocket data;
+        if (!open(s, &data)) // RETR f
+            return;
+        data.SendAll("0123", 4);
+        data.Close();
+        s.Send("426 Connection closed; transfer aborted.\r\n");
+        if (open(s, &data)) // REST 4, RETR f
+            data.SendAll("456", 3);
+    };
+    const ScriptedServer::Script rest = [&](ScriptedServer::Session &s) {
+        logIn(s);
+        answer(s, "200 ok\r\n"); // TYPE I
+        platform::TcpSocket data;
+        if (!open(s, &data)) // REST 7, RETR f
+            return;
+        data.SendAll("789", 3);
+        data.Close();
+        s.Send("226 done\r\n");
+        answer(s, "502 no MDTM here\r\n");
+        s.WaitForClose();
+    };
+    // All of the upload comes, but the server dies with five bytes on disk.
+    const ScriptedServer::Script cutUpload = [&](ScriptedServer::Session &s) {
+        logIn(s);
+        answer(s, "200 ok\r\n"); // TYPE I
+        platform::TcpSocket data;
+        if (open(s, &data)) // STOR g
+            receive(data);
+    };
+    std::string appended;
+    const ScriptedServer::Script append = [&](ScriptedServer::Session &s) {
+        logIn(s);
+        answer(s, "200 ok\r\n"); // TYPE I
+        answer(s, "213 5\r\n");  // SIZE g
+        platform::TcpSocket data;
+        if (!open(s, &data)) // APPE g
+            return;
+        appended = receive(data);
+        s.Send("226 done\r\n");
+        answer(s, "502 no MFMT here\r\n");
+        s.WaitForClose();
+    };
+    ScriptedServer server({cutTwice, rest, cutUpload, append});
+    ScriptedCopy copy;
+    FakeCopyControl &control = copy.control;
+    const std::string &dest = copy.dest;
+    WriteFileBytes(copy.home.Root() + "/g", "0123456789");
+
+    CopyEngine(Download(server.Port(), "/x", {"f"}), dest, control).Run();
+    EXPECT_EQ(Tree(dest), (std::map<std::string, std::string>{{"f", "0123456789"}}));
+    CopyEngine(Upload(server.Port(), "/x", {copy.home.Root() + "/g"}), dest, control).Run();
+    const std::vector<std::string> lines = server.Finish();
+    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_EQ(appended, "56789");
+    for (const char *line : {"REST 4\r\n", "REST 7\r\n", "APPE g\r\n"})
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), line), 1) << line;
+    // The bars went on from where the file broke, never back.
+    int32_t percent = 0;
+    for (const auto &transfer : control.transfers) {
+        EXPECT_GE(transfer.percentDelta, 0);
+        if (transfer.leafName == "f")
+            percent += transfer.percentDelta;
+    }
+    EXPECT_EQ(percent, 100);
 }

@@ -13,12 +13,12 @@
 
 #include <QTemporaryDir>
 #include <deque>
-#include <random>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <gtest/gtest.h>
+#include <map>
+#include <random>
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;

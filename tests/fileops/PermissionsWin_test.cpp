@@ -41,7 +41,7 @@ TEST(PermissionsWin, TheWindowAndItsViews)
     MessageRecorder target;
     PermissionsWin window(QRect(100, 100, 510, 412), &target);
     EXPECT_EQ(window.windowTitle(), "Set File Permissions");
-    EXPECT_EQ(window.pos(), QPoint(200, 200));
+    EXPECT_EQ(window.geometry().topLeft(), QPoint(200, 200));
     EXPECT_EQ(window.size(), QSize(310, 212));
     EXPECT_TRUE(window.isVisible());
     EXPECT_EQ(window.minimumSize(), window.maximumSize());

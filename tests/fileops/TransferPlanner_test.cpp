@@ -13,7 +13,8 @@ using Operation = TransferPlanner::Operation;
 
 namespace {
 
-const char *const kQueryRefusal = "This view contains Query Results. You cannot copy or move to it.";
+const char *const kQueryRefusal
+    = "This view contains Query Results. You cannot copy or move to it.";
 const char *const kArchiveRefusal
     = "This view shows the contents of an archive. You cannot copy or move to it.";
 const char *const kServerToServer
@@ -144,27 +145,41 @@ TEST(TransferPlanner, DecidesEveryPairingOfPlacesAndOperations)
         {Kind::Folder, Kind::FtpFolder, Operation::Copy, "Upload: upload>/pub;"},
         {Kind::Folder, Kind::FtpFolder, Operation::Move, Refused("Move", kMoveToServer)},
         {Kind::Folder, Kind::FtpFolder, Operation::Link, Refused("Link", kLink)},
-        {Kind::Folder, Kind::FtpFolder, Operation::Pack, "Packing: pack>packed; upload(packed)>/pub;"},
+        {Kind::Folder,
+         Kind::FtpFolder,
+         Operation::Pack,
+         "Packing: pack>packed; upload(packed)>/pub;"},
         {Kind::Folder, Kind::FtpFolder, Operation::Unpack, Refused("Unpacking", kUnpack)},
 
         {Kind::Archive, Kind::Folder, Operation::Copy, "Unpacking: unpack>/dst;"},
         {Kind::Archive, Kind::Folder, Operation::Move, Refused("Move", kMoveFromArchive)},
         {Kind::Archive, Kind::Folder, Operation::Link, Refused("Link", kLink)},
-        {Kind::Archive, Kind::Folder, Operation::Pack, "Packing: unpack>fetched; pack(fetched)>/dst;"},
+        {Kind::Archive,
+         Kind::Folder,
+         Operation::Pack,
+         "Packing: unpack>fetched; pack(fetched)>/dst;"},
         {Kind::Archive, Kind::Folder, Operation::Unpack, "Unpacking: unpack>/dst;"},
-        {Kind::Archive, Kind::FtpFolder, Operation::Copy,
+        {Kind::Archive,
+         Kind::FtpFolder,
+         Operation::Copy,
          "Unpacking: unpack>fetched; upload(fetched)>/pub;"},
         {Kind::Archive, Kind::FtpFolder, Operation::Move, Refused("Move", kMoveFromArchive)},
         {Kind::Archive, Kind::FtpFolder, Operation::Link, Refused("Link", kLink)},
-        {Kind::Archive, Kind::FtpFolder, Operation::Pack,
+        {Kind::Archive,
+         Kind::FtpFolder,
+         Operation::Pack,
          "Packing: unpack>fetched; pack(fetched)>packed; upload(packed)>/pub;"},
-        {Kind::Archive, Kind::FtpFolder, Operation::Unpack,
+        {Kind::Archive,
+         Kind::FtpFolder,
+         Operation::Unpack,
          "Unpacking: unpack>fetched; upload(fetched)>/pub;"},
 
         {Kind::FtpFolder, Kind::Folder, Operation::Copy, "Download: download>/dst;"},
         {Kind::FtpFolder, Kind::Folder, Operation::Move, Refused("Move", kMoveFromServer)},
         {Kind::FtpFolder, Kind::Folder, Operation::Link, Refused("Link", kLink)},
-        {Kind::FtpFolder, Kind::Folder, Operation::Pack,
+        {Kind::FtpFolder,
+         Kind::Folder,
+         Operation::Pack,
          "Packing: download>fetched; pack(fetched)>/dst;"},
         {Kind::FtpFolder, Kind::Folder, Operation::Unpack, Refused("Unpacking", kUnpack)},
     };
@@ -181,7 +196,8 @@ TEST(TransferPlanner, DecidesEveryPairingOfPlacesAndOperations)
         rows.push_back(row);
     }
     for (Operation operation : operations) {
-        rows.push_back({Kind::FtpFolder, Kind::FtpFolder, operation, Refused("Foo", kServerToServer)});
+        rows.push_back(
+            {Kind::FtpFolder, Kind::FtpFolder, operation, Refused("Foo", kServerToServer)});
         for (Kind from : {Kind::Folder, Kind::QueryResults, Kind::FtpFolder, Kind::Archive}) {
             rows.push_back({from, Kind::QueryResults, operation, Refused("foo", kQueryRefusal)});
             rows.push_back({from, Kind::Archive, operation, Refused("foo", kArchiveRefusal)});
@@ -191,11 +207,12 @@ TEST(TransferPlanner, DecidesEveryPairingOfPlacesAndOperations)
     for (const Pairing &row : rows) {
         const std::string folder = row.to == Kind::FtpFolder ? "/pub" : "/dst";
         const TransferPlan plan = TransferPlanner::Plan(RequestOf(row.from, row.operation),
-                                                        PlaceOf(row.from, row.from == Kind::FtpFolder ? "/src" : "/a"),
+                                                        PlaceOf(row.from,
+                                                                row.from == Kind::FtpFolder ? "/src"
+                                                                                            : "/a"),
                                                         PlaceOf(row.to, folder));
-        EXPECT_EQ(Describe(plan), row.expected)
-            << "from " << int(row.from) << " to " << int(row.to) << ", operation "
-            << int(row.operation);
+        EXPECT_EQ(Describe(plan), row.expected) << "from " << int(row.from) << " to " << int(row.to)
+                                                << ", operation " << int(row.operation);
     }
 }
 
@@ -228,13 +245,17 @@ TEST(TransferPlanner, StepsCarryTheTargetServerAndNameTheirZip)
     EXPECT_EQ(plan.steps[1].request.FindString("From", &text), B_OK);
     EXPECT_EQ(text, "/src");
     platform::Message members = RequestOf(Kind::Archive, Operation::Pack);
-    plan = TransferPlanner::Plan(members, PlaceOf(Kind::Archive, "/a"), PlaceOf(Kind::Folder, "/dst"));
+    plan = TransferPlanner::Plan(members,
+                                 PlaceOf(Kind::Archive, "/a"),
+                                 PlaceOf(Kind::Folder, "/dst"));
     ASSERT_EQ(plan.steps.size(), 2u);
     EXPECT_EQ(plan.steps[0].request.what, kMsgUnpackRequest);
     EXPECT_EQ(plan.steps[1].request.FindString("From", &text), B_OK);
     EXPECT_EQ(text, "/a/bundle");
     members.ReplaceString("CopyFrom", 0, "docs/old/");
-    plan = TransferPlanner::Plan(members, PlaceOf(Kind::Archive, "/a"), PlaceOf(Kind::Folder, "/dst"));
+    plan = TransferPlanner::Plan(members,
+                                 PlaceOf(Kind::Archive, "/a"),
+                                 PlaceOf(Kind::Folder, "/dst"));
     EXPECT_EQ(plan.steps[1].request.FindString("From", &text), B_OK);
     EXPECT_EQ(text, "/a/bundle.zip/docs/old");
 }
@@ -258,9 +279,13 @@ TEST(TransferPlanner, TheRootRefusesAndADropLandsInItsFolder)
 
     platform::Message drop = RequestOf(Kind::Folder, Operation::Move);
     drop.AddString("DropFolder", "/dst/inner");
-    EXPECT_EQ(Describe(TransferPlanner::Plan(drop, PlaceOf(Kind::Folder, "/a"), PlaceOf(Kind::Folder, "/dst"))),
+    EXPECT_EQ(Describe(TransferPlanner::Plan(drop,
+                                             PlaceOf(Kind::Folder, "/a"),
+                                             PlaceOf(Kind::Folder, "/dst"))),
               "Copy: move>/dst/inner;");
     drop.ReplaceString("DropFolder", 0, "/");
-    EXPECT_EQ(Describe(TransferPlanner::Plan(drop, PlaceOf(Kind::Folder, "/a"), PlaceOf(Kind::Folder, "/dst"))),
+    EXPECT_EQ(Describe(TransferPlanner::Plan(drop,
+                                             PlaceOf(Kind::Folder, "/a"),
+                                             PlaceOf(Kind::Folder, "/dst"))),
               root);
 }

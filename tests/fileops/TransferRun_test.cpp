@@ -36,7 +36,9 @@ protected:
         return {TransferPlace::Kind::FtpFolder, folder, session};
     }
 
-    void RunPlan(const platform::Message &request, const TransferPlace &from, const TransferPlace &to)
+    void RunPlan(const platform::Message &request,
+                 const TransferPlace &from,
+                 const TransferPlace &to)
     {
         const TransferPlan plan = TransferPlanner::Plan(request, from, to);
         ASSERT_FALSE(plan.Refused()) << plan.refusal->text;
@@ -158,7 +160,8 @@ TEST_F(TransferRunTest, FilesOnTheServerPackedIntoALocalZip)
     ASSERT_TRUE(fs::is_regular_file(dest + "/upload.zip"));
     EXPECT_EQ(ZipTree(dest + "/upload.zip", src + "/unpacked", {"tree"}, {"one.txt"}), Tree(upload));
     // The server's date came down with the file and went into the zip.
-    EXPECT_EQ(fs::last_write_time(src + "/unpacked/one.txt"), fs::last_write_time(upload + "/one.txt"));
+    EXPECT_EQ(fs::last_write_time(src + "/unpacked/one.txt"),
+              fs::last_write_time(upload + "/one.txt"));
     EXPECT_EQ(WorkFolders(), 0u);
 
     // Stopped while downloading: the zip is never made.

@@ -161,6 +161,9 @@ TEST_F(ConWinTest, TheKeyboardAloneChoosesAndConnects)
 TEST_F(ConWinTest, DeleteRemovesTheFileOnlyWhenConfirmed)
 {
     WriteSession("old.ftp");
+    // Kestrin's own file of the session goes with it: a new session of the
+    // same name must not find a certificate trusted.
+    WriteFileBytes(Folder() + "/old.ftp.tls", "Tls=IfOffered\nCertificate=AB:CD\n");
     auto window = Open();
     Select("old");
     fAlerts.QueueAnswer(0); // Cancel
@@ -171,10 +174,12 @@ TEST_F(ConWinTest, DeleteRemovesTheFileOnlyWhenConfirmed)
                                "Are you sure you want to delete the session: old?",
                                {"Cancel", "Delete"}}));
     EXPECT_TRUE(fs::exists(Folder() + "/old.ftp"));
+    EXPECT_TRUE(fs::exists(Folder() + "/old.ftp.tls"));
 
     fAlerts.QueueAnswer(1); // Delete
     Click(window.get(), "bDelete");
     EXPECT_FALSE(fs::exists(Folder() + "/old.ftp"));
+    EXPECT_FALSE(fs::exists(Folder() + "/old.ftp.tls"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return fList->count() == 0; }));
 }
 

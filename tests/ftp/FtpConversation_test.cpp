@@ -1,25 +1,44 @@
 // A pane's conversation with its server: results and log lines reach the GUI
 // thread, a newer request cuts an older one short, PASV refused falls back to
 // active, and a server that breaks off or falls silent is given up on without
-// holding anything up.
+// holding anything up. Machine listings and UTF-8 names are taken up where a
+// server offers them, and an idle connection is kept, or made again; in TLS,
+// the question about a certificate the system does not vouch for, and a
+// trusted certificate that changed.
 
+#include "PrivateKeyring.h"
 #include "RealServers.h"
 #include "ScriptedServer.h"
 #include "SilentServer.h"
+#include "TempHome.h"
+#include "ftp/FtpCertificateTrust.h"
 #include "ftp/FtpConversation.h"
+#include "ftp/FtpListing.h"
+#include "ftp/FtpSecurity.h"
+#include "ftp/SessionPassword.h"
+#include "platform/AlertRecorder.h"
 #include "support/TickGaps.h"
 
 #include <QStringList>
 #include <QTest>
 #include <algorithm>
+#include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <map>
 #include <memory>
 #include <optional>
+#include <sys/stat.h>
 
+namespace fs = std::filesystem;
+using kestrin::FtpCertificateTrust;
 using kestrin::FtpConversation;
+using kestrin::FtpListingRow;
 using kestrin::FtpRequest;
 using kestrin::FtpResult;
+using kestrin::FtpSecurity;
 using kestrin::FtpSession;
+using kestrin::FtpTls;
 
 namespace {
 
@@ -58,7 +77,31 @@ struct Outcome
     {
         return QTest::qWaitFor([this] { return result.has_value(); }, 20000);
     }
+    qsizetype Count(const QString &line) const { return log.count(line); }
+    // Waits until `line` has come `times` times in all.
+    bool WaitFor(const QString &line, qsizetype times = 1)
+    {
+        return QTest::qWaitFor([&] { return Count(line) >= times; }, 20000);
+    }
 };
+
+// The rows of a conversation's listing, by name.
+std::map<std::string, FtpListingRow> RowsOf(const FtpResult &result)
+{
+    std::map<std::string, FtpListingRow> rows;
+    for (FtpListingRow &row : kestrin::GetEntries(result.listing))
+        rows[row.name] = std::move(row);
+    return rows;
+}
+
+void SetTimes(const std::string &path, time_t when, mode_t mode)
+{
+    const struct timespec times[2] = {{when, 0}, {when, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << path;
+    if (mode != 0) {
+        ASSERT_EQ(chmod(path.c_str(), mode), 0) << path;
+    }
+}
 
 void LogIn(ScriptedServer::Session &s)
 {
@@ -67,6 +110,7 @@ void LogIn(ScriptedServer::Session &s)
     s.Send("331 password\r\n");
     s.ReadLine(); // PASS
     s.Send("230 in\r\n");
+    s.AnswerFeatures();
     s.ReadLine(); // CWD /pub
     s.Send("250 ok\r\n");
     s.ReadLine(); // PWD
@@ -249,4 +293,373 @@ TEST(FtpConversationReal, RefusedLoginAndNoServerSayWhy)
         EXPECT_EQ(outcome.result->connectCode, 0);
         EXPECT_EQ(outcome.result->listCode, 0);
     }
+}
+
+// The same tree through a server with MLSD (pyftpdlib) and one with only
+// LIST (vsftpd): the rows agree, and the machine listing tells the times to
+// the second where LIST tells the day.
+TEST(FtpConversationReal, MachineAndLsListingsOfOneTreeGiveTheSameRows)
+{
+    VsftpdServer vsftpd;
+    if (!vsftpd.Unavailable().empty())
+        GTEST_SKIP() << vsftpd.Unavailable();
+    const std::string tree = vsftpd.Root() + "/upload/tree";
+    fs::create_directories(tree + "/sub dir");
+    const std::map<std::string, std::pair<std::string, time_t>> files = {
+        {"plain.txt", {std::string(1234, 'p'), 1577966400}}, // 2020-01-02 12:00:00
+        {"with blank.txt", {"blank", 1551694272}},           // 2019-03-04 10:11:12
+        {"  leading blanks", {"lead", 1525590489}},          // 2018-05-06 07:08:09
+        {"Gr\xc3\xbc\xc3\x9f"
+         "e.txt",
+         {"utf-8", 1525590499}}, // Grüße.txt
+    };
+    for (const auto &[name, file] : files) {
+        WriteFileBytes(tree + "/" + name, file.first);
+        SetTimes(tree + "/" + name, file.second, 0640);
+    }
+    SetTimes(tree + "/sub dir", 1551657600, 0750);
+    fs::create_symlink("plain.txt", tree + "/link");
+    SetTimes(tree + "/link", 1551657600, 0);
+    PyftpdlibServer pyftpdlib(tree);
+    if (!pyftpdlib.Unavailable().empty())
+        GTEST_SKIP() << pyftpdlib.Unavailable();
+
+    FtpSession lsSession = SessionOn(vsftpd.Port());
+    lsSession.remoteDir = tree;
+    FtpSession machineSession = SessionOn(pyftpdlib.Port(), "kestrin", "secret");
+    machineSession.remoteDir = "/";
+    Outcome ls, machine;
+    FtpConversation lsConversation(lsSession), machineConversation(machineSession);
+    ls.Submit(lsConversation);
+    machine.Submit(machineConversation);
+    ASSERT_TRUE(ls.Wait() && machine.Wait());
+    EXPECT_EQ(ls.Count("LIST\r\n"), 1);
+    EXPECT_EQ(machine.Count("MLSD\r\n"), 1);
+    EXPECT_EQ(machine.Count("OPTS MLST type;size;modify;unix.mode;\r\n"), 1);
+
+    std::map<std::string, FtpListingRow> listed = RowsOf(*ls.result);
+    std::map<std::string, FtpListingRow> exact = RowsOf(*machine.result);
+    // vsftpd lists the link as ls does; pyftpdlib lists what it leads to.
+    ASSERT_EQ(listed.count("link -> plain.txt"), 1u);
+    EXPECT_EQ(listed["link -> plain.txt"].permissions, "lrwxrwxrwx");
+    ASSERT_EQ(exact.count("link"), 1u);
+    FtpListingRow link = exact["link"];
+    link.name = "plain.txt";
+    EXPECT_EQ(link, exact["plain.txt"]);
+    listed.erase("link -> plain.txt");
+    exact.erase("link");
+    // A LIST line cannot tell a name's own leading blanks from the padding
+    // before it; the machine listing keeps them.
+    ASSERT_EQ(listed.count("leading blanks"), 1u);
+    EXPECT_EQ(exact.count("leading blanks"), 0u);
+    listed["  leading blanks"] = listed["leading blanks"];
+    listed.erase("leading blanks");
+
+    ASSERT_EQ(listed.size(), 5u);
+    ASSERT_EQ(exact.size(), listed.size());
+    for (const auto &[name, row] : listed) {
+        ASSERT_EQ(exact.count(name), 1u) << name;
+        const FtpListingRow &told = exact[name];
+        EXPECT_EQ(told.size, row.size) << name;
+        EXPECT_EQ(told.permissions, row.permissions) << name;
+        ASSERT_TRUE(told.modified.has_value()) << name;
+        EXPECT_EQ(kestrin::ListedTime(row.date), *told.modified - *told.modified % 86400) << name;
+        if (files.count(name) != 0) {
+            EXPECT_EQ(*told.modified, files.at(name).second) << name;
+        }
+    }
+    EXPECT_EQ(exact["plain.txt"].size, "1234");
+    EXPECT_EQ(exact["sub dir"].permissions, "drwxr-x---");
+    EXPECT_EQ(exact["plain.txt"].date, "2020-01-02 12:00:00");
+}
+
+// A server that lists UTF8 among its features is asked for UTF-8 names (this
+// one sends Latin-1 until asked); one that has no FEAT is asked nothing more.
+TEST(FtpConversationScripted, Utf8NamesAndMachineListingsWhereTheServerOffersThem)
+{
+    const auto logIn = [](ScriptedServer::Session &s, const char *features) {
+        s.Send("220 hi\r\n");
+        s.ReadLine(); // USER
+        s.Send("331 password\r\n");
+        s.ReadLine(); // PASS
+        s.Send("230 in\r\n");
+        s.AnswerFeatures(features);
+    };
+    const auto list = [](ScriptedServer::Session &s, const std::string &listing) {
+        for (const char *reply : {"250 ok\r\n", "257 \"/pub\" is here\r\n", "200 ok\r\n"}) {
+            s.ReadLine(); // CWD /pub, PWD, TYPE A
+            s.Send(reply);
+        }
+        platform::TcpSocket data;
+        if (!s.SendPassiveData(&data)) // PASV, and MLSD or LIST
+            return;
+        data.SendAll(listing.data(), listing.size());
+        data.Close();
+        s.Send("226 done\r\n");
+        s.WaitForClose();
+    };
+    ScriptedServer server({[&](ScriptedServer::Session &s) {
+                               logIn(s,
+                                     "211-Features:\r\n MDTM\r\n UTF8\r\n"
+                                     " MLST type*;size*;modify*;perm*;\r\n211 End\r\n");
+                               const bool asked = s.ReadLine() == "OPTS UTF8 ON\r\n";
+                               s.Send("200 Always in UTF8 mode.\r\n");
+                               list(s,
+                                    std::string("type=file;size=3;modify=20200102120000; Gr")
+                                        + (asked ? "\xc3\xbc\xc3\x9f" : "\xfc\xdf") + "e.txt\r\n");
+                           },
+                           [&](ScriptedServer::Session &s) {
+                               logIn(s, "502 Command not implemented.\r\n");
+                               list(s, "-rw-r--r-- 1 u g 3 Jan  2  2020 plain.txt\r\n");
+                           }});
+    Outcome offered, none;
+    {
+        FtpConversation conversation(SessionOn(server.Port()), kShortTimeout);
+        offered.Submit(conversation);
+        ASSERT_TRUE(offered.Wait());
+    }
+    {
+        FtpConversation conversation(SessionOn(server.Port()), kShortTimeout);
+        none.Submit(conversation);
+        ASSERT_TRUE(none.Wait());
+    }
+    const std::vector<std::string> lines = server.Finish();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "OPTS UTF8 ON\r\n"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "MLSD\r\n"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "LIST\r\n"), 1);
+    // Every fact a row needs comes unasked, but for a mode the server has not.
+    EXPECT_EQ(std::count_if(lines.begin(),
+                            lines.end(),
+                            [](const std::string &line) { return line.starts_with("OPTS MLST"); }),
+              0);
+    const std::vector<FtpListingRow> rows = kestrin::GetEntries(offered.result->listing);
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0].name,
+              "Gr\xc3\xbc\xc3\x9f"
+              "e.txt");
+    EXPECT_EQ(rows[0].modified, 1577966400);
+    ASSERT_EQ(kestrin::GetEntries(none.result->listing).size(), 1u);
+}
+
+// pyftpdlib ends a session idle for two seconds; a pane that sends NOOP
+// every fifth of a second is never ended, and its log shows the NOOPs.
+TEST(FtpConversationReal, AnIdlePaneKeepsItsConnectionPastTheServersIdleTimeOut)
+{
+    TempHome home;
+    PyftpdlibServer server(home.Root(), 2);
+    if (!server.Unavailable().empty())
+        GTEST_SKIP() << server.Unavailable();
+    FtpSession session = SessionOn(server.Port(), "kestrin", "secret");
+    session.remoteDir = "/";
+    FtpConversation conversation(session, 60000, std::chrono::milliseconds(200));
+    Outcome outcome;
+    outcome.Submit(conversation);
+    ASSERT_TRUE(outcome.Wait());
+    ASSERT_EQ(outcome.result->connectCode, 0);
+    // Three seconds of NOOPs at the least: past the server's idle time-out.
+    ASSERT_TRUE(outcome.WaitFor("NOOP\r\n", 15));
+    EXPECT_GE(outcome.Count("200 I successfully did nothing'."), 14);
+    EXPECT_FALSE(outcome.log.join("\n").contains("421"));
+    EXPECT_EQ(outcome.Count("USER kestrin\r\n"), 1);
+    EXPECT_EQ(conversation.Status(), "");
+}
+
+// A server that drops an idle connection anyway (its process ended): the
+// next NOOP finds it gone, and the pane logs in again and goes back to its
+// folder at once, so the next request needs no login of its own.
+TEST(FtpConversationReal, AConnectionDroppedWhileIdleIsMadeAgainAtOnce)
+{
+    VsftpdServer server;
+    if (!server.Unavailable().empty())
+        GTEST_SKIP() << server.Unavailable();
+    const std::string folder = server.Root() + "/upload";
+    FtpSession session = SessionOn(server.Port());
+    session.remoteDir = folder;
+    FtpConversation conversation(session, 60000, std::chrono::milliseconds(200));
+    Outcome outcome;
+    outcome.Submit(conversation);
+    ASSERT_TRUE(outcome.Wait());
+    ASSERT_EQ(outcome.result->connectCode, 0);
+    ASSERT_TRUE(outcome.WaitFor("NOOP\r\n"));
+
+    server.DropSessions();
+    ASSERT_TRUE(outcome.WaitFor("The server ended the connection; logging in again."));
+    ASSERT_TRUE(outcome.WaitFor("230 Login successful.", 2));
+    ASSERT_TRUE(outcome.WaitFor("250 Directory successfully changed.", 2));
+    EXPECT_EQ(outcome.Count(QString::fromStdString("CWD " + folder + "\r\n")), 2);
+
+    Outcome again;
+    again.Submit(conversation, FtpRequest::Of(FtpRequest::Step::Stay, folder));
+    ASSERT_TRUE(again.Wait());
+    EXPECT_EQ(again.result->connectCode, 0);
+    EXPECT_EQ(again.result->folder, folder);
+    EXPECT_EQ(server.Sessions(), 2u);
+    EXPECT_EQ(conversation.Status(), "");
+}
+
+// A session whose password the desktop keyring keeps logs in with it, and
+// the conversation hands it on for the transfers; one the keyring has no
+// password for (its user was changed by hand) says so in the log.
+TEST(FtpConversationReal, APasswordInTheKeyringLogsIn)
+{
+    TempHome home;
+    PrivateKeyring keyring;
+    if (!keyring.Unavailable().empty())
+        GTEST_SKIP() << keyring.Unavailable();
+    PyftpdlibServer server;
+    if (!server.Unavailable().empty())
+        GTEST_SKIP() << server.Unavailable();
+    FtpSession session = SessionOn(server.Port(), "kestrin", "");
+    session.passwordInKeyring = true;
+    ASSERT_EQ(kestrin::SessionPassword::Keep(session, "secret"), "");
+    {
+        FtpConversation conversation(session);
+        EXPECT_EQ(conversation.Session().pass, "");
+        Outcome outcome;
+        outcome.Submit(conversation);
+        ASSERT_TRUE(outcome.Wait());
+        EXPECT_EQ(outcome.result->connectCode, 0);
+        EXPECT_EQ(outcome.result->listCode, 0);
+        EXPECT_EQ(conversation.Session().pass, "secret");
+    }
+    {
+        session.user = "anonymous";
+        FtpConversation conversation(session);
+        Outcome outcome;
+        outcome.Submit(conversation);
+        ASSERT_TRUE(outcome.Wait());
+        EXPECT_EQ(outcome.result->connectCode, 530);
+        EXPECT_TRUE(outcome.log.contains("The desktop keyring holds no password for this session."))
+            << outcome.log.join("|").toStdString();
+        EXPECT_EQ(conversation.Session().pass, "");
+    }
+}
+namespace {
+
+// A stored session "secure" on vsftpd in TLS, with a certificate of its own.
+class FtpConversationTls : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!server.Unavailable().empty())
+            GTEST_SKIP() << server.Unavailable();
+        ASSERT_TRUE(Session().Write());
+    }
+
+    FtpSession Session() const
+    {
+        FtpSession session = SessionOn(server.Port());
+        session.name = "secure";
+        return session;
+    }
+    std::optional<std::string> Stored() const
+    {
+        return ReadFileBytes(home.ConfigDir() + "/Kestrin/secure.ftp.tls");
+    }
+    // One conversation from login to listing; its status at the end.
+    FtpResult Connect(std::string *status = nullptr)
+    {
+        FtpConversation conversation(Session(), 20000);
+        Outcome outcome;
+        outcome.Submit(conversation);
+        EXPECT_TRUE(outcome.Wait());
+        if (status != nullptr)
+            *status = conversation.Status();
+        return outcome.result.value_or(FtpResult{});
+    }
+
+    TempHome home;
+    platform::AlertRecorder alerts;
+    VsftpdServer server{{.tls = true}};
+};
+
+bool Holds(const std::string &text, const std::string &part)
+{
+    return text.find(part) != std::string::npos;
+}
+
+size_t Occurrences(const std::string &text, const std::string &part)
+{
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        count++;
+    return count;
+}
+
+} // namespace
+
+TEST_F(FtpConversationTls, TheCertificateQuestionAnsweredEachWay)
+{
+    struct Row
+    {
+        int answer;
+        int connectCode;
+        bool trusted;
+        // Whether a conversation after it asks again.
+        bool asksAgain;
+    };
+    const Row rows[] = {
+        {FtpCertificateTrust::kDoNotConnect, FtpTls::kCertificateRefused, false, true},
+        {FtpCertificateTrust::kConnectOnce, 0, false, true},
+        {FtpCertificateTrust::kTrust, 0, true, false},
+    };
+    for (const Row &row : rows) {
+        FtpSecurity::Remove("secure");
+        alerts.Clear();
+        alerts.QueueAnswer(row.answer);
+        std::string status;
+        const FtpResult result = Connect(&status);
+        EXPECT_EQ(result.connectCode, row.connectCode) << row.answer;
+        EXPECT_EQ(result.listCode, 0);
+        EXPECT_FALSE(result.inClear);
+        const std::vector<platform::Alert> shown = alerts.Shown();
+        ASSERT_EQ(shown.size(), 1u) << row.answer;
+        EXPECT_EQ(shown[0].title, "Certificate");
+        EXPECT_EQ(shown[0].buttons,
+                  (std::vector<std::string>{"Don't Connect", "Trust Always", "Connect Once"}));
+        for (const std::string &part : {server.Fingerprint(),
+                                        std::string("It claims to be: CN=kestrin-test"),
+                                        std::string("self-signed certificate"),
+                                        std::string("session \"secure\"")})
+            EXPECT_TRUE(Holds(shown[0].text, part)) << part << "\n" << shown[0].text;
+        if (row.connectCode != 0) {
+            EXPECT_EQ(status, "ftp: The server's certificate was not accepted.");
+        }
+        EXPECT_EQ(Stored(),
+                  row.trusted ? std::optional<std::string>(
+                      "Tls=IfOffered\nCertificate=" + server.Fingerprint() + "\n")
+                              : std::nullopt);
+
+        alerts.Clear();
+        alerts.QueueAnswer(FtpCertificateTrust::kDoNotConnect);
+        EXPECT_EQ(Connect().connectCode, row.asksAgain ? FtpTls::kCertificateRefused : 0);
+        EXPECT_EQ(alerts.Count(), row.asksAgain ? 1u : 0u);
+    }
+}
+
+TEST_F(FtpConversationTls, AChangedCertificateIsRefusedWithAWarning)
+{
+    FtpSecurity trusting;
+    trusting.trustedCertificate = server.Fingerprint();
+    ASSERT_TRUE(trusting.Write("secure"));
+    EXPECT_EQ(Connect().connectCode, 0);
+    EXPECT_EQ(alerts.Count(), 0u);
+    const std::string old = server.Fingerprint();
+    const size_t logins = Occurrences(server.ProtocolLog(), "\"USER ");
+
+    ASSERT_TRUE(server.RenewCertificate());
+    std::string status;
+    EXPECT_EQ(Connect(&status).connectCode, FtpTls::kCertificateRefused);
+    EXPECT_EQ(status, "ftp: The server's certificate was not accepted.");
+    ASSERT_EQ(alerts.Count(), 1u);
+    const platform::Alert warning = alerts.Shown()[0];
+    EXPECT_EQ(warning.title, "Certificate Changed");
+    EXPECT_EQ(warning.type, B_STOP_ALERT);
+    EXPECT_EQ(warning.buttons, std::vector<std::string>{"OK"});
+    EXPECT_TRUE(Holds(warning.text, "SHA-256 fingerprint now:\n" + server.Fingerprint()));
+    EXPECT_TRUE(Holds(warning.text, "The one you trust:\n" + old));
+    EXPECT_EQ(Stored(), "Tls=IfOffered\nCertificate=" + old + "\n");
+    // Refused before anything of the login was said.
+    EXPECT_EQ(Occurrences(server.ProtocolLog(), "\"USER "), logins);
 }

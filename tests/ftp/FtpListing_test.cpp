@@ -1,4 +1,5 @@
 #include "ftp/FtpListing.h"
+#include "ftp/FtpMachineListing.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -11,19 +12,22 @@ namespace kestrin {
 void PrintTo(const FtpListingRow &row, std::ostream *out)
 {
     *out << "{'" << row.name << "' '" << row.size << "' '" << row.date << "' '" << row.permissions
-         << "'}";
+         << "' " << (row.modified ? std::to_string(*row.modified) : "-") << "}";
 }
 
 namespace {
 
+struct Case
+{
+    const char *what;
+    std::string listing;
+    std::vector<FtpListingRow> rows;
+};
+
+constexpr time_t kJan2Noon = 1577966400; // 2020-01-02 12:00:00 UTC
+
 TEST(FtpListing, LinesBecomeRowsOfFourTexts)
 {
-    struct Case
-    {
-        const char *what;
-        std::string listing;
-        std::vector<FtpListingRow> rows;
-    };
     const std::string line = "-rw-r--r--   1 u g 1234 Mar  5  2001 my file.txt";
     const FtpListingRow file{"my file.txt", "1234", "Mar  5  2001", "-rw-r--r--"};
     const std::string pubLine = "drwxr-xr-x 2 ftp ftp 4096 Jan  1 12:00 pub";
@@ -41,6 +45,7 @@ TEST(FtpListing, LinesBecomeRowsOfFourTexts)
         {"leading and doubled spaces; trailing ones belong to the name",
          "  -rw-------  12  owner   group    77   Dec 31   1999   spaced  \n",
          {{"spaced  ", "77", "Dec 31   1999", "-rw-------"}}},
+        {"a name of blanks only is no row", "-rw-r--r-- 1 u g 5 Jan 1 2001  \r\n", {}},
         {"the name ends at its first CR",
          "-rw-r--r-- 1 u g 5 Jan  1 2001 a\rb\r\n",
          {{"a", "5", "Jan  1 2001", "-rw-r--r--"}}},
@@ -65,7 +70,6 @@ TEST(FtpListing, LinesBecomeRowsOfFourTexts)
         {"blank lines", "\n\n\r\n   \n", {}},
         {"total line alone", "total 0\r\n", {}},
         {"eight fields, no name", "-rw-r--r-- 1 u g 5 Jan 1 2001\r\n", {}},
-        {"eight fields and blanks", "-rw-r--r-- 1 u g 5 Jan 1 2001   \r\n", {}},
         {"seven fields", "-rw-r--r-- 1 u g 5 Jan 1\r\n", {}},
         {"the folder itself and its parent",
          "drwxr-xr-x 2 u g 4096 Jan 1 12:00 .\r\ndrwxr-xr-x 9 u g 4096 Jan 1 12:00 ..\r\n"
@@ -90,6 +94,103 @@ TEST(FtpListing, LongListingsAndLinesAreReadWhole)
     ASSERT_EQ(rows.size(), 100001u);
     EXPECT_EQ(rows[99999], (FtpListingRow{"f99999", "99999", "Jan 1 2001", "-rw-r--r--"}));
     EXPECT_EQ(rows.back().name, longName);
+}
+
+TEST(FtpListing, DosLinesBecomeRows)
+{
+    const Case cases[] = {
+        {"a folder in IIS's columns",
+         "01-02-24  10:30AM       <DIR>          name\r\n",
+         {{"name", "<DIR>", "01-02-24  10:30AM", "d", {}}}},
+        {"IIS's columns keep a folder name's leading blank",
+         "01-02-24  10:30AM       <DIR>           lead\r\n",
+         {{" lead", "<DIR>", "01-02-24  10:30AM", "d", {}}}},
+        {"a folder out of those columns",
+         "01-02-24  10:30AM  <DIR>  name",
+         {{"name", "<DIR>", "01-02-24  10:30AM", "d", {}}}},
+        {"a file with its size, blanks in its name",
+         "02-14-19  10:54PM                 1234 my file.txt\r\n",
+         {{"my file.txt", "1234", "02-14-19  10:54PM", "-", {}}}},
+        {"one blank after the size; more are the name's",
+         "02-14-19  10:54AM                  689  lead\r\n",
+         {{" lead", "689", "02-14-19  10:54AM", "-", {}}}},
+        {"four-digit years, year first, 24-hour times",
+         "01-02-2024  9:05PM 5 a\r\n2024-01-02  22:15  <DIR>  Sub\r\n",
+         {{"a", "5", "01-02-2024  9:05PM", "-", {}},
+          {"Sub", "<DIR>", "2024-01-02  22:15", "d", {}}}},
+        {"no name, a size that is no number, an odd time, the folder and its parent",
+         "01-02-24  10:30AM  <DIR>\r\n01-02-24  10:30AM  <DIR>   \r\n"
+         "01-02-24  10:30AM  12k name\r\n01-02-24  10:30XM  1 name\r\n"
+         "01-02-24  10:30AM  <DIR>  .\r\n01-02-24  10:30AM  <DIR>  ..\r\n",
+         {}},
+    };
+    for (const Case &c : cases)
+        EXPECT_EQ(GetEntries(c.listing), c.rows) << c.what;
+}
+
+TEST(FtpListing, MachineLinesBecomeRowsWithExactTimes)
+{
+    const Case cases[] = {
+        {"pyftpdlib's facts, its mode in Python's octal",
+         "modify=20200102120000;perm=r;size=1234;type=file;unix.mode=0o644; my file.txt\r\n",
+         {{"my file.txt", "1234", "2020-01-02 12:00:00", "-rw-r--r--", kJan2Noon}}},
+        {"every blank after the first space is the name's",
+         "type=file;size=0;modify=20200102120059;   two  \r\n",
+         {{"  two  ", "0", "2020-01-02 12:00:59", "-", kJan2Noon + 59}}},
+        {"a folder's size as sizd, names of facts in any case",
+         "Type=Dir;Sizd=4096;Modify=20200102120000.123;UNIX.mode=0755; sub",
+         {{"sub", "4096", "2020-01-02 12:00:00", "drwxr-xr-x", kJan2Noon}}},
+        {"a link that names its target, as Pure-FTPd's do",
+         "type=OS.unix=slink:../Target;size=9;UNIX.mode=0777; link\r\n",
+         {{"link -> ../Target", "9", "", "lrwxrwxrwx", {}}}},
+        {"a link that does not, as ProFTPD's",
+         "type=OS.unix=symlink;size=9; link\r\n",
+         {{"link", "9", "", "l", {}}}},
+        {"a device, and facts that do not read",
+         "type=OS.unix=chr-4/5;size=12x;modify=2020;unix.mode=9; tty\r\n",
+         {{"tty", "", "", "?", {}}}},
+        {"no type: a file", "size=3; x", {{"x", "3", "", "-", {}}}},
+        {"the folder itself, its parent, and names of dots",
+         "type=cdir; /pub\r\ntype=pdir; /\r\ntype=dir; .\r\ntype=dir; ..\r\n",
+         {}},
+        {"facts without a name, no facts, a fact without a name",
+         "type=file;\r\n name\r\ntype=file;=x; name\r\ntype=file name\r\n",
+         {}},
+    };
+    for (const Case &c : cases)
+        EXPECT_EQ(GetEntries(c.listing), c.rows) << c.what;
+}
+
+// A server with MLSD and one with only LIST describe the same entry the same
+// way: only the date is told more exactly.
+TEST(FtpListing, AMachineLineAndItsLsLineGiveTheSameRow)
+{
+    const std::pair<const char *, const char *> pairs[] = {
+        {"type=file;size=1234;modify=20200102120000;UNIX.mode=0644; my file.txt",
+         "-rw-r--r--    1 1000     1000         1234 Jan 02  2020 my file.txt"},
+        {"type=dir;size=4096;modify=20190304101112;UNIX.mode=0755; a dir",
+         "drwxr-xr-x    2 1000     1000         4096 Mar 04  2019 a dir"},
+        {"type=OS.unix=slink:t;size=3;modify=20180506070809;UNIX.mode=0777; l",
+         "lrwxrwxrwx    1 1000     1000            3 May 06  2018 l -> t"},
+    };
+    for (const auto &[machine, unix] : pairs) {
+        const std::vector<FtpListingRow> fromFacts = GetEntries(machine);
+        const std::vector<FtpListingRow> fromLs = GetEntries(unix);
+        ASSERT_EQ(fromFacts.size(), 1u) << machine;
+        ASSERT_EQ(fromLs.size(), 1u) << unix;
+        const FtpListingRow &exact = fromFacts[0];
+        const FtpListingRow &listed = fromLs[0];
+        EXPECT_EQ(exact.name, listed.name);
+        EXPECT_EQ(exact.size, listed.size);
+        EXPECT_EQ(exact.permissions, listed.permissions);
+        ASSERT_TRUE(exact.modified.has_value());
+        EXPECT_EQ(ListedTime(listed.date), *exact.modified - *exact.modified % 86400) << unix;
+    }
+    // One listing may mix the forms, line by line.
+    EXPECT_EQ(GetEntries(std::string(pairs[0].first) + "\r\n01-02-24  10:30AM  <DIR>  d\r\n"
+                         + pairs[0].second)
+                  .size(),
+              3u);
 }
 
 } // namespace

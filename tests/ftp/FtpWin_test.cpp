@@ -1,8 +1,17 @@
 #include "ftp/FtpWin.h"
 
+#include "PrivateKeyring.h"
 #include "TempHome.h"
+#include "ftp/FtpSession.h"
+#include "ftp/SessionPassword.h"
 #include "platform/AlertRecorder.h"
+#include "support/TickGaps.h"
 
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -12,7 +21,9 @@
 #include <sys/stat.h>
 
 namespace fs = std::filesystem;
+using kestrin::FtpSession;
 using kestrin::FtpWin;
+using kestrin::SessionPassword;
 
 namespace {
 
@@ -24,11 +35,20 @@ protected:
         return fHome.ConfigDir() + "/Kestrin/" + fileName;
     }
 
+    // The window, once it knows whether there is a keyring (its question
+    // runs on a thread of its own, which is done by then).
     std::unique_ptr<FtpWin> Open(const std::optional<std::string> &fileName)
     {
         auto window = std::make_unique<FtpWin>(QRect(0, 0, 800, 600), nullptr, fileName);
         for (int i = 0; i < 7; i++)
             fields[i] = window->findChild<QLineEdit *>(QString("text%1").arg(i + 1));
+        box = window->findChild<QCheckBox *>("keyring");
+        note = window->findChild<QLabel *>("keyringNote");
+        EXPECT_TRUE(box != nullptr && note != nullptr);
+        EXPECT_TRUE(
+            note == nullptr
+            || QTest::qWaitFor(
+                [this] { return note->text() != "Looking for the desktop keyring..."; }, 30000));
         return window;
     }
 
@@ -42,6 +62,45 @@ protected:
     TempHome fHome;
     platform::AlertRecorder fAlerts;
     QLineEdit *fields[7] = {};
+    QCheckBox *box = nullptr;
+    QLabel *note = nullptr;
+};
+
+// A keyring that takes every call and never answers one, as a keyring does
+// while it waits for the user to unlock it, or when it hangs.
+class SilentKeyring : public QDBusVirtualObject
+{
+public:
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &) override
+    {
+        message.setDelayedReply(true);
+        calls++;
+        return true;
+    }
+    int calls = 0;
+};
+
+class FtpWinKeyring : public FtpWinTest
+{
+protected:
+    void SetUp() override
+    {
+        if (!fKeyring.Unavailable().empty())
+            GTEST_SKIP() << fKeyring.Unavailable();
+    }
+
+    static FtpSession Site()
+    {
+        FtpSession session;
+        session.name = "site";
+        session.host = "127.0.0.1";
+        session.port = "2121";
+        session.user = "me";
+        return session;
+    }
+
+    PrivateKeyring fKeyring;
 };
 
 TEST_F(FtpWinTest, OkStopsAtTheFirstEmptyRequiredFieldAndFocusesIt)
@@ -117,6 +176,67 @@ TEST_F(FtpWinTest, ANewSessionIsSavedOwnerOnlyWithItsSixKeys)
     {};
     ASSERT_EQ(stat(PathOf("site.ftp").c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, 0600u);
+    // A session with the default TLS choice leaves nothing else.
+    EXPECT_EQ(std::distance(fs::directory_iterator(PathOf("")), fs::directory_iterator()), 1);
+}
+
+// Below the session's fields, the TLS choice and the certificate trusted
+// for the session; they are kept in a file of their own, and the session
+// file stays byte for byte what a plain one is.
+TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
+{
+    const std::string plain = "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n";
+    auto window = Open(std::nullopt);
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    auto *tls = window->findChild<QComboBox *>("tlsChoice");
+    ASSERT_NE(tls, nullptr);
+    EXPECT_GT(tls->y(), fields[6]->y());
+    ASSERT_EQ(tls->count(), 3);
+    EXPECT_EQ(tls->currentText(), "TLS if the server offers it");
+    EXPECT_EQ(tls->itemText(1), "TLS required");
+    EXPECT_EQ(tls->itemText(2), "no TLS");
+    EXPECT_FALSE(window->findChild<QPushButton *>("bForget")->isVisible());
+    const char *typed[] = {"site", "h", "21", "u"};
+    for (int i = 0; i < 4; i++)
+        Type(i, typed[i]);
+    tls->setCurrentIndex(1);
+    Ok(window.get());
+    EXPECT_EQ(fAlerts.Count(), 0u);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), plain);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp.tls")), "Tls=Required\nCertificate=\n");
+    struct stat st
+    {};
+    ASSERT_EQ(stat(PathOf("site.ftp.tls").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    EXPECT_EQ(std::distance(fs::directory_iterator(PathOf("")), fs::directory_iterator()), 2)
+        << "no temporary file stays";
+
+    // A certificate trusted since: shown, and forgotten on request.
+    WriteFileBytes(PathOf("site.ftp.tls"), "Tls=Off\nCertificate=AB:CD\n");
+    window = Open("site.ftp");
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    tls = window->findChild<QComboBox *>("tlsChoice");
+    EXPECT_EQ(tls->currentText(), "no TLS");
+    auto *trusted = window->findChild<QLabel *>("trustedCertificate");
+    auto *forget = window->findChild<QPushButton *>("bForget");
+    EXPECT_EQ(trusted->text(), "AB:CD");
+    ASSERT_TRUE(forget->isVisible());
+    QTest::mouseClick(forget, Qt::LeftButton);
+    EXPECT_FALSE(forget->isVisible());
+    tls->setCurrentIndex(0);
+    Ok(window.get());
+    EXPECT_FALSE(fs::exists(PathOf("site.ftp.tls"))) << "the defaults need no file";
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), plain);
+
+    // Saved under another name, the choice and the trust go with it.
+    WriteFileBytes(PathOf("site.ftp.tls"), "Tls=Required\nCertificate=AB:CD\n");
+    window = Open("site.ftp");
+    Type(0, "copy");
+    Ok(window.get());
+    EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp.tls")), "Tls=Required\nCertificate=AB:CD\n");
+    EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp")), plain);
 }
 
 TEST_F(FtpWinTest, AMissingKeyShowsTheTextBeforeItAndRenamingKeepsTheOldFile)
@@ -151,3 +271,124 @@ TEST_F(FtpWinTest, AFileThatCannotBeMadeIsReportedAndTheWindowCloses)
 }
 
 } // namespace
+
+TEST_F(FtpWinKeyring, TheOptionKeepsThePasswordInTheKeyringAndShowsItThere)
+{
+    auto window = Open(std::nullopt);
+    EXPECT_TRUE(box->isEnabled());
+    EXPECT_FALSE(box->isChecked());
+    EXPECT_EQ(note->text(), "");
+    EXPECT_EQ(window->findChild<QLabel *>("label6")->text(),
+              "Warning! storing password is insecure.");
+    const char *typed[] = {"site", "127.0.0.1", "2121", "me", "secret", "/pub", ""};
+    for (int i = 0; i < 7; i++)
+        Type(i, typed[i]);
+    box->setChecked(true);
+    Ok(window.get());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isVisible(); }, 30000));
+    EXPECT_EQ(fAlerts.Count(), 0u);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")),
+              "Host=127.0.0.1\nPort=2121\nUser=me\nPass=\nRemoteDir=/pub\nLocalDir=\n");
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp.kestrin")), "PasswordInKeyring=1\n");
+    EXPECT_EQ(SessionPassword::Lookup(Site()).secret, "secret");
+
+    // Opened again: the password comes from the keyring; a new one goes there.
+    window = Open("site.ftp");
+    EXPECT_TRUE(box->isChecked());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !fields[4]->isReadOnly(); }, 30000));
+    EXPECT_EQ(fields[4]->text(), "secret");
+    fields[4]->setText("changed");
+    Ok(window.get());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isVisible(); }, 30000));
+    EXPECT_EQ(SessionPassword::Lookup(Site()).secret, "changed");
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")),
+              "Host=127.0.0.1\nPort=2121\nUser=me\nPass=\nRemoteDir=/pub\nLocalDir=\n");
+
+    // Cleared: the password goes back into the file and out of the keyring.
+    window = Open("site.ftp");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fields[4]->text() == "changed"; }, 30000));
+    box->setChecked(false);
+    Ok(window.get());
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")),
+              "Host=127.0.0.1\nPort=2121\nUser=me\nPass=changed\nRemoteDir=/pub\nLocalDir=\n");
+    EXPECT_FALSE(fs::exists(PathOf("site.ftp.kestrin")));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !SessionPassword::Lookup(Site()).secret.has_value(); },
+                                30000));
+}
+
+// No Secret Service on the bus: the box cannot be ticked and says why; a
+// session whose password is in the keyring keeps it there when saved.
+TEST_F(FtpWinTest, WithoutAKeyringTheOptionIsDisabledAndSaysWhy)
+{
+    const std::string noBus = PrivateKeyring::UseBus();
+    if (!noBus.empty())
+        GTEST_SKIP() << noBus;
+    const QString why = "No desktop keyring: no Secret Service (such as GNOME Keyring) answers on "
+                        "the session bus.";
+    auto window = Open(std::nullopt);
+    EXPECT_EQ(note->text(), why);
+    EXPECT_FALSE(box->isEnabled());
+    EXPECT_EQ(box->toolTip(), why);
+    EXPECT_EQ(window->findChild<QLabel *>("label6")->text(),
+              "Warning! storing password is insecure.");
+    const char *typed[] = {"plain", "h", "21", "u", "pw"};
+    for (int i = 0; i < 5; i++)
+        Type(i, typed[i]);
+    Ok(window.get());
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(ReadFileBytes(PathOf("plain.ftp")),
+              "Host=h\nPort=21\nUser=u\nPass=pw\nRemoteDir=\nLocalDir=\n");
+    EXPECT_FALSE(fs::exists(PathOf("plain.ftp.kestrin")));
+
+    WriteFileBytes(PathOf("kept.ftp"), "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n");
+    WriteFileBytes(PathOf("kept.ftp.kestrin"), "PasswordInKeyring=1\n");
+    window = Open("kept.ftp");
+    EXPECT_TRUE(box->isChecked());
+    EXPECT_FALSE(box->isEnabled());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !fields[4]->isReadOnly(); }, 30000));
+    Ok(window.get());
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(ReadFileBytes(PathOf("kept.ftp")),
+              "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n");
+    EXPECT_EQ(ReadFileBytes(PathOf("kept.ftp.kestrin")), "PasswordInKeyring=1\n");
+}
+
+// While the keyring keeps the window's questions unanswered, the window
+// goes on painting and says what it waits for; closing it leaves the
+// answers to nobody.
+TEST_F(FtpWinTest, AKeyringThatDoesNotAnswerNeverHoldsUpTheWindow)
+{
+    const std::string noBus = PrivateKeyring::UseBus();
+    if (!noBus.empty())
+        GTEST_SKIP() << noBus;
+    SilentKeyring keyring;
+    {
+        QDBusConnection bus = QDBusConnection::connectToBus(QString::fromLocal8Bit(qgetenv(
+                                                                "DBUS_SESSION_BUS_ADDRESS")),
+                                                            "silent-keyring");
+        ASSERT_TRUE(bus.registerService("org.freedesktop.secrets"));
+        ASSERT_TRUE(bus.registerVirtualObject("/org/freedesktop/secrets",
+                                              &keyring,
+                                              QDBusConnection::SubPath));
+    }
+    fs::create_directories(PathOf(""));
+    WriteFileBytes(PathOf("kept.ftp"), "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n");
+    WriteFileBytes(PathOf("kept.ftp.kestrin"), "PasswordInKeyring=1\n");
+
+    TickGaps gaps;
+    auto window = std::make_unique<FtpWin>(QRect(0, 0, 800, 600), nullptr, "kept.ftp");
+    // Whether there is a keyring, and the password: both asked at once.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return keyring.calls >= 2; }, 30000));
+    auto *password = window->findChild<QLineEdit *>("text5");
+    EXPECT_TRUE(password->isReadOnly());
+    EXPECT_EQ(password->placeholderText(), "Reading the desktop keyring...");
+    EXPECT_EQ(window->findChild<QLabel *>("keyringNote")->text(),
+              "Looking for the desktop keyring...");
+    EXPECT_FALSE(window->findChild<QCheckBox *>("keyring")->isEnabled());
+    QTest::mouseClick(window->findChild<QPushButton *>("bCancel"), Qt::LeftButton);
+    EXPECT_FALSE(window->isVisible());
+    window.reset();
+    EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
+    QDBusConnection::disconnectFromBus("silent-keyring");
+}

@@ -3,9 +3,11 @@
 
 #include "CallbackLog.h"
 #include "ScriptedServer.h"
+#include "TempHome.h"
 #include "ftp/FtpListing.h"
 #include "ftp/clsFTP.h"
 
+#include <QTemporaryDir>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <optional>
@@ -188,6 +190,12 @@ TEST(FtpReplyReader, TimesAreReadFromRepliesAndListingsAndWrittenForMfmt)
         {"Jan 2x 2020", std::nullopt},
         {"Jan 258  2020", std::nullopt}, // day 2 in a byte
         {"Janu  2  2020", std::nullopt},
+        // DOS-style dates always name their year; two digits name 1970 to 2069.
+        {"01-02-20  10:30AM", kJan2},
+        {"01-02-2020  22:30", kJan2},
+        {"2020-01-02  10:30PM", kJan2},
+        {"12-31-99  10:30AM", 946598400},
+        {"02-30-20  10:30AM", std::nullopt},
     };
     for (const Row &row : dates)
         EXPECT_EQ(kestrin::ListedTime(row.text), row.seconds) << row.text;
@@ -393,4 +401,88 @@ TEST(FtpScripted, OnlyA257NamesAFolderAndALostConnectionSaysHow)
         ftp.Leave();
         server.Finish();
     }
+}
+
+// FEAT's answer is taken up (the facts a row needs asked for, as they are not
+// all sent unasked); a download goes on from an offset after REST, an upload
+// with APPE; a 421 says the server is closing.
+TEST(FtpScripted, FeaturesAreTakenUpAndTransfersGoOnFromAnOffset)
+{
+    std::string appended;
+    ScriptedServer server([&appended](ScriptedServer::Session &s) {
+        const auto dataConnection = [&s](TcpSocket *data) {
+            s.ReadLine(); // PASV
+            TcpSocket listener;
+            const unsigned port = s.ListenForData(&listener);
+            s.Send("227 Entering Passive Mode (" + PassiveNumbers("127.0.0.1", port) + ").\r\n");
+            return s.AcceptData(&listener, data);
+        };
+        s.Send("220 hi\r\n");
+        s.AnswerFeatures(
+            "211-Extensions supported:\r\n SIZE\r\n"
+            " MLST Type*;Size*;Modify*;UNIX.mode;Perm;\r\n REST STREAM\r\n211 END\r\n");
+        s.ReadLine(); // OPTS MLST
+        s.Send("200 MLST OPTS type;size;modify;unix.mode;\r\n");
+        s.ReadLine(); // TYPE I
+        s.Send("200 ok\r\n");
+        TcpSocket data;
+        if (!dataConnection(&data))
+            return;
+        s.ReadLine(); // REST 6
+        s.Send("350 Restarting at 6.\r\n");
+        s.ReadLine(); // RETR f
+        s.Send("150 Opening (5 bytes)\r\n");
+        data.SendAll("world", 5);
+        data.Close();
+        s.Send("226 done\r\n");
+        if (!dataConnection(&data))
+            return;
+        s.ReadLine(); // APPE g
+        s.Send("150 ok\r\n");
+        char buffer[64];
+        for (ssize_t got; data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
+                          && (got = data.Receive(buffer, sizeof buffer)) > 0;)
+            appended.append(buffer, size_t(got));
+        s.Send("226 done\r\n");
+        s.ReadLine(); // NOOP
+        s.Send("421 Idle too long.\r\n");
+    });
+    QTemporaryDir folder;
+    const std::string local = folder.path().toStdString();
+    WriteFileBytes(local + "/part", "hello XXXXXXXX");
+    WriteFileBytes(local + "/up", "0123456789");
+    CallbackLog log;
+    clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kTimeout, &CallbackLog::Record, &log);
+    ASSERT_EQ(ftp.Connect(nullptr, nullptr, nullptr), 220);
+    EXPECT_FALSE(ftp.MachineListings());
+    EXPECT_EQ(ftp.NegotiateFeatures(), 0);
+    EXPECT_TRUE(ftp.MachineListings());
+
+    ftp.ExpectSize(11);
+    EXPECT_EQ(ftp.ResumeDownload("f", local.c_str(), "part", 6, true, true), 0);
+    EXPECT_EQ(ReadFileBytes(local + "/part"), "hello world");
+    ASSERT_FALSE(log.calls.empty());
+    EXPECT_EQ(log.calls.back().code, -1);
+    const auto lastProgress = std::find_if(log.calls.rbegin(), log.calls.rend(), [](const auto &c) {
+        return c.code >= 0;
+    });
+    ASSERT_NE(lastProgress, log.calls.rend());
+    EXPECT_EQ(lastProgress->code, 100) << "measured against the whole file";
+    EXPECT_EQ(lastProgress->count, 11);
+
+    EXPECT_EQ(ftp.ResumeUpload((local + "/up").c_str(), "g", 4, true, true), 0);
+    EXPECT_EQ(ftp.Noop(), 421);
+    EXPECT_EQ(ftp.ControlLoss(), clsFTP::Loss::Dropped);
+    const auto lines = server.Finish();
+    EXPECT_EQ(appended, "456789");
+    const std::vector<std::string> expected = {"FEAT\r\n",
+                                               "OPTS MLST type;size;modify;unix.mode;\r\n",
+                                               "TYPE I\r\n",
+                                               "PASV\r\n",
+                                               "REST 6\r\n",
+                                               "RETR f\r\n",
+                                               "PASV\r\n",
+                                               "APPE g\r\n",
+                                               "NOOP\r\n"};
+    EXPECT_EQ(lines, expected);
 }

@@ -7,9 +7,12 @@
 
 #include "fileops/CopyWin.h"
 #include "ftp/FtpSession.h"
+#include "mainwindow/ViewFromServer.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/KsHeader.h"
 #include "support/TestArchives.h"
+#include "viewer/TextPager.h"
+#include "viewer/ViewerWindow.h"
 
 #include <QSignalSpy>
 
@@ -38,6 +41,16 @@ protected:
     }
     std::string Local() const { return fHome.Root() + "/local"; }
     std::string Upload() const { return fServer.Root() + "/upload"; }
+    // Starts Kestrin and connects a pane to the stored session.
+    kestrin::KestrinWindow &StartOnServer(size_t pane)
+    {
+        kestrin::KestrinWindow &window = Start();
+        window.FocusPane(window.Panes()[pane]);
+        platform::Message open(kestrin::kMsgOpenFtpSession);
+        open.AddString("session", "site.ftp");
+        window.MessageReceived(open);
+        return window;
+    }
     std::string Header(size_t pane)
     {
         return fKestrin->Window()->Panes().at(pane)->Header()->Text();
@@ -58,13 +71,55 @@ protected:
 
 } // namespace
 
+// F3 on a server's file shows it: downloaded with the copy window into a
+// private temporary folder, which goes when the viewer closes; a download
+// that brings nothing opens no viewer and leaves no folder.
+TEST_F(FtpPanesTest, F3ViewsAServersFileFromATemporaryCopy)
+{
+    WriteFileBytes(Upload() + "/notes.txt", "remote words\n");
+    WriteFileBytes(Upload() + "/gone.txt", "soon gone\n");
+    kestrin::KestrinWindow &window = StartOnServer(0);
+    ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("gone.txt") > 0; }));
+    const auto viewer = [&]() -> kestrin::ViewerWindow * {
+        for (auto *each : window.findChildren<kestrin::ViewerWindow *>()) {
+            if (each->isVisible())
+                return each;
+        }
+        return nullptr;
+    };
+
+    SelectIn(0, "notes.txt");
+    QTest::keyClick(List(0), Qt::Key_F3);
+    EXPECT_EQ(CopyTitle(), "Download");
+    ASSERT_TRUE(WaitFor([&] { return viewer() != nullptr; }));
+    kestrin::ViewerWindow *shown = viewer();
+    EXPECT_EQ(shown->windowTitle(), "notes.txt");
+    ASSERT_NE(shown->TextView(), nullptr);
+    EXPECT_TRUE(WaitFor([&] { return shown->TextView()->ShownRows().value(0) == "remote words"; }));
+    auto *copy = shown->findChild<kestrin::ViewFromServer *>();
+    ASSERT_NE(copy, nullptr);
+    const std::string folder = copy->Folder();
+    EXPECT_EQ(fs::status(folder).permissions() & fs::perms::all, fs::perms::owner_all);
+    EXPECT_EQ(ReadFileBytes(folder + "/notes.txt"), "remote words\n");
+    EXPECT_FALSE(fs::exists(Local() + "/notes.txt")) << "nothing lands in a pane's folder";
+    shown->close();
+    EXPECT_TRUE(WaitFor([&] { return !fs::exists(folder); }));
+    EXPECT_TRUE(fAlerts.Shown().empty());
+
+    fs::remove(Upload() + "/gone.txt");
+    SelectIn(0, "gone.txt");
+    QTest::keyClick(List(0), Qt::Key_F3);
+    auto *pending = window.findChild<kestrin::ViewFromServer *>();
+    ASSERT_NE(pending, nullptr);
+    const std::string unused = pending->Folder();
+    EXPECT_TRUE(WaitFor([&] { return CopyTitle().isEmpty() && !fs::exists(unused); }));
+    EXPECT_EQ(viewer(), nullptr);
+    EXPECT_FALSE(fAlerts.Shown().empty()) << "the failed download says so";
+}
+
 TEST_F(FtpPanesTest, ConnectTransferDisconnectAndComeBackAtStartUp)
 {
-    kestrin::KestrinWindow &window = Start();
-    window.FocusPane(window.Panes()[0]);
-    platform::Message open(kestrin::kMsgOpenFtpSession);
-    open.AddString("session", "site.ftp");
-    window.MessageReceived(open);
+    kestrin::KestrinWindow &window = StartOnServer(0);
     ASSERT_TRUE(WaitFor([&] { return Header(0) == "ftp: " + Upload(); }));
     ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("down.txt") > 0; }));
 
@@ -106,11 +161,7 @@ TEST_F(FtpPanesTest, ConnectTransferDisconnectAndComeBackAtStartUp)
 TEST_F(FtpPanesTest, PackingAndUnpackingIntoAServerPaneLandOnTheServer)
 {
     WriteTestArchive(Local() + "/bundle.zip", "zip", {{"inner.txt", "inner"}});
-    kestrin::KestrinWindow &window = Start();
-    window.FocusPane(window.Panes()[1]);
-    platform::Message open(kestrin::kMsgOpenFtpSession);
-    open.AddString("session", "site.ftp");
-    window.MessageReceived(open);
+    kestrin::KestrinWindow &window = StartOnServer(1);
     ASSERT_TRUE(WaitFor([&] { return List(1)->FindItem("down.txt") > 0; }));
 
     window.FocusPane(window.Panes()[0]);
@@ -143,5 +194,4 @@ TEST_F(FtpPanesTest, PackingAndUnpackingIntoAServerPaneLandOnTheServer)
     const fs::path work = fHome.TransferWork();
     EXPECT_TRUE(!fs::exists(work) || fs::is_empty(work));
     ASSERT_TRUE(WaitFor([&] { return List(1)->FindItem("up.txt.zip") > 0; }));
-
 }

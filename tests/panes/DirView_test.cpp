@@ -1,6 +1,7 @@
 #include "PaneTestSupport.h"
 #include "support/UnprivilegedRerun.h"
 
+#include "panes/DirRowPainter.h"
 #include "panes/PaneCommands.h"
 #include "platform/Entry.h"
 #include "platform/NodeMonitor.h"
@@ -441,6 +442,68 @@ TEST_F(DirViewTest, QueryResultsShowPathsAndLeadBackToTheFolder)
     EXPECT_EQ(view.Mode(), kestrin::kModeFolder);
     EXPECT_EQ(view.CurrentPath(), Folder() + "/deep/er");
     EXPECT_TRUE(view.IsWatching());
+}
+
+// Query results are read by their paths: the Name column is as wide as the
+// longest path needs, within the pane; a path wider than the pane loses its
+// middle, keeping where it begins and the entry's own name; and the width
+// the column has for names comes back with names (and is the one kept).
+TEST_F(DirViewTest, QueryResultsWidenTheNameColumnToTheirPaths)
+{
+    const std::string deep = Folder() + "/" + std::string(30, 'd') + "/" + std::string(30, 'e');
+    fs::create_directories(deep);
+    MakeFile(deep + "/found.txt");
+    MakeFile(Folder() + "/near.txt");
+    DirView &view = Open(Folder());
+    fWindow->resize(1200, 400);
+    view.resize(1200, 400);
+    const float names = view.ColumnWidth(kestrin::kColumnName);
+    platform::Message results(601);
+    for (const std::string &path : {deep + "/found.txt", Folder() + "/near.txt"}) {
+        entry_ref ref;
+        ASSERT_EQ(platform::Entry(path).GetRef(&ref), B_OK);
+        results.AddRef("ref", ref);
+    }
+    Relist([&] { view.Populate(results); });
+    const kestrin::DirListItem *found = view.Row(view.FindItem(deep + "/found.txt"));
+    const int longest = kestrin::DirRowPainter::TextWidth(*found,
+                                                          kestrin::kColumnName,
+                                                          view.fontMetrics());
+    const auto shown = [&] {
+        const int width = int(view.ColumnWidth(kestrin::kColumnName));
+        return kestrin::DirRowPainter::ShownText(*found,
+                                                 kestrin::kColumnName,
+                                                 width,
+                                                 view.fontMetrics())
+            .toStdString();
+    };
+    const auto room = [&] {
+        return view.viewport()->width() - int(view.ColumnWidth(kestrin::kColumnIcon));
+    };
+    ASSERT_LT(longest, room());
+    EXPECT_GE(view.ColumnWidth(kestrin::kColumnName), longest);
+    EXPECT_LE(view.ColumnWidth(kestrin::kColumnName), room());
+    EXPECT_EQ(shown(), deep + "/found.txt");
+    EXPECT_EQ(view.SavedColumnWidth(kestrin::kColumnName), names);
+
+    // A narrow pane: the column fills it, and the path shows both ends.
+    fWindow->resize(longest / 2, 400);
+    view.resize(longest / 2, 400);
+    EXPECT_EQ(int(view.ColumnWidth(kestrin::kColumnName)), room());
+    const std::string narrow = shown();
+    EXPECT_EQ(narrow.substr(0, 10), deep.substr(0, 10)) << narrow;
+    EXPECT_EQ(narrow.substr(narrow.size() - 10), "/found.txt") << narrow;
+    EXPECT_NE(narrow.find("\u2026"), std::string::npos) << narrow;
+
+    Relist([&] { Key(Qt::Key_Backspace); });
+    EXPECT_EQ(view.Mode(), kestrin::kModeFolder);
+    EXPECT_EQ(view.ColumnWidth(kestrin::kColumnName), names);
+    EXPECT_EQ(kestrin::DirRowPainter::ShownText(*view.Row(view.FindItem("near.txt")),
+                                                kestrin::kColumnName,
+                                                20,
+                                                view.fontMetrics()),
+              "near.txt")
+        << "a name is cut at the edge, as ever";
 }
 
 TEST_F(DirViewTest, TheRowThatTakesTheSelectedRowsPlaceIsSelected)

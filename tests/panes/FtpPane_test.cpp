@@ -9,10 +9,15 @@
 #include "SilentServer.h"
 #include "support/TickGaps.h"
 
+#include "fileops/FileOpsMessages.h"
+#include "ftp/FtpSecurity.h"
 #include "ftp/FtpSession.h"
 #include "panes/DirPane.h"
 #include "panes/KsHeader.h"
 #include "widgets/StatusLog.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 using kestrin::DirPane;
 using kestrin::DirView;
@@ -26,14 +31,17 @@ protected:
     std::string Local() const { return fHome.Root() + "/local"; }
 
     // Stores the session "site" for a server on 127.0.0.1.
-    void Store(unsigned port, const std::string &remoteDir)
+    void Store(unsigned port,
+               const std::string &remoteDir,
+               const std::string &user = "anonymous",
+               const std::string &pass = "kestrin@")
     {
         kestrin::FtpSession session;
         session.name = "site";
         session.host = "127.0.0.1";
         session.port = std::to_string(port);
-        session.user = "anonymous";
-        session.pass = "kestrin@";
+        session.user = user;
+        session.pass = pass;
         session.remoteDir = remoteDir;
         ASSERT_TRUE(session.Write());
     }
@@ -134,6 +142,36 @@ TEST_F(FtpPaneVsftpd, ConnectsBrowsesAndListsAgainOnOneConnection)
     EXPECT_FALSE(pane.Log()->isVisible());
 }
 
+// A server without TLS: a session that would use it goes on in clear, and
+// says so in the log and the header; one that wants none does not ask. A
+// download request names the session, whose TLS choice the transfer takes.
+TEST_F(FtpPaneVsftpd, AConnectionInClearIsNeverSilent)
+{
+    DirPane &pane = Open();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload());
+    EXPECT_EQ(pane.Header()->Note(), "not encrypted: the server refused TLS");
+    EXPECT_EQ(LogCount("The server refused TLS (530): this connection, password included, is "
+                       "not encrypted."),
+              1);
+    DirView &list = *pane.List();
+    const platform::Message request = list.Source().Request(kestrin::kMsgFtpDownload,
+                                                            {list.Row(list.FindItem("a.txt"))});
+    std::string session;
+    EXPECT_EQ(request.FindString("Session", &session), B_OK);
+    EXPECT_EQ(session, "site");
+
+    kestrin::FtpSecurity plain;
+    plain.tls = kestrin::FtpTls::Choice::Off;
+    ASSERT_TRUE(plain.Write("site"));
+    pane.Log()->clear();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload());
+    EXPECT_EQ(pane.Header()->Note(), "");
+    EXPECT_EQ(LogCount("AUTH TLS"), 0);
+    EXPECT_EQ(LogCount("USER anonymous"), 1);
+}
+
 TEST_F(FtpPaneVsftpd, MakesFoldersAndDeletesFilesAndFullFolders)
 {
     DirPane &pane = Open();
@@ -182,6 +220,7 @@ TEST_F(FtpPaneTest, OddLinesAndNamesAreShownButNeverFetched)
         s.Send("220 hi\r\n");
         s.ReadLine(); // USER
         s.Send("230 in\r\n");
+        s.AnswerFeatures();
         s.ReadLine(); // CWD /
         s.Send("250 ok\r\n");
         s.ReadLine(); // PWD
@@ -255,6 +294,7 @@ TEST_F(FtpPaneTest, SlowServerNeverHoldsTheWindowAndDisconnectReturnsAtOnce)
         s.Send("220 at last\r\n");
         s.ReadLine(); // USER
         s.Send("230 in\r\n");
+        s.AnswerFeatures();
         s.ReadLine(); // CWD
         s.Send("250 ok\r\n");
         s.ReadLine(); // PWD
@@ -353,10 +393,13 @@ TEST_F(FtpPaneTest, ADropInTheListingKeepsTheLastOneUntilTheServerIsBack)
 {
     const auto logIn = [](ScriptedServer::Session &s) {
         s.Send("220 hi\r\n");
-        for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n"}) {
-            s.ReadLine(); // USER, PASS, CWD /pub
+        for (const char *reply : {"331 pass\r\n", "230 in\r\n"}) {
+            s.ReadLine(); // USER, PASS
             s.Send(reply);
         }
+        s.AnswerFeatures();
+        s.ReadLine(); // CWD /pub
+        s.Send("250 ok\r\n");
     };
     const auto listFolder = [](ScriptedServer::Session &s, const std::string &listing) {
         s.ReadLine(); // PWD
@@ -414,4 +457,34 @@ TEST_F(FtpPaneTest, ADropInTheListingKeepsTheLastOneUntilTheServerIsBack)
     EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
     fPane.reset();
     server.Finish();
+}
+
+// A server with machine listings tells times to the second: the rows show
+// them in UTC and sort by them, which LIST's dates to the day cannot do.
+TEST_F(FtpPaneTest, MachineListingsShowAndSortByExactTimes)
+{
+    const std::string root = fHome.Root() + "/served";
+    fs::create_directories(root);
+    const std::pair<const char *, time_t> files[] = {
+        {"a", 1577966459}, // 2020-01-02 12:00:59
+        {"b", 1577966400}, // the same day, a minute before
+        {"c", 1577966430},
+    };
+    for (const auto &[name, time] : files) {
+        MakeFile(root + "/" + name, 1);
+        const struct timespec times[2] = {{time, 0}, {time, 0}};
+        ASSERT_EQ(utimensat(AT_FDCWD, (root + "/" + name).c_str(), times, 0), 0);
+    }
+    PyftpdlibServer server(root);
+    if (!server.Unavailable().empty())
+        GTEST_SKIP() << server.Unavailable();
+    Store(server.Port(), "/", "kestrin", "secret");
+    DirPane &pane = Open();
+    DirView &list = *pane.List();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
+    list.SetSortMode(kestrin::kColumnDate, kestrin::Ascending);
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"b", "c", "a"}));
+    EXPECT_EQ(list.Row(0)->DateText(), "2020-01-02 12:00:00");
+    list.SetSortMode(kestrin::kColumnDate, kestrin::Descending);
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"a", "c", "b"}));
 }

@@ -5,6 +5,7 @@
 #include "query/QueryWindow.h"
 
 #include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
@@ -194,4 +195,22 @@ TEST_F(QueryWindowTest, CancelEndsASearchAtOnceAndTheWindowStays)
     // With nothing running, Cancel closes the window.
     Click("CancelQuery");
     EXPECT_FALSE(window->isVisible());
+}
+
+// The status shows whole, counts in the millions and all, inside the window.
+TEST_F(QueryWindowTest, TheStatusShowsWholeInsideTheWindow)
+{
+    QTest::keyClicks(Find<QLineEdit>("Text1"), "foo");
+    Click("StartQuery");
+    std::string predicate;
+    Results(&predicate);
+    auto *status = Find<QLabel>("QueryStatus");
+    EXPECT_TRUE(status->text().startsWith("Done: ")) << status->text().toStdString();
+    status->setText("Searching: 99999999 looked at, 99999999 found");
+    const bool fits = status->sizeHint().width() <= status->width()
+                      || (status->wordWrap()
+                          && status->heightForWidth(status->width()) <= status->height());
+    EXPECT_TRUE(fits) << status->sizeHint().width() << " in " << status->width();
+    EXPECT_TRUE(
+        window->rect().contains(QRect(status->mapTo(window.get(), QPoint(0, 0)), status->size())));
 }

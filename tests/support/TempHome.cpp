@@ -15,6 +15,9 @@ TempHome::TempHome()
     SetEnv("XDG_CONFIG_HOME", std::nullopt);
     SetEnv("XDG_DATA_HOME", std::nullopt);
     SetEnv("XDG_CACHE_HOME", std::nullopt);
+    // Nothing of a test reaches the desktop's session bus (and its keyring);
+    // a test that needs a bus starts its own (PrivateKeyring).
+    SetEnv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
 }
 
 TempHome::~TempHome()

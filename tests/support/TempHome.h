@@ -7,7 +7,8 @@
 
 // A fresh home folder for one test: HOME points into a temporary folder and the
 // XDG_* variables are cleared, so settings, trash and add-on paths all land
-// inside it. The old environment comes back when the object goes.
+// inside it; the session bus is pointed nowhere. The old environment comes
+// back when the object goes.
 class TempHome
 {
 public:

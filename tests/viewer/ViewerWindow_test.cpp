@@ -30,6 +30,12 @@ namespace {
 
 const QRect kFrame(QPoint(50, 50), QPoint(250, 250));
 
+std::string Text(const QRect &rect)
+{
+    return std::to_string(rect.x()) + "," + std::to_string(rect.y()) + " "
+           + std::to_string(rect.width()) + "x" + std::to_string(rect.height());
+}
+
 // What the calling thread has read so far, as the kernel counts it (none
 // where the kernel keeps no count per thread).
 std::optional<int64_t> BytesReadByThisThread()
@@ -90,6 +96,7 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
     }
     static QRect Screen() { return QGuiApplication::primaryScreen()->geometry(); }
+    static QRect Room() { return QGuiApplication::primaryScreen()->availableGeometry(); }
     // Whether the text's first screen came from the index's worker.
     static bool TextRead(ViewerWindow &window)
     {
@@ -150,7 +157,9 @@ TEST_F(ViewerTest, ATextShowsWithItsMenusAndWraps)
     EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
-TEST_F(ViewerTest, TheWindowFitsTheTextWithinTheScreen)
+// A viewer opens where it was put, wholly on the screen's free area, as big
+// as what it shows, and wide enough for its menus and a few words a row.
+TEST_F(ViewerTest, TheWindowFitsItsTextOrPictureWithinTheScreen)
 {
     ViewerWindow small(kFrame, File("small.txt", "abc\nabcdef\nab\n"));
     Show(small);
@@ -160,20 +169,41 @@ TEST_F(ViewerTest, TheWindowFitsTheTextWithinTheScreen)
     // Wide enough for the laid out row, which may take a fraction of a unit more.
     const qreal widest = QFontMetricsF(small.TextView()->font()).horizontalAdvance("abcdef");
     EXPECT_TRUE(text.width() >= widest && text.width() <= widest + 2) << text.width();
-    // The text fits the view, with no more than a scroll bar's room to spare.
+    // As tall as the text, with no more than a scroll bar's room to spare;
+    // sixty columns wide, with every menu in the menu bar.
     const QSize view = small.TextView()->viewport()->size();
-    EXPECT_TRUE(view.width() >= text.width() && view.width() <= text.width() + 14) << view.width();
     EXPECT_TRUE(view.height() >= text.height() && view.height() <= text.height() + 14)
         << view.height();
+    const int columns = view.width() / QFontMetrics(small.TextView()->font()).averageCharWidth();
+    EXPECT_TRUE(columns >= 60 && columns <= 62) << columns;
+    auto *more = small.menuBar()->findChild<QWidget *>("qt_menubar_ext_button");
+    EXPECT_TRUE(more == nullptr || !more->isVisible()) << "menus folded away";
+    EXPECT_EQ(small.geometry().topLeft(), kFrame.topLeft());
+    EXPECT_TRUE(Room().contains(small.frameGeometry())) << Text(small.frameGeometry());
 
     std::string wide(3000, 'w');
     std::string tall;
     for (int i = 0; i < 2000; i++)
         tall += "row\n";
     ViewerWindow big(kFrame, File("wide.txt", wide + "\n" + tall));
+    Show(big);
     ASSERT_TRUE(TextRead(big));
     EXPECT_EQ(big.geometry().left() + big.width(), Screen().right() - 100);
     EXPECT_EQ(big.geometry().top() + big.height(), Screen().bottom() - 100);
+    EXPECT_TRUE(Room().contains(big.frameGeometry())) << Text(big.frameGeometry());
+
+    // A picture: the window takes its size, within the screen's free area.
+    ViewerWindow picture(kFrame, Image("middling.png", QSize(300, 200), "png"));
+    Show(picture);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return picture.ImageView()->Decoded(); }));
+    EXPECT_EQ(Text(picture.geometry()),
+              Text(QRect(kFrame.topLeft(),
+                         QSize(300 + 14, 200 + picture.menuBar()->sizeHint().height() + 14))));
+    ViewerWindow huge(kFrame, Image("huge.png", Room().size() * 2, "png"));
+    Show(huge);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return huge.ImageView()->Decoded(); }));
+    EXPECT_TRUE(Room().contains(huge.frameGeometry())) << Text(huge.frameGeometry());
+    EXPECT_EQ(Text(huge.frameGeometry()), Text(Room())) << "the whole free area";
 }
 
 TEST_F(ViewerTest, WhatIsNeitherTextNorImageOrCannotBeReadShowsNothing)
@@ -275,6 +305,33 @@ TEST_F(ViewerTest, ImagesScaleByFactorStretchAndFitTheScreen)
     stretch->trigger();
     EXPECT_EQ(view->ScaleMode(), 0);
     EXPECT_EQ(fAlerts.Count(), 0u);
+}
+
+// A picture of many pixels shows at once from a first look, then whole: a
+// PNG's top-left corner, as big as the screen; a JPEG all of it, at the
+// screen's size.
+TEST_F(ViewerTest, ABigPictureShowsAFirstLookThenTheWhole)
+{
+    const QSize size(4100, 2000);
+    const std::pair<const char *, QRect> cases[] = {{"png", QRect(QPoint(0, 0), Room().size())},
+                                                    {"jpeg", QRect(QPoint(0, 0), size)}};
+    for (const auto &[format, area] : cases) {
+        ViewerWindow window(kFrame, Image(std::string("big.") + format, size, format));
+        TImageView *view = window.ImageView();
+        ASSERT_NE(view, nullptr);
+        std::optional<bool> completeAtFirst;
+        QRect firstArea;
+        QObject::connect(view, &TImageView::ImageDecoded, [&] {
+            completeAtFirst = view->Complete();
+            firstArea = view->DecodedArea();
+        });
+        ASSERT_TRUE(QTest::qWaitFor([view] { return view->Complete(); }, 20000)) << format;
+        ASSERT_TRUE(completeAtFirst.has_value()) << format;
+        EXPECT_FALSE(*completeAtFirst) << format;
+        EXPECT_EQ(Text(firstArea), Text(area)) << format;
+        EXPECT_EQ(view->ImageSize(), size) << format;
+        EXPECT_EQ(Text(view->DecodedArea()), Text(QRect(QPoint(0, 0), size))) << format;
+    }
 }
 
 TEST_F(ViewerTest, ImagesThatDoNotDecodeLeaveTheViewEmpty)

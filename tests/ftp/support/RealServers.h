@@ -20,9 +20,21 @@
 class VsftpdServer
 {
 public:
-    // A rate above 0 bounds each transfer to that many bytes a second, so
-    // that a test can act while one is under way.
+    struct Options
+    {
+        // Above 0, each transfer is bounded to that many bytes a second, so
+        // that a test can act while one is under way.
+        unsigned bytesPerSecond = 0;
+        // Explicit TLS, required for logins and data, with a self-signed
+        // certificate the fixture makes; data connections must resume the
+        // control connection's TLS session (require_ssl_reuse).
+        bool tls = false;
+        // Anonymous logins are asked for a password, so a client sends PASS.
+        bool askPassword = false;
+    };
+
     explicit VsftpdServer(unsigned bytesPerSecond = 0);
+    explicit VsftpdServer(const Options &options);
     ~VsftpdServer();
 
     VsftpdServer(const VsftpdServer &) = delete;
@@ -33,10 +45,19 @@ public:
     unsigned Port() const { return fPort; }
     std::string Root() const;
     std::string Scratch() const;
+    // Every command and reply of the sessions so far, as vsftpd logs them.
+    std::string ProtocolLog() const;
+    // The SHA-256 fingerprint of the certificate the sessions show, as
+    // `openssl x509` gives it ("AB:CD:..."); empty without TLS.
+    std::string Fingerprint() const { return fFingerprint; }
+    // A new certificate (and key) for the sessions that start from now on.
+    bool RenewCertificate();
 
     // Ends every session at once, as a server process that dies does: the
     // connections drop, whatever they were doing. New ones are still served.
     void DropSessions();
+    // How many connections have been served so far.
+    size_t Sessions() const { return fServed; }
     // Shuts the server down: its sessions drop and connections are refused
     // until Start serves again, on the same port.
     void Stop();
@@ -50,29 +71,36 @@ private:
     QTemporaryDir fDir;
     std::string fConfig;
     std::string fUnavailable;
+    std::string fFingerprint;
     platform::TcpSocket fListener;
     unsigned fPort = 0;
     std::atomic<bool> fStop{false};
+    std::atomic<size_t> fServed{0};
     std::mutex fLock;
     std::vector<pid_t> fChildren;
     std::thread fThread;
 };
 
 // pyftpdlib with one user "kestrin", password "secret", for the login paths
-// vsftpd would need a system account for.
+// vsftpd would need a system account for, and for the machine listings
+// (MLSD) that vsftpd lacks.
 class PyftpdlibServer
 {
 public:
-    PyftpdlibServer();
+    // The user's folder is `root` when given, else a temporary one; a
+    // session idle for `idleSeconds` (when above 0) is ended with 421, as
+    // servers end idle sessions.
+    explicit PyftpdlibServer(const std::string &root = {}, unsigned idleSeconds = 0);
     ~PyftpdlibServer();
 
     std::string Unavailable() const { return fUnavailable; }
     unsigned Port() const { return fPort; }
     // The folder the user logs in to, "/" on the server.
-    std::string Root() const { return fDir.path().toStdString(); }
+    std::string Root() const { return fRoot; }
 
 private:
     QTemporaryDir fDir;
+    std::string fRoot;
     QProcess fProcess;
     std::string fUnavailable;
     unsigned fPort = 0;

@@ -19,6 +19,16 @@ void ScriptedServer::Session::Send(const std::string &bytes)
 std::string ScriptedServer::Session::ReadLine()
 {
     for (;;) {
+        std::string line = NextLine();
+        if (line.rfind("AUTH ", 0) != 0)
+            return line;
+        Send("502 AUTH not understood\r\n");
+    }
+}
+
+std::string ScriptedServer::Session::NextLine()
+{
+    for (;;) {
         const size_t end = fBuffered.find('\n');
         if (end != std::string::npos) {
             std::string line = fBuffered.substr(0, end + 1);
@@ -68,6 +78,12 @@ bool ScriptedServer::Session::SendPassiveData(TcpSocket *data)
     ReadLine();
     Send("150 here\r\n");
     return true;
+}
+
+void ScriptedServer::Session::AnswerFeatures(const std::string &reply)
+{
+    ReadLine(); // FEAT
+    Send(reply);
 }
 
 void ScriptedServer::Session::WaitForClose()
@@ -126,8 +142,13 @@ std::string PassiveNumbers(const std::string &host, unsigned port)
 void ScriptedServer::SilentAfterTheFirstBlock(Session &s)
 {
     s.Send("220 hi\r\n");
-    for (const char *reply : {"331 pass\r\n", "230 in\r\n", "250 ok\r\n", "200 ok\r\n"}) {
-        s.ReadLine(); // USER, PASS, CWD /x, TYPE I
+    for (const char *reply : {"331 pass\r\n", "230 in\r\n"}) {
+        s.ReadLine(); // USER, PASS
+        s.Send(reply);
+    }
+    s.AnswerFeatures();
+    for (const char *reply : {"250 ok\r\n", "200 ok\r\n"}) {
+        s.ReadLine(); // CWD /x, TYPE I
         s.Send(reply);
     }
     s.ReadLine(); // SIZE f

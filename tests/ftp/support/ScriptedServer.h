@@ -25,7 +25,9 @@ public:
 
         void Send(const std::string &bytes);
         // The next line from the client with its line end, recorded; "" when
-        // none came in time or the client closed.
+        // none came in time or the client closed. Like the old servers the
+        // scripts play, the session knows no TLS: it refuses AUTH itself
+        // (502), and the script reads on from the USER that follows.
         std::string ReadLine();
         // A listening socket on 127.0.0.1 for a passive data connection.
         unsigned ListenForData(platform::TcpSocket *listener);
@@ -34,10 +36,15 @@ public:
         // Answers the client's PASV with a data connection on 127.0.0.1,
         // takes it, and answers the LIST (or RETR) that follows with 150.
         bool SendPassiveData(platform::TcpSocket *data);
+        // Answers the FEAT a client asks once logged in: by default, as a
+        // server that offers nothing beyond RFC 959.
+        void AnswerFeatures(const std::string &reply = "502 Command not implemented.\r\n");
         // Answers QUIT and waits for the client to close the connection.
         void WaitForClose();
 
     private:
+        std::string NextLine();
+
         ScriptedServer *fServer;
         platform::TcpSocket *fControl;
         std::string fBuffered;

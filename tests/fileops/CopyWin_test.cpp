@@ -23,7 +23,9 @@
 #include <QToolButton>
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <gtest/gtest.h>
 #include <thread>
@@ -520,7 +522,7 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
     fs::create_directory(received);
     QPointer<CopyWin> window = new CopyWin(kFrame, "Download", received, download, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return hasBytes(received); }));
-    server.DropSessions();
+    TickGaps::OffTheWindowThread([&] { server.DropSessions(); });
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }, 30000));
     EXPECT_TRUE(ReadFileBytes(received + "/down") == down);
     EXPECT_EQ(server.Sessions(), 2u);
@@ -531,7 +533,7 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
     upload.AddString("Session", "site.ftp");
     window = new CopyWin(kFrame, "Upload", remote, upload, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return hasBytes(remote); }));
-    server.DropSessions();
+    TickGaps::OffTheWindowThread([&] { server.DropSessions(); });
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }, 30000));
     EXPECT_TRUE(ReadFileBytes(remote + "/up") == up);
     EXPECT_EQ(server.Sessions(), 4u);
@@ -542,7 +544,7 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
     download.ReplaceString("FtpFile", 0, "again");
     window = new CopyWin(kFrame, "Download", received, download, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return hasBytes(received); }));
-    server.Stop();
+    TickGaps::OffTheWindowThread([&] { server.Stop(); });
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }, 30000));
     EXPECT_TRUE(fs::is_empty(received));
     std::vector<std::string> texts;

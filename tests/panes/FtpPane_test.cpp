@@ -348,7 +348,7 @@ TEST_F(FtpPaneVsftpd, ALostConnectionKeepsTheListingAndIsMadeAgainOncePerCommand
     ASSERT_EQ(RowNames(list), top);
     TickGaps gaps;
 
-    fServer.DropSessions();
+    TickGaps::OffTheWindowThread([&] { fServer.DropSessions(); });
     list.Select(list.FindItem("sub"));
     ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
     EXPECT_EQ(Header(), "ftp: " + Upload() + "/sub");
@@ -357,7 +357,7 @@ TEST_F(FtpPaneVsftpd, ALostConnectionKeepsTheListingAndIsMadeAgainOncePerCommand
     EXPECT_TRUE(fAlerts.Shown().empty());
     ASSERT_TRUE(Listed([&] { Key(Qt::Key_Backspace); }));
 
-    fServer.Stop();
+    TickGaps::OffTheWindowThread([&] { fServer.Stop(); });
     list.Select(list.FindItem("sub"));
     ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
     EXPECT_EQ(Header(), failed);

@@ -3,7 +3,11 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
+#include <QTest>
 #include <algorithm>
+#include <chrono>
+#include <functional>
+#include <future>
 #include <gtest/gtest.h>
 
 // A timer that ticks every 15 ms on the thread that makes it (the GUI
@@ -37,6 +41,17 @@ public:
     // Includes the time since the last tick, so a block that is still going
     // on counts too.
     qint64 Longest() const { return std::max(fLongest, fClock.elapsed() - fLast); }
+
+    // Runs `work` on a thread of its own while this thread goes on with its
+    // events: what a test does to a server (killing its sessions, waiting for
+    // them) is no pause of the window.
+    static void OffTheWindowThread(const std::function<void()> &work)
+    {
+        std::future<void> done = std::async(std::launch::async, work);
+        ASSERT_TRUE(QTest::qWaitFor(
+            [&] { return done.wait_for(std::chrono::seconds(0)) == std::future_status::ready; },
+            30000));
+    }
 
 private:
     QTimer fTicks;

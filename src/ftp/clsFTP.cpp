@@ -4,7 +4,6 @@
 #include "ftp/FtpWireText.h"
 #include "platform/File.h"
 
-#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -19,13 +18,6 @@ using platform::SocketAddress;
 using platform::TcpSocket;
 
 namespace {
-
-void CopyInto(char *buffer, size_t size, const std::string &text)
-{
-    const size_t length = std::min(text.size(), size - 1);
-    memcpy(buffer, text.data(), length);
-    buffer[length] = '\0';
-}
 
 // A name that would leave the target folder or name the folder itself.
 bool UnsafeLocalName(const char *name)
@@ -72,6 +64,7 @@ void clsFTP::SetTimeout(unsigned ms)
 {
     fTimeoutSeconds = long(ms / 1000);
     fTimeoutMicroseconds = long(ms % 1000);
+    fReplies.SetTimeout(fTimeoutSeconds, fTimeoutMicroseconds);
 }
 
 int clsFTP::Report(int code, const char *text)
@@ -132,87 +125,15 @@ int clsFTP::FTPWriteString(TcpSocket &socket, const char *text)
 
 int clsFTP::FTPReadString(TcpSocket &socket, char *buffer, size_t size)
 {
-    if (buffer == nullptr || size == 0)
-        return 0;
-    memset(buffer, 0, size);
-    int code;
-    fReplyLines.clear();
-    if (!fPending.empty()) {
-        CopyInto(buffer, size, fPending.front());
-        fReplyLines.push_back(std::move(fPending.front()));
-        fPending.pop_front();
-        code = kestrin::atoi(buffer);
-    } else {
-        code = ReceiveReply(socket, buffer, size);
-    }
-    if (fCallback != nullptr)
+    const int code = fReplies.Read(socket, buffer, size);
+    if (fCallback != nullptr && buffer != nullptr && size != 0)
         fCallback(-1, 0, buffer, fCallbackData);
     return code;
 }
 
-// A reply that has not ended when the time-out has passed since its first
-// byte is given up, so a server that sends continuation lines for ever (or
-// closes in the middle) costs one time-out, not a hang.
-int clsFTP::ReceiveReply(TcpSocket &socket, char *buffer, size_t size)
-{
-    const auto limit = std::chrono::seconds(fTimeoutSeconds)
-                       + std::chrono::microseconds(fTimeoutMicroseconds);
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    std::vector<char> scratch(size);
-    bool started = false;
-    int firstCode = 0;
-    size_t length = 0;
-    for (;;) {
-        ssize_t received = -1;
-        const status_t ready = socket.WaitReady(true, fTimeoutSeconds, fTimeoutMicroseconds);
-        if (ready == B_OK)
-            received = socket.Receive(scratch.data(), scratch.size());
-        // Nothing, or a dropped connection: both mean no reply came.
-        if (received <= 0) {
-            Lost(ready == B_TIMED_OUT ? Loss::Silent : Loss::Dropped);
-            break;
-        }
-        std::vector<std::string> lines = FtpWireText::SplitLines(scratch.data(), size_t(received));
-        if (lines.empty())
-            lines.emplace_back();
-        for (size_t i = 0; i < lines.size(); i++) {
-            const std::string &line = lines[i];
-            fReplyLines.push_back(line);
-            bool complete;
-            if (!started) {
-                started = true;
-                firstCode = FtpWireText::LeadingNumber(line);
-                CopyInto(buffer, size, line);
-                length = strlen(buffer);
-                complete = !FtpWireText::StartsMultiLine(line);
-            } else {
-                if (length + line.size() < size) {
-                    memcpy(buffer + length, line.data(), line.size());
-                    length += line.size();
-                    buffer[length] = '\0';
-                }
-                complete = FtpWireText::EndsReply(line, firstCode);
-            }
-            if (complete) {
-                fPending.insert(fPending.end(), lines.begin() + long(i) + 1, lines.end());
-                return firstCode;
-            }
-        }
-        if (std::chrono::steady_clock::now() >= deadline) {
-            Lost(Loss::Silent);
-            break;
-        }
-    }
-    memset(buffer, 0, size);
-    CopyInto(buffer, size, "TIMEOUT");
-    fReplyLines.clear();
-    return kNoReply;
-}
-
 void clsFTP::Lost(Loss how)
 {
-    if (fLoss == Loss::None)
-        fLoss = how;
+    fReplies.NoteLoss(how);
 }
 
 int clsFTP::ReadReply()
@@ -235,8 +156,7 @@ int clsFTP::Connect(const char *user, const char *password, const char *account)
 {
     fTransferType = 0;
     fPassiveRefused = false;
-    fLoss = Loss::None;
-    fPending.clear();
+    fReplies.Reset();
     fFeatures = {};
     const std::string &target = fUseProxy ? fProxyHost : fHost;
     const unsigned targetPort = fUseProxy ? fProxyPort : fPort;
@@ -315,7 +235,7 @@ int clsFTP::Disconnect()
         return 0;
     const int code = Command("QUIT\r\n");
     fControl.Close();
-    fPending.clear();
+    fReplies.DropPending();
     return code == 221 ? 221 : 0;
 }
 
@@ -325,7 +245,7 @@ void clsFTP::Leave()
         return;
     FTPWriteString(fControl, "QUIT\r\n");
     fControl.Close();
-    fPending.clear();
+    fReplies.DropPending();
 }
 
 int clsFTP::ChangeDir(const char *path)
@@ -423,7 +343,7 @@ int clsFTP::NegotiateFeatures()
     const int code = Command("FEAT\r\n");
     if (code != 211)
         return code;
-    fFeatures = FtpWireText::ParseFeatures(fReplyLines);
+    fFeatures = FtpWireText::ParseFeatures(fReplies.Lines());
     // Without it some servers send names in a code page of their own. The
     // answer does not matter: a server that lists UTF8 and refuses the
     // option (pyftpdlib) speaks UTF-8 anyway.

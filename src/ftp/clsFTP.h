@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ftp/FtpDataChannel.h"
+#include "ftp/FtpReplyReader.h"
 #include "ftp/FtpTls.h"
 #include "ftp/FtpWireText.h"
 #include "platform/TcpSocket.h"
@@ -8,7 +9,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
-#include <deque>
 #include <string>
 #include <vector>
 
@@ -32,14 +32,10 @@ public:
     static constexpr size_t kBlockSize = 8192;
     // The code of a reply or data that did not come: the time-out passed or
     // the server went away.
-    static constexpr int kNoReply = 2;
+    static constexpr int kNoReply = FtpReplyReader::kNoReply;
 
-    // How the control connection was lost, if it was. Dropped: the server
-    // closed it or it broke; a new connection may well work. Silent: an
-    // answer did not come within the time-out; a late one would be taken
-    // for the answer to a later command, so the connection is of no more
-    // use.
-    enum class Loss { None, Dropped, Silent };
+    // How the control connection was lost, if it was (see FtpReplyReader).
+    using Loss = FtpReplyReader::Loss;
 
     using PassiveAddress = FtpWireText::PassiveAddress;
 
@@ -117,7 +113,7 @@ public:
     int Noop();
     bool IsConnected() const;
     // Since the last Connect.
-    Loss ControlLoss() const { return fLoss; }
+    Loss ControlLoss() const { return fReplies.LossSeen(); }
 
     int Upload(const char *localPath,
                const char *remoteName,
@@ -178,7 +174,7 @@ public:
     // The text of the last reply read, its lines joined, or "TIMEOUT".
     const char *ReplyText() const { return fReply; }
     // The same, line by line (nothing after a time-out).
-    const std::vector<std::string> &ReplyLines() const { return fReplyLines; }
+    const std::vector<std::string> &ReplyLines() const { return fReplies.Lines(); }
     int LastCode() const { return fLastCode; }
 
     // The protocol's pieces, open for the tests and the fuzzer.
@@ -194,7 +190,7 @@ public:
                               bool unused);
     int FTPSendPort(platform::TcpSocket &control, const platform::SocketAddress &address);
     int FTPSendPASV(platform::TcpSocket &control, PassiveAddress *address);
-    size_t PendingLineCount() const { return fPending.size(); }
+    size_t PendingLineCount() const { return fReplies.PendingCount(); }
 
 private:
     int ConnectTimeoutMs() const;
@@ -206,7 +202,6 @@ private:
     int ReadReply();
     // TYPE I or TYPE A, sent only when the type changes: 0, or the reply's code.
     int SetType(bool binary);
-    int ReceiveReply(platform::TcpSocket &socket, char *buffer, size_t size);
     int Fail(int code, const char *what, FtpDataChannel *channel);
     // The first loss counts: a silent server that then closes was silent.
     void Lost(Loss how);
@@ -280,10 +275,7 @@ private:
     bool fCancelled = false;
     bool fPassiveRefused = false;
     status_t fLocalStatus = B_OK;
-    Loss fLoss = Loss::None;
-    // Lines that arrived in one read behind the reply they followed.
-    std::deque<std::string> fPending;
-    std::vector<std::string> fReplyLines;
+    FtpReplyReader fReplies;
     FtpWireText::Features fFeatures;
     int64_t fExpectedHint = 0;
 };

@@ -5,6 +5,7 @@
 // modes and names are cut and kept exactly, leading blanks included.
 
 #include "app/EntryTexts.h"
+#include "ListingRowChecks.h"
 #include "ftp/FtpListing.h"
 #include "ftp/FtpMachineListing.h"
 #include "ftp/FtpWireText.h"
@@ -19,33 +20,9 @@ namespace {
 
 using kestrin::FtpListingRow;
 
-[[noreturn]] void Fail(const char *what, const FtpListingRow &row)
-{
-    fprintf(stderr,
-            "%s: name '%s' size '%s' date '%s' permissions '%s'\n",
-            what,
-            row.name.c_str(),
-            row.size.c_str(),
-            row.date.c_str(),
-            row.permissions.c_str());
-    abort();
-}
-
-bool Holds(std::string_view text, std::string_view bytes)
-{
-    return text.find_first_of(bytes) != std::string_view::npos;
-}
-
 bool Digits(const std::string &text)
 {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-}
-
-void CheckName(const FtpListingRow &row)
-{
-    using namespace std::string_view_literals;
-    if (row.name.empty() || row.name == "." || row.name == ".." || Holds(row.name, "\n\r\0"sv))
-        Fail("bad name", row);
 }
 
 // The facts a row stands for; the mode's bits from the nine letters.
@@ -62,11 +39,15 @@ std::string FactsOf(const FtpListingRow &row, std::string *name)
         facts = "type=OS.unix=chr-1/3;";
     } else {
         // A target has no blank (facts end at the first), so the last arrow
-        // is the one the reader put there, if any.
+        // is the one the reader put there, if any. A link without a target
+        // whose own name has an arrow keeps it all when what stands before
+        // the arrow could not be a name of its own: empty, "." or "..".
         const size_t arrow = row.name.rfind(" -> ");
         const std::string target = arrow == std::string::npos ? "" : row.name.substr(arrow + 4);
-        if (!target.empty() && !Holds(target, " ;="))
-            *name = row.name.substr(0, arrow);
+        const std::string before = row.name.substr(0, arrow);
+        const bool beforeIsAName = !before.empty() && before != "." && before != "..";
+        if (beforeIsAName && !target.empty() && !Holds(target, " ;="))
+            *name = before;
         facts = name->size() < row.name.size() ? "type=OS.unix=slink:" + target + ";"
                                                : "type=OS.unix=symlink;";
     }

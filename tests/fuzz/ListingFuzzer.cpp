@@ -4,6 +4,7 @@
 // row written back out as a listing line reads back the same, which holds
 // only when fields, date and name are cut at the right places.
 
+#include "ListingRowChecks.h"
 #include "ftp/FtpListing.h"
 
 #include <cstdint>
@@ -15,29 +16,11 @@
 
 namespace {
 
-[[noreturn]] void Fail(const char *what, const kestrin::FtpListingRow &row)
-{
-    fprintf(stderr,
-            "%s: name '%s' size '%s' date '%s' permissions '%s'\n",
-            what,
-            row.name.c_str(),
-            row.size.c_str(),
-            row.date.c_str(),
-            row.permissions.c_str());
-    abort();
-}
-
-bool Holds(std::string_view text, std::string_view bytes)
-{
-    return text.find_first_of(bytes) != std::string_view::npos;
-}
-
 // What holds for a row of any form.
 void CheckRow(const kestrin::FtpListingRow &row)
 {
     using namespace std::string_view_literals;
-    if (row.name.empty() || row.name == "." || row.name == ".." || Holds(row.name, "\n\r\0"sv))
-        Fail("bad name", row);
+    CheckName(row);
     if (row.permissions.empty() || Holds(row.size, " \n\0"sv) || Holds(row.permissions, " \n\0"sv))
         Fail("bad field", row);
     if (Holds(row.date, "\n\0"sv))

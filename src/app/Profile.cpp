@@ -53,7 +53,7 @@ std::string GetSettingFullPath(std::string_view folder, std::string_view file)
     return settings + "/" + std::string(folder) + "/" + std::string(file);
 }
 
-bool CreatePrefFile(std::string_view folder, std::string_view file)
+bool CreatePrefFolder(std::string_view folder)
 {
     std::string settings;
     if (!GetPathOnly(&settings))
@@ -63,8 +63,16 @@ bool CreatePrefFile(std::string_view folder, std::string_view file)
         return false;
     platform::Directory parent(settings);
     const status_t made = parent.CreateDirectory(folderPath);
-    if (made != B_OK && made != B_FILE_EXISTS)
+    return made == B_OK || made == B_FILE_EXISTS;
+}
+
+bool CreatePrefFile(std::string_view folder, std::string_view file)
+{
+    if (!CreatePrefFolder(folder))
         return false;
+    std::string settings;
+    GetPathOnly(&settings);
+    const std::string folderPath = settings + "/" + std::string(folder);
     platform::File created(folderPath + "/" + std::string(file),
                            B_WRITE_ONLY | B_CREATE_FILE | B_FAIL_IF_EXISTS,
                            kProfilePermissions);

@@ -26,6 +26,9 @@ std::string GetSettingFullPath(std::string_view folder, std::string_view file);
 // the preferences directory." and leaves `out` as it was.
 bool GetPathOnly(std::string *out);
 
+// Makes <settings>/<folder>, keeping one that is there. False when it cannot.
+bool CreatePrefFolder(std::string_view folder);
+
 // Makes <settings>/<folder> and an empty `file` in it, keeping one that is
 // there. False when either cannot be made.
 bool CreatePrefFile(std::string_view folder, std::string_view file);

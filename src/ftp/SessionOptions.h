@@ -8,9 +8,9 @@
 // place, so a reader never sees half of it, and it is removed when nothing
 // is left to keep. Keys this build does not know are kept as they are.
 
+#include "app/SideFile.h"
+
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace kestrin {
 
@@ -42,8 +42,7 @@ public:
 private:
     static constexpr const char *kPasswordInKeyring = "PasswordInKeyring";
 
-    std::string fSessionFile;
-    std::vector<std::pair<std::string, std::string>> fValues;
+    SideFile fFile;
 };
 
 } // namespace kestrin

@@ -22,6 +22,11 @@ struct Menu
     std::vector<Item> items;
 };
 
+QKeySequence WithAlt(int key, Qt::KeyboardModifiers more = {})
+{
+    return QKeySequence(QKeyCombination(Qt::AltModifier | more, Qt::Key(key)));
+}
+
 QKeySequence Command(int key, bool shift = false)
 {
     const QKeyCombination plain(Qt::ControlModifier, Qt::Key(key));
@@ -49,11 +54,33 @@ std::vector<Menu> Table()
           {"About", none, kCmdAbout},
           {nullptr, none, 0},
           {"Quit", Command(Qt::Key_Q), B_QUIT_REQUESTED}}},
+        // Ours, beside the historic menus: the clipboard, marking by
+        // pattern and comparing folders.
+        {"Edit",
+         {{"Copy to Clipboard", Command(Qt::Key_C), kCmdCopyToClipboard},
+          {"Cut to Clipboard", Command(Qt::Key_X), kCmdCutToClipboard},
+          {"Paste from Clipboard", WithAlt(Qt::Key_V, Qt::ControlModifier), kCmdPasteFromClipboard},
+          {nullptr, none, 0},
+          {"Mark by Pattern…", Command(Qt::Key_M), kCmdMarkByPattern},
+          {"Unmark by Pattern…", Command(Qt::Key_M, true), kCmdUnmarkByPattern},
+          {nullptr, none, 0},
+          {"Compare Folders", Command(Qt::Key_K), kCmdCompareFolders},
+          {"Compare Folders by Content", Command(Qt::Key_K, true), kCmdCompareByContent}}},
         {"Navigation",
          {{"Up a Level", Command(Qt::Key_Up), kCmdUpALevel},
           {"Open in Left Pane", Command(Qt::Key_Left), kCmdOpenInLeftPane},
           {"Open in Right Pane", Command(Qt::Key_Right), kCmdOpenInRightPane},
-          {"Down a Level", Command(Qt::Key_Down), kCmdDownALevel}}},
+          {"Down a Level", Command(Qt::Key_Down), kCmdDownALevel},
+          // Ours, after the historic items.
+          {nullptr, none, 0},
+          {"Back", WithAlt(Qt::Key_Left), kCmdBack},
+          {"Forward", WithAlt(Qt::Key_Right), kCmdForward},
+          {"Recent Places…", WithAlt(Qt::Key_Down), kCmdRecentPlaces},
+          {"Go to Path…", Command(Qt::Key_L), kCmdGoToPath},
+          {nullptr, none, 0},
+          {"Hotlist…", Command(Qt::Key_B), kCmdShowHotlist},
+          {"Add to Hotlist", Command(Qt::Key_B, true), kCmdAddToHotlist},
+          {"Edit Hotlist…", none, kCmdEditHotlist}}},
         {"View",
          {{"Add Pane", Command(Qt::Key_P), kCmdAddPane},
           {"Remove Pane", Command(Qt::Key_P, true), kCmdRemovePane},
@@ -64,7 +91,11 @@ std::vector<Menu> Table()
           {"Convert View to Tree View", Command(Qt::Key_V), kCmdTreeView},
           {"Remove Tree View", Command(Qt::Key_V, true), kCmdRemoveTreeView},
           {"Preferences", Command(Qt::Key_R), kCmdPreferences},
-          {"Zoom", Command(Qt::Key_Slash), kCmdZoom}}},
+          {"Zoom", Command(Qt::Key_Slash), kCmdZoom},
+          // Ours, after the historic items.
+          {nullptr, none, 0},
+          {"Filter…", Command(Qt::Key_J), kCmdFilter},
+          {"Show Hidden Files", Command(Qt::Key_H), kCmdHiddenFiles}}},
         {"Applications",
          {{"Open Tracker", none, kCmdOpenTracker},
           {"Open Terminal", Command(Qt::Key_T, true), kCmdOpenTerminal}}},
@@ -72,7 +103,7 @@ std::vector<Menu> Table()
         {"Help", {{"Keybord Shortcuts", none, kCmdKeyboardHelp}, {"Help", none, kCmdHelp}}},
         {"Add-Ons", {}},
     };
-    std::vector<Item> &windows = menus[4].items;
+    std::vector<Item> &windows = menus[5].items;
     for (int pane = 1; pane <= kMaxPanes; pane++) {
         const int key = pane == kMaxPanes ? Qt::Key_0 : Qt::Key_0 + pane;
         windows.push_back({nullptr, Command(key), kCmdFocusPane + uint32_t(pane - 1)});

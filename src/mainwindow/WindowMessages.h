@@ -48,6 +48,25 @@ inline constexpr uint32_t kCmdRunAddOn = 613;
 inline constexpr uint32_t kCmdZoom = 620;
 inline constexpr uint32_t kCmdFocusPane = 1000; // 1000 + the pane's index
 
+// Commands Kestrin has beyond the historic menus; their codes stay clear of
+// the historic ones and of the messages between windows.
+inline constexpr uint32_t kCmdGoToPath = 700;
+inline constexpr uint32_t kCmdBack = 710;
+inline constexpr uint32_t kCmdForward = 711;
+inline constexpr uint32_t kCmdRecentPlaces = 712;
+inline constexpr uint32_t kCmdShowHotlist = 720;
+inline constexpr uint32_t kCmdAddToHotlist = 721;
+inline constexpr uint32_t kCmdEditHotlist = 722;
+inline constexpr uint32_t kCmdFilter = 730;
+inline constexpr uint32_t kCmdHiddenFiles = 731;
+inline constexpr uint32_t kCmdMarkByPattern = 740;
+inline constexpr uint32_t kCmdUnmarkByPattern = 741;
+inline constexpr uint32_t kCmdCompareFolders = 742;
+inline constexpr uint32_t kCmdCompareByContent = 743;
+inline constexpr uint32_t kCmdCopyToClipboard = 750;
+inline constexpr uint32_t kCmdCutToClipboard = 751;
+inline constexpr uint32_t kCmdPasteFromClipboard = 752;
+
 inline constexpr int kMaxPanes = 10;
 
 // A string field of a B_REFS_RECEIVED message that says how its refs are

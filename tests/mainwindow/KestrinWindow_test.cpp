@@ -72,7 +72,7 @@ TEST_F(KestrinWindowTest, FirstStartShowsTwoPanesOnHomeAndWritesTheProfile)
         titles << menu->text();
     EXPECT_EQ(titles,
               QStringList(
-                  {"File", "Navigation", "View", "Applications", "Windows", "Help", "Add-Ons"}));
+                  {"File", "Edit", "Navigation", "View", "Applications", "Windows", "Help", "Add-Ons"}));
     const auto *help = window.menuBar()->findChild<QMenu *>("Help");
     ASSERT_NE(help, nullptr);
     EXPECT_EQ(help->actions().at(0)->text(), "Keybord Shortcuts");

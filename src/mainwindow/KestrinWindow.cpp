@@ -23,6 +23,8 @@
 #include "panes/FolderSource.h"
 #include "panes/PaneCommands.h"
 #include "panes/PaneMessages.h"
+#include "panes/PaneModel.h"
+#include "panes/PaneSource.h"
 #include "platform/Alerts.h"
 #include "platform/Background.h"
 #include "platform/Entry.h"
@@ -629,7 +631,12 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         break;
     case kCmdQuery: {
         // Owned by this window, the receiver of its results, and gone with it.
-        auto *query = new QueryWindow(geometry(), this, this);
+        const PaneSource *place = pane != nullptr ? &pane->Model().Source() : nullptr;
+        auto *query = new QueryWindow(geometry(),
+                                      this,
+                                      this,
+                                      place != nullptr && place->IsLocalFolder() ? place->Folder()
+                                                                                 : std::string());
         query->setAttribute(Qt::WA_DeleteOnClose);
         break;
     }

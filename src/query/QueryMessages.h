@@ -36,5 +36,8 @@ inline constexpr uint32_t kMsgDateCheck = 2095;
 inline constexpr uint32_t kMsgVolumeChosen = 3000;
 // The worker of a running query is done.
 inline constexpr uint32_t kMsgQueryDone = 3001;
+// The focused pane's folder was chosen in the volume menu; string field
+// "Folder". Unlike a volume, it narrows the walk to that folder's tree.
+inline constexpr uint32_t kMsgFolderChosen = 3002;
 
 } // namespace kestrin

@@ -33,7 +33,10 @@ constexpr int kCountInterval = 100; // ms
 
 } // namespace
 
-QueryWindow::QueryWindow(const QRect &frame, platform::Handler *target, QWidget *parent)
+QueryWindow::QueryWindow(const QRect &frame,
+                         platform::Handler *target,
+                         QWidget *parent,
+                         std::string paneFolder)
     : QWidget(parent, Qt::Window)
     , fTarget(target)
 {
@@ -45,7 +48,7 @@ QueryWindow::QueryWindow(const QRect &frame, platform::Handler *target, QWidget 
     // The status takes a row of its own under the tabs, whose pages have
     // room to spare.
     tabs->resize(tabs->width(), tabs->height() - StatusHeight());
-    tabs->addTab(BuildGeneralPage(), "General");
+    tabs->addTab(BuildGeneralPage(paneFolder), "General");
     tabs->addTab(BuildAdvancedPage(), "Advanced");
     auto *loadSave = new QWidget;
     loadSave->setObjectName("LoadSaveView");
@@ -125,11 +128,14 @@ QPushButton *QueryWindow::AddMenuField(QWidget *page,
         action->setCheckable(true);
         action->setActionGroup(group);
         action->setChecked(int(i) == marked);
+        action->setEnabled(items[i].enabled);
         connect(action, &QAction::triggered, this, [this, field, item = items[i]] {
             field->setText(QString::fromStdString(item.label));
             platform::Message chosen(item.code);
             if (item.volume)
                 chosen.AddInt32("Volumes", *item.volume);
+            if (!item.folder.empty())
+                chosen.AddString("Folder", item.folder);
             Dispatch(chosen);
         });
     }
@@ -164,7 +170,26 @@ QLabel *QueryWindow::AddLabel(QWidget *page, const char *text, const QRect &geom
     return label;
 }
 
-QWidget *QueryWindow::BuildGeneralPage()
+std::vector<QueryWindow::MenuItem> QueryWindow::VolumeItems(const std::string &paneFolder)
+{
+    std::vector<MenuItem> volumes = {{"All BFS Volumes", kMsgVolumeChosen}};
+    for (const platform::Volume &volume : QueryVolumes::Local())
+        volumes.push_back({volume.MountPath(), kMsgVolumeChosen, int32_t(volume.Device())});
+    // Walking a whole volume to find something under one folder costs
+    // minutes on a full disk; the pane's folder is usually what was meant.
+    if (paneFolder.empty())
+        volumes.push_back({"Focused Pane's Folder (the pane shows no local folder)",
+                           kMsgFolderChosen,
+                           std::nullopt,
+                           {},
+                           false});
+    else
+        volumes.push_back(
+            {"Focused Pane's Folder: " + paneFolder, kMsgFolderChosen, std::nullopt, paneFolder});
+    return volumes;
+}
+
+QWidget *QueryWindow::BuildGeneralPage(const std::string &paneFolder)
 {
     auto *page = new QWidget;
     page->setObjectName("GeneralView");
@@ -182,9 +207,7 @@ QWidget *QueryWindow::BuildGeneralPage()
     fName = AddTextField(page, "Text1", QRect(160, kMargin, 240, 24));
     nameLabel->setBuddy(fName);
 
-    std::vector<MenuItem> volumes = {{"All BFS Volumes", kMsgVolumeChosen}};
-    for (const platform::Volume &volume : QueryVolumes::Local())
-        volumes.push_back({volume.MountPath(), kMsgVolumeChosen, int32_t(volume.Device())});
+    const std::vector<MenuItem> volumes = VolumeItems(paneFolder);
     AddLabel(page, "Select Volume(s)", QRect(kMargin, kMargin + kRow, 110, 24))
         ->setBuddy(AddMenuField(page, "Volumes", volumes, 0, QRect(125, kMargin + kRow, 200, 24)));
 
@@ -293,6 +316,12 @@ void QueryWindow::MessageReceived(platform::Message &message)
         int32_t device = 0;
         fVolume = message.FindInt32("Volumes", &device) == B_OK ? std::optional(device)
                                                                 : std::nullopt;
+        fFolder.reset();
+    } else if (what == kMsgFolderChosen) {
+        std::string folder;
+        if (message.FindString("Folder", &folder) == B_OK)
+            fFolder = folder;
+        fVolume.reset();
     } else if (what == kMsgStartQuery) {
         GetResults();
     } else if (what == kMsgCancelQuery) {
@@ -341,7 +370,7 @@ void QueryWindow::GetResults()
     request.predicate = predicate;
     if (fFindText->isChecked())
         request.textToFind = fTextToFind->text().toStdString();
-    request.roots = fRoots;
+    request.roots = fFolder ? std::vector<std::string>{*fFolder} : fRoots;
     if (request.roots.empty())
         for (const platform::Volume &volume : QueryVolumes::Local())
             request.roots.push_back(volume.MountPath());

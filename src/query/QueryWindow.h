@@ -33,8 +33,13 @@ class QueryWindow : public QWidget, public platform::Handler
 
 public:
     // Shows itself centred on `frame`; the results go to `target`, which
-    // must outlive the window (the main window owns it).
-    QueryWindow(const QRect &frame, platform::Handler *target, QWidget *parent = nullptr);
+    // must outlive the window (the main window owns it). `paneFolder` is the
+    // local folder of the focused pane, offered in the volume menu as a
+    // narrower place to walk; empty when that pane shows none.
+    QueryWindow(const QRect &frame,
+                platform::Handler *target,
+                QWidget *parent = nullptr,
+                std::string paneFolder = {});
     ~QueryWindow() override;
 
     // The folders a query walks instead of every local volume's root.
@@ -43,6 +48,8 @@ public:
     // The remembered choices of the four menus and of the volume menu.
     const QueryForm &Choices() const { return fChoices; }
     std::optional<int32_t> ChosenVolume() const { return fVolume; }
+    // The folder chosen in the volume menu, whose tree alone is walked.
+    const std::optional<std::string> &ChosenFolder() const { return fFolder; }
 
     void MessageReceived(platform::Message &message) override;
 
@@ -52,9 +59,12 @@ private:
         std::string label;
         uint32_t code = 0;
         std::optional<int32_t> volume = std::nullopt; // the field "Volumes"
+        std::string folder = {};                      // the field "Folder"
+        bool enabled = true;
     };
 
-    QWidget *BuildGeneralPage();
+    QWidget *BuildGeneralPage(const std::string &paneFolder);
+    static std::vector<MenuItem> VolumeItems(const std::string &paneFolder);
     QWidget *BuildAdvancedPage();
     void BuildButtons(QWidget *container);
     QPushButton *AddMenuField(QWidget *page,
@@ -80,6 +90,7 @@ private:
     platform::Handler *fTarget;
     QueryForm fChoices;
     std::optional<int32_t> fVolume;
+    std::optional<std::string> fFolder;
     std::vector<std::string> fRoots;
     std::unique_ptr<QueryRun> fRun;
     // Cancelled runs whose workers are finishing their last entry.

@@ -20,6 +20,7 @@
 #include <QElapsedTimer>
 #include <QFrame>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
 
@@ -136,7 +137,14 @@ TEST_F(FilesTest, QueryResultsFillTheFocusedPaneAndCopyOut)
     QTest::keyClick(List(0), Qt::Key_F7, Qt::ControlModifier);
     auto *query = fKestrin->Window()->findChild<kestrin::QueryWindow *>();
     ASSERT_NE(query, nullptr);
-    query->SetRoots({Left()});
+    // The left pane's folder is offered, and walked instead of the volumes.
+    const QString inFolder = QString::fromStdString("Focused Pane's Folder: " + Left());
+    QAction *folderItem = nullptr;
+    for (QAction *action : query->findChild<QMenu *>("Volumes")->actions())
+        if (action->text() == inFolder)
+            folderItem = action;
+    ASSERT_NE(folderItem, nullptr);
+    folderItem->trigger();
     QTest::keyClicks(query->findChild<QLineEdit *>("Text1"), "report");
     QTest::mouseClick(query->findChild<QPushButton *>("StartQuery"), Qt::LeftButton);
     ASSERT_TRUE(

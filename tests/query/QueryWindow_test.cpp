@@ -197,6 +197,42 @@ TEST_F(QueryWindowTest, CancelEndsASearchAtOnceAndTheWindowStays)
     EXPECT_FALSE(window->isVisible());
 }
 
+// The focused pane's folder narrows the walk to its tree, unlike a volume;
+// choosing a volume again walks the roots as before.
+TEST_F(QueryWindowTest, ThePanesFolderNarrowsTheWalkToItsTree)
+{
+    std::string marked;
+    const std::vector<std::string> withoutFolder = Menu("Volumes", &marked);
+    QAction *none = nullptr;
+    for (QAction *action : Find<QMenu>("Volumes")->actions())
+        if (action->text().startsWith("Focused Pane's Folder"))
+            none = action;
+    ASSERT_NE(none, nullptr);
+    EXPECT_FALSE(none->isEnabled()) << "a pane without a local folder offers none";
+
+    window = std::make_unique<QueryWindow>(QRect(0, 0, 800, 600),
+                                           &recipient,
+                                           nullptr,
+                                           root + "/sub");
+    window->SetRoots({root});
+    const std::string item = "Focused Pane's Folder: " + root + "/sub";
+    EXPECT_EQ(Menu("Volumes", &marked).back(), item);
+    QTest::keyClicks(Find<QLineEdit>("Text1"), "foo");
+    Choose("Volumes", item.c_str());
+    EXPECT_EQ(window->ChosenFolder(), root + "/sub");
+    Click("StartQuery");
+    std::string predicate;
+    EXPECT_EQ(Results(&predicate), std::vector<std::string>{root + "/sub/foobar"});
+    EXPECT_EQ(predicate, "(name==\"*foo*\")");
+
+    recipient.messages.clear();
+    Choose("Volumes", "All BFS Volumes");
+    EXPECT_FALSE(window->ChosenFolder().has_value());
+    Click("StartQuery");
+    EXPECT_EQ(Results(&predicate),
+              (std::vector<std::string>{root + "/barfoo", root + "/foo", root + "/sub/foobar"}));
+}
+
 // The status shows whole, counts in the millions and all, inside the window.
 TEST_F(QueryWindowTest, TheStatusShowsWholeInsideTheWindow)
 {

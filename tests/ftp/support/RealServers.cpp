@@ -138,19 +138,17 @@ VsftpdServer::VsftpdServer(const Options &options)
                        + "\n"
                          "secure_chroot_dir="
                        + base + "/empty\n" + (options.tls ? TlsSettings(base) : ""));
-    if (!Listen(0)) {
+    fListener = std::make_unique<InetdListener>(std::vector<std::string>{kVsftpd, fConfig},
+                                                base + "/vsftpd.log");
+    if (!fListener->Start()) {
         fUnavailable = "no listening socket on 127.0.0.1";
         return;
     }
-    fThread = std::thread([this] { Serve(); });
 }
 
 VsftpdServer::~VsftpdServer()
 {
-    fStop = true;
-    if (fThread.joinable())
-        fThread.join();
-    DropSessions();
+    fListener.reset();
     // The served root is read-only so that writes outside "upload" fail; only
     // root could empty it as it is.
     chmod(Root().c_str(), 0755);
@@ -168,89 +166,21 @@ std::string VsftpdServer::Scratch() const
     return scratch;
 }
 
-// On `port`, or an ephemeral one for 0. The port of a server that was
-// stopped is taken again at once, though its dropped connections linger.
-bool VsftpdServer::Listen(unsigned port)
-{
-    if (fListener.Open() != B_OK)
-        return false;
-    const int reuse = 1;
-    setsockopt(fListener.FD(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(kLoopback);
-    address.sin_port = htons(uint16_t(port));
-    SocketAddress local;
-    if (bind(fListener.FD(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0
-        || fListener.Listen(8) != B_OK || fListener.LocalAddress(&local) != B_OK) {
-        fListener.Close();
-        return false;
-    }
-    fPort = local.port;
-    return true;
-}
-
 void VsftpdServer::DropSessions()
 {
-    std::lock_guard<std::mutex> guard(fLock);
-    for (pid_t child : fChildren) {
-        // Each session runs in a process group of its own, led by the child.
-        kill(-child, SIGKILL);
-        waitpid(child, nullptr, 0);
-    }
-    fChildren.clear();
+    if (fListener != nullptr)
+        fListener->DropSessions();
 }
 
 void VsftpdServer::Stop()
 {
-    fStop = true;
-    if (fThread.joinable())
-        fThread.join();
-    fListener.Close();
-    DropSessions();
+    if (fListener != nullptr)
+        fListener->Stop();
 }
 
 bool VsftpdServer::Start()
 {
-    if (fThread.joinable() || !Listen(fPort))
-        return false;
-    fStop = false;
-    fThread = std::thread([this] { Serve(); });
-    return true;
-}
-
-void VsftpdServer::Serve()
-{
-    while (!fStop) {
-        if (fListener.WaitReady(true, 0, 100000) != B_OK)
-            continue;
-        TcpSocket connection;
-        if (fListener.Accept(&connection) == B_OK)
-            Spawn(connection);
-    }
-}
-
-void VsftpdServer::Spawn(const TcpSocket &connection)
-{
-    const std::string log = fDir.path().toStdString() + "/vsftpd.log";
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, connection.FD(), 0);
-    posix_spawn_file_actions_adddup2(&actions, connection.FD(), 1);
-    posix_spawn_file_actions_addopen(&actions, 2, log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    posix_spawnattr_setpgroup(&attributes, 0);
-    char *argv[] = {const_cast<char *>(kVsftpd), const_cast<char *>(fConfig.c_str()), nullptr};
-    pid_t child = 0;
-    if (posix_spawn(&child, kVsftpd, &actions, &attributes, argv, environ) == 0) {
-        std::lock_guard<std::mutex> guard(fLock);
-        fChildren.push_back(child);
-        fServed++;
-    }
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
+    return fListener != nullptr && fListener->Start(fListener->Port());
 }
 
 PyftpdlibServer::PyftpdlibServer(const std::string &root, unsigned idleSeconds)

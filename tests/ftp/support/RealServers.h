@@ -1,15 +1,13 @@
 #pragma once
 
+#include "InetdListener.h"
 #include "platform/TcpSocket.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
-#include <atomic>
-#include <mutex>
+#include <memory>
 #include <string>
 #include <sys/types.h>
-#include <thread>
-#include <vector>
 
 // Debian's vsftpd serving a temporary root to anonymous users on 127.0.0.1.
 // The fixture listens on an ephemeral port itself and starts vsftpd in inetd
@@ -42,7 +40,7 @@ public:
 
     // Why vsftpd cannot serve here, or empty.
     std::string Unavailable() const { return fUnavailable; }
-    unsigned Port() const { return fPort; }
+    unsigned Port() const { return fListener != nullptr ? fListener->Port() : 0; }
     std::string Root() const;
     std::string Scratch() const;
     // Every command and reply of the sessions so far, as vsftpd logs them.
@@ -57,28 +55,19 @@ public:
     // connections drop, whatever they were doing. New ones are still served.
     void DropSessions();
     // How many connections have been served so far.
-    size_t Sessions() const { return fServed; }
+    size_t Sessions() const { return fListener != nullptr ? fListener->Sessions() : 0; }
     // Shuts the server down: its sessions drop and connections are refused
     // until Start serves again, on the same port.
     void Stop();
     bool Start();
 
 private:
-    bool Listen(unsigned port);
-    void Serve();
-    void Spawn(const platform::TcpSocket &connection);
-
     QTemporaryDir fDir;
     std::string fConfig;
     std::string fUnavailable;
     std::string fFingerprint;
-    platform::TcpSocket fListener;
-    unsigned fPort = 0;
-    std::atomic<bool> fStop{false};
-    std::atomic<size_t> fServed{0};
-    std::mutex fLock;
-    std::vector<pid_t> fChildren;
-    std::thread fThread;
+    // None where vsftpd cannot serve.
+    std::unique_ptr<InetdListener> fListener;
 };
 
 // pyftpdlib with one user "kestrin", password "secret", for the login paths

@@ -45,6 +45,8 @@ public:
 
     status_t Open();
     std::string Error() const { return fError; }
+    // For a failure the caller finds in what the server answered.
+    void SetError(std::string error) { fError = std::move(error); }
 
     // The absolute form of `path` ("." is the login folder).
     status_t RealPath(const std::string &path, std::string *absolute);

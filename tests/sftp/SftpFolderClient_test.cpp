@@ -1,0 +1,190 @@
+// A pane's SFTP conversation against OpenSSH's sshd on 127.0.0.1: the
+// questions a login asks, each step and where it leads, and a connection
+// that drops between requests.
+
+#include "SshdServer.h"
+#include "TempHome.h"
+#include "sftp/SftpFolderClient.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+using kestrin::FtpSession;
+using kestrin::SftpFolderClient;
+using kestrin::SftpRequest;
+using kestrin::SftpResult;
+
+namespace {
+
+class SftpFolderClientTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!server.Unavailable().empty())
+            GTEST_SKIP() << server.Unavailable();
+        home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
+        fs::create_directories(home.Home() + "/.ssh");
+        remote = server.Scratch();
+        session.name = "box";
+        session.host = "127.0.0.1";
+        session.port = std::to_string(server.Port());
+        session.user = SshdServer::User();
+        session.remoteDir = remote;
+    }
+
+    SftpFolderClient::Questions Trusting()
+    {
+        SftpFolderClient::Questions questions;
+        questions.trustHost = [this](const platform::SshHostKey &key) {
+            shownKeys.push_back(key.fingerprint);
+            return true;
+        };
+        return questions;
+    }
+
+    void InstallUserKey()
+    {
+        fs::copy_file(server.UserKey(),
+                      home.Home() + "/.ssh/id_ed25519",
+                      fs::copy_options::overwrite_existing);
+    }
+
+    static std::vector<std::string> Names(const SftpResult &result)
+    {
+        std::vector<std::string> names;
+        for (const platform::SftpEntry &entry : result.entries)
+            names.push_back(entry.name);
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    static SftpRequest Request(SftpRequest::Step step,
+                               const std::string &base,
+                               const std::string &name = {})
+    {
+        SftpRequest request;
+        request.step = step;
+        request.base = base;
+        request.name = name;
+        return request;
+    }
+
+    TempHome home;
+    SshdServer server;
+    FtpSession session;
+    std::string remote;
+    std::vector<std::string> shownKeys;
+};
+
+} // namespace
+
+TEST_F(SftpFolderClientTest, LogsInOnlyWithATrustedHostAndAWayIn)
+{
+    // The host key refused: nothing else happens, nothing is remembered.
+    SftpFolderClient::Questions refusing;
+    int passwordAsked = 0;
+    refusing.trustHost = [&](const platform::SshHostKey &key) {
+        shownKeys.push_back(key.fingerprint);
+        return false;
+    };
+    refusing.password = [&] {
+        passwordAsked++;
+        return std::nullopt;
+    };
+    SftpResult result = SftpFolderClient(session, 20000, refusing, nullptr).Run({});
+    EXPECT_NE(result.connectError.find("not accepted"), std::string::npos) << result.connectError;
+    EXPECT_EQ(shownKeys, std::vector<std::string>{server.Fingerprint()});
+    EXPECT_FALSE(fs::exists(home.Home() + "/.ssh/known_hosts"));
+    EXPECT_EQ(passwordAsked, 0);
+
+    // Trusted, but no key: the password is asked for, and not given.
+    SftpFolderClient::Questions questions = Trusting();
+    questions.password = refusing.password;
+    result = SftpFolderClient(session, 20000, questions, nullptr).Run({});
+    EXPECT_NE(result.connectError.find("did not let"), std::string::npos) << result.connectError;
+    EXPECT_EQ(passwordAsked, 1);
+
+    // With the key: in, at the session's folder; the host is known now.
+    InstallUserKey();
+    fs::create_directories(remote + "/sub");
+    std::vector<std::string> log;
+    SftpFolderClient client(session, 20000, questions, [&](const std::string &line) {
+        log.push_back(line);
+    });
+    result = client.Run({});
+    EXPECT_EQ(result.connectError, "");
+    EXPECT_EQ(result.folder, fs::canonical(remote).string());
+    EXPECT_EQ(Names(result), std::vector<std::string>{"sub"});
+    EXPECT_EQ(shownKeys.size(), 2u) << "a known host is not asked about again";
+    EXPECT_EQ(passwordAsked, 1);
+    ASSERT_FALSE(log.empty());
+    EXPECT_EQ(log.back(), "Logged in as " + session.user + ".");
+}
+
+TEST_F(SftpFolderClientTest, EachStepLeadsWhereItSaysAndDeletesNothingBeyondALink)
+{
+    InstallUserKey();
+    const std::string base = fs::canonical(remote).string();
+    fs::create_directories(base + "/sub/deep");
+    WriteFileBytes(base + "/sub/deep/file", "x");
+    const std::string outside = home.Root() + "/outside";
+    fs::create_directories(outside);
+    WriteFileBytes(outside + "/keep", "precious");
+    fs::create_directory_symlink(outside, base + "/sub/link");
+
+    SftpFolderClient client(session, 20000, Trusting(), nullptr);
+    ASSERT_EQ(client.Run({}).connectError, "");
+    using Step = SftpRequest::Step;
+
+    SftpResult result = client.Run(Request(Step::Enter, base, "sub"));
+    EXPECT_EQ(result.folder, base + "/sub");
+    EXPECT_EQ(Names(result), (std::vector<std::string>{"deep", "link"}));
+    EXPECT_EQ(client.Run(Request(Step::Up, base + "/sub")).folder, base);
+    result = client.Run(Request(Step::Enter, base, "missing"));
+    EXPECT_EQ(result.folder, base) << "a failed step stays where it was";
+    EXPECT_NE(result.stepError, "");
+
+    result = client.Run(Request(Step::MakeDir, base, "made"));
+    EXPECT_EQ(result.stepError, "");
+    EXPECT_TRUE(fs::is_directory(base + "/made"));
+    SftpRequest rename = Request(Step::Rename, base, "made");
+    rename.newName = "../escaped";
+    EXPECT_NE(client.Run(rename).stepError, "");
+    EXPECT_FALSE(fs::exists(fs::path(base).parent_path() / "escaped"));
+    rename.newName = "renamed";
+    EXPECT_EQ(client.Run(rename).stepError, "");
+    EXPECT_EQ(Names(client.Run(Request(Step::Stay, base))),
+              (std::vector<std::string>{"renamed", "sub"}));
+
+    SftpRequest chmod = Request(Step::SetMode, base);
+    chmod.mode = 0700;
+    chmod.entries = {{"renamed", true}};
+    EXPECT_EQ(client.Run(chmod).stepError, "");
+    EXPECT_EQ(fs::status(base + "/renamed").permissions() & fs::perms::all, fs::perms(0700));
+
+    // A folder goes with all it holds; a link inside it goes alone.
+    SftpRequest remove = Request(Step::Remove, base);
+    remove.entries = {{"sub", true}, {"renamed", true}};
+    result = client.Run(remove);
+    EXPECT_EQ(result.stepError, "");
+    EXPECT_EQ(Names(result), std::vector<std::string>{});
+    EXPECT_EQ(ReadFileBytes(outside + "/keep"), "precious");
+}
+
+TEST_F(SftpFolderClientTest, ADroppedConnectionIsMadeAgainForTheNextRequest)
+{
+    InstallUserKey();
+    SftpFolderClient client(session, 20000, Trusting(), nullptr);
+    const SftpResult first = client.Run({});
+    ASSERT_EQ(first.connectError, "");
+    server.DropSessions();
+    const SftpResult lost = client.Run(Request(SftpRequest::Step::Stay, first.folder));
+    EXPECT_NE(lost.connectError, "");
+    EXPECT_FALSE(client.LoggedIn());
+    const SftpResult again = client.Run(Request(SftpRequest::Step::Stay, first.folder));
+    EXPECT_EQ(again.connectError, "");
+    EXPECT_EQ(again.folder, first.folder);
+}

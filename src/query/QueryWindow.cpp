@@ -130,7 +130,7 @@ QPushButton *QueryWindow::AddMenuField(QWidget *page,
         action->setChecked(int(i) == marked);
         action->setEnabled(items[i].enabled);
         connect(action, &QAction::triggered, this, [this, field, item = items[i]] {
-            field->setText(QString::fromStdString(item.label));
+            ShowChoice(field, item.label);
             platform::Message chosen(item.code);
             if (item.volume)
                 chosen.AddInt32("Volumes", *item.volume);
@@ -139,9 +139,20 @@ QPushButton *QueryWindow::AddMenuField(QWidget *page,
             Dispatch(chosen);
         });
     }
-    field->setText(QString::fromStdString(items[size_t(std::max(marked, 0))].label));
+    ShowChoice(field, items[size_t(std::max(marked, 0))].label);
     field->setMenu(menu);
     return field;
+}
+
+void QueryWindow::ShowChoice(QPushButton *field, const std::string &label)
+{
+    // A folder's path is longer than the field: its middle goes, and the
+    // whole shows as the field's tip.
+    constexpr int kArrowRoom = 30;
+    const QString text = QString::fromStdString(label);
+    field->setText(
+        field->fontMetrics().elidedText(text, Qt::ElideMiddle, field->width() - kArrowRoom));
+    field->setToolTip(field->text() == text ? QString() : text);
 }
 
 QCheckBox *QueryWindow::AddCheckBox(QWidget *page,

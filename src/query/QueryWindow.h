@@ -72,6 +72,7 @@ private:
                               const std::vector<MenuItem> &items,
                               int marked,
                               const QRect &geometry);
+    static void ShowChoice(QPushButton *field, const std::string &label);
     QCheckBox *AddCheckBox(QWidget *page,
                            const char *label,
                            const char *name,

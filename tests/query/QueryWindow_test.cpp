@@ -220,6 +220,10 @@ TEST_F(QueryWindowTest, ThePanesFolderNarrowsTheWalkToItsTree)
     QTest::keyClicks(Find<QLineEdit>("Text1"), "foo");
     Choose("Volumes", item.c_str());
     EXPECT_EQ(window->ChosenFolder(), root + "/sub");
+    // The field shows the choice whole, or its middle elided with the whole as its tip.
+    auto *field = Find<QPushButton>("Volumes");
+    EXPECT_LE(field->fontMetrics().horizontalAdvance(field->text()), field->width());
+    EXPECT_EQ(field->toolTip().toStdString(), item);
     Click("StartQuery");
     std::string predicate;
     EXPECT_EQ(Results(&predicate), std::vector<std::string>{root + "/sub/foobar"});

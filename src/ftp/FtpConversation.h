@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/ConversationWorker.h"
 #include "ftp/FtpRequest.h"
 #include "ftp/FtpSession.h"
 #include "platform/Background.h"
@@ -69,23 +70,16 @@ signals:
     void Changed();
 
 private:
-    struct Shared;
+    using Worker = ConversationWorker<FtpFolderClient, FtpRequest, FtpResult>;
     // What the worker hands to the GUI thread, and how it hands it.
     using Call = std::function<void(FtpConversation &)>;
     using Post = std::function<void(Call)>;
-    static void Work(std::shared_ptr<Shared> shared,
+
+    static void Work(std::shared_ptr<Worker> worker,
                      FtpSession session,
                      unsigned timeoutMs,
                      std::chrono::milliseconds keepAlive,
                      const Post &post);
-    // On the worker, with `hold` locked on entry and on return.
-    static void RunJob(const std::shared_ptr<Shared> &shared,
-                       FtpFolderClient &client,
-                       std::unique_lock<std::mutex> &hold,
-                       const Post &post);
-    static void KeepAlive(Shared &shared,
-                          FtpFolderClient &client,
-                          std::unique_lock<std::mutex> &hold);
     // On the worker: the password the keyring keeps for `session`, handed to
     // the GUI thread too; empty, with a line in the log saying why, when it
     // could not be had.
@@ -95,7 +89,7 @@ private:
     void SetStatus(const std::string &status);
 
     FtpSession fSession;
-    std::shared_ptr<Shared> fShared;
+    std::shared_ptr<Worker> fWorker;
     platform::Background::Task fWork;
     std::string fStatus;
     bool fInClear = false;

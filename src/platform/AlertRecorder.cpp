@@ -22,6 +22,23 @@ int AlertRecorder::Show(const Alert &alert)
     return answer;
 }
 
+std::optional<std::string> AlertRecorder::AskSecret(const Alert &alert)
+{
+    std::lock_guard lock(fLock);
+    fShown.push_back(alert);
+    if (fSecrets.empty())
+        return std::nullopt;
+    std::optional<std::string> secret = std::move(fSecrets.front());
+    fSecrets.pop_front();
+    return secret;
+}
+
+void AlertRecorder::QueueSecret(std::optional<std::string> secret)
+{
+    std::lock_guard lock(fLock);
+    fSecrets.push_back(std::move(secret));
+}
+
 void AlertRecorder::QueueAnswer(int buttonIndex)
 {
     std::lock_guard lock(fLock);
@@ -45,6 +62,7 @@ void AlertRecorder::Clear()
     std::lock_guard lock(fLock);
     fShown.clear();
     fAnswers.clear();
+    fSecrets.clear();
 }
 
 } // namespace platform

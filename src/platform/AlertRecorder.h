@@ -4,6 +4,8 @@
 
 #include <deque>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace platform {
@@ -21,8 +23,12 @@ public:
     AlertRecorder &operator=(const AlertRecorder &) = delete;
 
     int Show(const Alert &alert) override;
+    // Kept with the alerts; answered from a script of its own (declined
+    // once it runs out).
+    std::optional<std::string> AskSecret(const Alert &alert) override;
 
     void QueueAnswer(int buttonIndex);
+    void QueueSecret(std::optional<std::string> secret);
     std::vector<Alert> Shown() const;
     size_t Count() const;
     void Clear();
@@ -30,8 +36,9 @@ public:
 private:
     AlertSink *fPrevious;
     mutable std::mutex fLock;
-    std::vector<Alert> fShown; // guarded by fLock
-    std::deque<int> fAnswers;  // guarded by fLock
+    std::vector<Alert> fShown;                       // guarded by fLock
+    std::deque<std::optional<std::string>> fSecrets; // guarded by fLock
+    std::deque<int> fAnswers;                        // guarded by fLock
 };
 
 } // namespace platform

@@ -21,6 +21,20 @@ int Alerts::Go(const Alert &alert)
     return 0;
 }
 
+std::optional<std::string> AlertSink::AskSecret(const Alert &alert)
+{
+    Show(alert);
+    return std::nullopt;
+}
+
+std::optional<std::string> Alerts::AskSecret(const Alert &alert)
+{
+    if (AlertSink *sink = gSink.load())
+        return sink->AskSecret(alert);
+    fprintf(stderr, "%s: %s\n", alert.title.c_str(), alert.text.c_str());
+    return std::nullopt;
+}
+
 AlertSink *Alerts::SetSink(AlertSink *sink)
 {
     return gSink.exchange(sink);

@@ -96,6 +96,10 @@ std::string SftpFolderClient::CheckHost()
             return why;
         Log("Added the " + key.type + " key " + key.fingerprint + " to the known hosts.");
         return {};
+    case platform::SshHostState::Changed:
+        if (fQuestions.warnChanged)
+            fQuestions.warnChanged(why);
+        return why;
     default:
         return why;
     }
@@ -112,13 +116,24 @@ bool SftpFolderClient::Authenticate()
     return password && fSsh->AuthenticateWithPassword(*password);
 }
 
-SftpResult SftpFolderClient::Run(const SftpRequest &request)
+void SftpFolderClient::KeepAlive()
+{
+    std::string folder;
+    if (LoggedIn() && fChannel->RealPath(".", &folder) == B_IO_ERROR) {
+        Log("The server ended the connection.");
+        ConnectionLost();
+    }
+}
+
+SftpResult SftpFolderClient::Run(const SftpRequest &request, const std::function<void()> &connected)
 {
     SftpResult result;
     if (request.step == SftpRequest::Step::Connect || !LoggedIn()) {
         result.connectError = Login();
         if (!result.connectError.empty())
             return result;
+        if (connected)
+            connected();
     }
     result.stepError = Step(request, &result.folder);
     if (!result.stepError.empty())

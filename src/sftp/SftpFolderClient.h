@@ -30,15 +30,20 @@ public:
         // The password, when the session holds none and no key let the
         // user in; nullopt gives up.
         std::function<std::optional<std::string>()> password;
+        // Told why a host whose key changed is refused.
+        std::function<void(const std::string &why)> warnChanged;
     };
     using LogLine = std::function<void(const std::string &)>;
 
     SftpFolderClient(FtpSession session, unsigned timeoutMs, Questions questions, LogLine log);
     ~SftpFolderClient();
 
-    // Logs in first when not logged in (or for a Connect step), then runs
-    // the step and lists where it led.
-    SftpResult Run(const SftpRequest &request);
+    // Logs in first when not logged in (or for a Connect step), telling
+    // `connected` once in, then runs the step and lists where it led.
+    SftpResult Run(const SftpRequest &request, const std::function<void()> &connected = nullptr);
+    // For an idle connection: one round trip, so that nothing on the way
+    // ends it for idleness; one found gone is made again by the next request.
+    void KeepAlive();
     bool LoggedIn() const { return fChannel != nullptr; }
     // The connection was cut under a request: the next one logs in again.
     void ConnectionLost();

@@ -1,6 +1,8 @@
 #include "widgets/MessageBoxSink.h"
 
 #include <QApplication>
+#include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QThread>
@@ -54,6 +56,34 @@ int MessageBoxSink::Show(const Alert &alert)
     QMetaObject::invokeMethod(
         app, [&] { pressed = ShowOnGuiThread(alert); }, Qt::BlockingQueuedConnection);
     return pressed;
+}
+
+std::optional<std::string> MessageBoxSink::AskSecret(const Alert &alert)
+{
+    QCoreApplication *app = QCoreApplication::instance();
+    if (!qobject_cast<QApplication *>(app))
+        return AlertSink::AskSecret(alert);
+    if (QThread::currentThread() == app->thread())
+        return AskOnGuiThread(alert);
+    std::optional<std::string> secret;
+    QMetaObject::invokeMethod(
+        app, [&] { secret = AskOnGuiThread(alert); }, Qt::BlockingQueuedConnection);
+    return secret;
+}
+
+std::optional<std::string> MessageBoxSink::AskOnGuiThread(const Alert &alert)
+{
+    QInputDialog dialog(QApplication::activeWindow());
+    dialog.setWindowTitle(QString::fromStdString(alert.title));
+    dialog.setLabelText(QString::fromStdString(alert.text));
+    dialog.setTextEchoMode(QLineEdit::Password);
+    if (alert.buttons.size() >= 2) {
+        dialog.setCancelButtonText(QString::fromStdString(alert.buttons.front()));
+        dialog.setOkButtonText(QString::fromStdString(alert.buttons.back()));
+    }
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return dialog.textValue().toStdString();
 }
 
 int MessageBoxSink::ShowOnGuiThread(const Alert &alert)

@@ -15,9 +15,11 @@ public:
     static void Install();
 
     int Show(const platform::Alert &alert) override;
+    std::optional<std::string> AskSecret(const platform::Alert &alert) override;
 
 private:
     static int ShowOnGuiThread(const platform::Alert &alert);
+    static std::optional<std::string> AskOnGuiThread(const platform::Alert &alert);
 };
 
 } // namespace kestrin

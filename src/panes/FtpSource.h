@@ -40,6 +40,8 @@ public:
     // That the connection goes in clear where the server refused TLS.
     std::string HeaderNote() const override;
     std::string SavedPlace() const override;
+    // The session's name.
+    std::string PathText() const override { return SavedPlace(); }
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
     std::shared_ptr<FolderLister::Job> StartReading(const RowStyle &style,

@@ -61,6 +61,8 @@ public:
     virtual std::string HeaderNote() const { return {}; }
     // What the profile keeps to show this place again.
     virtual std::string SavedPlace() const { return Folder(); }
+    // What the path field offers to edit: text that, typed, leads back here.
+    virtual std::string PathText() const { return Folder(); }
 
     // What reads the place on a worker.
     virtual FolderLister::Reader Reader(const RowStyle &style) const = 0;

@@ -40,8 +40,12 @@ public:
     // That the connection goes in clear where the server refused TLS.
     std::string HeaderNote() const override;
     std::string SavedPlace() const override;
-    // The session's name.
-    std::string PathText() const override { return SavedPlace(); }
+    // The remote folder: a path typed in its place is one on the same server.
+    std::string PathText() const override { return RemoteFolder(); }
+    // An absolute or relative remote path, or an ftp:// address on the
+    // session's server; a local path or another server is refused.
+    std::unique_ptr<PaneSource> TypedPath(const std::string &typed,
+                                          std::optional<platform::Alert> *refusal) const override;
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
     std::shared_ptr<FolderLister::Job> StartReading(const RowStyle &style,

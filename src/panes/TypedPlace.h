@@ -17,8 +17,9 @@ namespace kestrin {
 // Reading expands the text first (surrounding blanks and a trailing line
 // break of a paste, a file:// address, `~`, `$NAME` and `${NAME}`, a path
 // relative to the pane's folder, "." and ".." by their text), then asks
-// the disk, one stat per name, which part of it exists: cheap enough for
-// the GUI thread, unlike FolderNames, which is for a worker.
+// the disk, one stat per name, which part of it exists. Read and FolderNames
+// ask the disk, and a stat on a mount that hangs would hang its caller: they
+// run on a worker (PathJump, PathCompletion); Expand only works on text.
 struct TypedPlace
 {
     enum class Kind { Nothing, Folder, File, Archive, Session, Missing };

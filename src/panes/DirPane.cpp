@@ -142,6 +142,9 @@ void DirPane::EditPath()
                     fPathField->MarkMissing(path, from, problem);
                     fFooter->SetText(problem.toStdString());
                 });
+        connect(fPathField, &PathField::Unmarked, this, [this] {
+            fFooter->SetText(fList->GetFiles());
+        });
     }
     const PaneSource &place = fList->Source();
     Layout();

@@ -6,6 +6,7 @@
 #include <QCompleter>
 #include <QKeyEvent>
 #include <QStringListModel>
+#include <QToolTip>
 
 namespace kestrin {
 
@@ -18,6 +19,7 @@ const QColor kMissingColor(230, 60, 50);
 
 PathField::PathField(QWidget *parent)
     : QLineEdit(parent)
+    , fPlain(palette())
     , fCompletion(new PathCompletion(this))
     , fNames(new QStringListModel(this))
     , fCompleter(new QCompleter(fNames, this))
@@ -29,9 +31,12 @@ PathField::PathField(QWidget *parent)
     fCompleter->setModelSorting(QCompleter::CaseSensitivelySortedModel);
     setCompleter(fCompleter);
     connect(fCompletion, &PathCompletion::Offered, this, &PathField::Offered);
+    connect(this, &QLineEdit::textEdited, this, [this] { fEdited = true; });
     connect(this, &QLineEdit::textChanged, this, [this](const QString &text) {
-        if (fMarking)
+        if (fMarking) {
             Unmark();
+            emit Unmarked();
+        }
         if (fComplete)
             fCompletion->Typed(text.toStdString(), fStanding);
     });
@@ -39,10 +44,13 @@ PathField::PathField(QWidget *parent)
 
 void PathField::Begin(const QString &text, const std::string &standing, bool complete)
 {
-    fStanding = standing;
-    fComplete = complete;
-    Unmark();
-    setText(text);
+    if (isHidden()) {
+        fStanding = standing;
+        fComplete = complete;
+        Unmark();
+        setText(text);
+        fEdited = false;
+    }
     selectAll();
     show();
     raise();
@@ -58,6 +66,8 @@ void PathField::MarkMissing(const QString &path, int from, const QString &proble
     colours.setColor(QPalette::HighlightedText, Qt::white);
     setPalette(colours);
     setToolTip(problem);
+    // Said where the eyes are, even with the pane's footer hidden.
+    QToolTip::showText(mapToGlobal(QPoint(0, height())), problem, this);
     // Set after the text, whose change unmarks.
     fMarking = true;
 }
@@ -65,14 +75,15 @@ void PathField::MarkMissing(const QString &path, int from, const QString &proble
 void PathField::Unmark()
 {
     fMarking = false;
-    setPalette(QPalette());
+    setPalette(fPlain);
     setToolTip({});
+    QToolTip::hideText();
 }
 
 void PathField::Offered(const QStringList &completions)
 {
     fNames->setStringList(completions);
-    if (!hasFocus() || completions.isEmpty()) {
+    if (!hasFocus() || !fEdited || completions.isEmpty()) {
         fCompleter->popup()->hide();
         return;
     }

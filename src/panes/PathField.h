@@ -26,6 +26,7 @@ public:
 
     // Shows `text`, all of it selected, with the focus; `standing` is where
     // a relative path starts; `complete` whether folder names are offered.
+    // Once shown, it keeps what was typed and only selects it all again.
     void Begin(const QString &text, const std::string &standing, bool complete);
     // Shows `path` with the part from `from` on selected and coloured, as
     // the part that is not there.
@@ -36,6 +37,8 @@ public:
 signals:
     void Accepted(const QString &text);
     void Cancelled();
+    // The text changed after a missing part was marked: the mark is gone.
+    void Unmarked();
 
 protected:
     bool event(QEvent *event) override;
@@ -47,12 +50,15 @@ private:
     void TakeCompletion();
     void Unmark();
 
+    QPalette fPlain;
     PathCompletion *fCompletion;
     QStringListModel *fNames;
     QCompleter *fCompleter;
     std::string fStanding;
     bool fComplete = true;
     bool fMarking = false;
+    // Typed in since Begin: only then do completions pop up.
+    bool fEdited = false;
 };
 
 } // namespace kestrin

@@ -123,8 +123,13 @@ void DirPane::EditPath()
     if (fPathField == nullptr) {
         fPathField = new PathField(this);
         fJump = new PathJump([this]() -> const PaneSource & { return fList->Source(); },
-                             [this](std::unique_ptr<PaneSource> place, const std::string &select) {
-                                 Follow(std::move(place), select);
+                             [this](std::unique_ptr<PaneSource> place,
+                                    const std::string &select,
+                                    bool fresh) {
+                                 if (fresh)
+                                     Follow(std::move(place), select);
+                                 else
+                                     fList->Show(std::move(place), [this] { SetPath(); });
                              },
                              this);
         connect(fPathField, &PathField::Accepted, this, [this](const QString &text) {

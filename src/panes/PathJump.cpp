@@ -32,7 +32,7 @@ void PathJump::Go(const std::string &typed)
     const PaneSource &place = fCurrent();
     std::optional<platform::Alert> refusal;
     if (std::unique_ptr<PaneSource> own = place.TypedPath(typed, &refusal)) {
-        fShow(std::move(own), {});
+        fShow(std::move(own), {}, false);
         emit Went();
         return;
     }
@@ -69,7 +69,7 @@ void PathJump::Arrived(const TypedPlace &found, const std::string &standing)
     }
     std::string select;
     if (std::unique_ptr<PaneSource> place = found.Source(standing, &select))
-        fShow(std::move(place), select);
+        fShow(std::move(place), select, true);
     emit Went();
 }
 

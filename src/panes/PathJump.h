@@ -26,8 +26,11 @@ class PathJump : public QObject
     Q_OBJECT
 
 public:
-    // The place to show, and the row to select once it is listed.
-    using Show = std::function<void(std::unique_ptr<PaneSource> place, const std::string &select)>;
+    // The place to show, the row to select once it is listed, and whether
+    // it is a place of its own, with a log to follow (a new session), or
+    // one step from the place shown (a folder on the same server).
+    using Show = std::function<
+        void(std::unique_ptr<PaneSource> place, const std::string &select, bool fresh)>;
 
     // `current` gives the place the pane shows now.
     PathJump(std::function<const PaneSource &()> current, Show show, QObject *parent = nullptr);

@@ -164,6 +164,8 @@ TEST_F(FtpPaneVsftpd, ThePathFieldReachesSessionsAndPathsOnTheSameServer)
     ASSERT_TRUE(Listed([&] { type("sub"); }));
     EXPECT_EQ(Header(), "ftp: " + Upload() + "/sub");
     EXPECT_EQ(RowNames(*pane.List()), (std::vector<std::string>{"..", "inner.txt"}));
+    // A step on the same conversation: its log is followed once.
+    EXPECT_EQ(LogCount("CWD " + Upload() + "/sub\n"), 1);
     pane.EditPath();
     EXPECT_EQ(pane.PathEdit()->text().toStdString(), Upload() + "/sub");
     ASSERT_TRUE(Listed([&] { type(Upload()); }));

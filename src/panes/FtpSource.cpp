@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QPointer>
 #include <QUrl>
+#include <utility>
 
 namespace kestrin {
 
@@ -183,8 +184,21 @@ std::shared_ptr<FolderLister::Job> FtpSource::StartReading(const RowStyle &style
 
 void FtpSource::Listed(const FolderLister::Job &job)
 {
-    if (!job.problem.empty())
+    if (!job.problem.empty()) {
         platform::Alerts::Go({"Connect Failed", job.problem, {"OK"}, B_WARNING_ALERT});
+        return;
+    }
+    // Only a typed path is entered by its whole path (a row, by its name).
+    // The server stayed where it was when CWD failed: said once, not again
+    // each time the folder is listed.
+    const bool typed = fStep.step == FtpRequest::Step::Enter && fStep.name.starts_with('/');
+    if (!typed || std::exchange(fReached->told, true) || fStep.name == fStep.base
+        || !fReached->done || fReached->folder != fStep.base)
+        return;
+    platform::Alerts::Go(PathRefusal("The server did not enter \"" + fStep.name
+                                     + "\": there is no such folder, or it may not be entered. "
+                                       "The pane stays in "
+                                     + fStep.base + "."));
 }
 
 void FtpSource::Follow(QObject *context,

@@ -51,6 +51,8 @@ public:
     std::shared_ptr<FolderLister::Job> StartReading(const RowStyle &style,
                                                     QObject *context,
                                                     FolderLister::Done done) const override;
+    // A connection that failed, or a typed path the server did not enter,
+    // is told in an alert.
     void Listed(const FolderLister::Job &job) override;
     // The conversation's log lines and its changes of status.
     void Follow(QObject *context,
@@ -91,6 +93,8 @@ private:
     {
         bool done = false;
         std::string folder;
+        // The first listing told what came of a typed path.
+        bool told = false;
     };
 
     std::unique_ptr<PaneSource> Next(FtpRequest step) const;

@@ -176,11 +176,20 @@ TEST_F(FtpPaneVsftpd, ThePathFieldReachesSessionsAndPathsOnTheSameServer)
     EXPECT_EQ(LogCount("USER anonymous"), 1);
     EXPECT_TRUE(fAlerts.Shown().empty());
 
+    // A folder the server has not: it stays where it was, and says so once.
+    ASSERT_TRUE(Listed([&] { type("gone"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload() + "/sub");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_F2); }));
     type("~/x");
     type("ftp://localhost:" + std::to_string(fServer.Port()) + "/");
-    ASSERT_EQ(fAlerts.Count(), 2u);
-    EXPECT_EQ(fAlerts.Shown()[0].text.rfind("This pane shows a folder on an FTP server", 0), 0u);
-    EXPECT_EQ(fAlerts.Shown()[1].text,
+    ASSERT_EQ(fAlerts.Count(), 3u);
+    EXPECT_EQ(fAlerts.Shown()[0].text,
+              "The server did not enter \"" + Upload()
+                  + "/sub/gone\": there is no such folder, or it may not be entered. The pane "
+                    "stays in "
+                  + Upload() + "/sub.");
+    EXPECT_EQ(fAlerts.Shown()[1].text.rfind("This pane shows a folder on an FTP server", 0), 0u);
+    EXPECT_EQ(fAlerts.Shown()[2].text,
               "\"localhost\" is another server than this pane's. Open its session with Ftp "
               "Connections.");
     EXPECT_TRUE(pane.PathEdit()->isVisible());

@@ -118,39 +118,41 @@ void DirPane::GoToDir(const std::string &path)
     fList->GoToDir(path);
 }
 
+void DirPane::MakePathField()
+{
+    fPathField = new PathField(this);
+    fJump = new PathJump([this]() -> const PaneSource & { return fList->Source(); },
+                         [this](std::unique_ptr<PaneSource> place,
+                                const std::string &select,
+                                bool fresh) {
+                             if (fresh)
+                                 Follow(std::move(place), select);
+                             else
+                                 fList->Show(std::move(place), [this] { SetPath(); });
+                         },
+                         this);
+    connect(fPathField, &PathField::Accepted, this, [this](const QString &text) {
+        fJump->Go(text.toStdString());
+    });
+    connect(fPathField, &PathField::Cancelled, this, [this] {
+        fJump->Cancel();
+        EndEditPath();
+    });
+    connect(fJump, &PathJump::Went, this, [this] { EndEditPath(); });
+    connect(fJump,
+            &PathJump::Missing,
+            this,
+            [this](const QString &path, int from, const QString &problem) {
+                fPathField->MarkMissing(path, from, problem);
+                fFooter->SetText(problem.toStdString());
+            });
+    connect(fPathField, &PathField::Unmarked, this, [this] { fFooter->SetText(fList->GetFiles()); });
+}
+
 void DirPane::EditPath()
 {
-    if (fPathField == nullptr) {
-        fPathField = new PathField(this);
-        fJump = new PathJump([this]() -> const PaneSource & { return fList->Source(); },
-                             [this](std::unique_ptr<PaneSource> place,
-                                    const std::string &select,
-                                    bool fresh) {
-                                 if (fresh)
-                                     Follow(std::move(place), select);
-                                 else
-                                     fList->Show(std::move(place), [this] { SetPath(); });
-                             },
-                             this);
-        connect(fPathField, &PathField::Accepted, this, [this](const QString &text) {
-            fJump->Go(text.toStdString());
-        });
-        connect(fPathField, &PathField::Cancelled, this, [this] {
-            fJump->Cancel();
-            EndEditPath();
-        });
-        connect(fJump, &PathJump::Went, this, [this] { EndEditPath(); });
-        connect(fJump,
-                &PathJump::Missing,
-                this,
-                [this](const QString &path, int from, const QString &problem) {
-                    fPathField->MarkMissing(path, from, problem);
-                    fFooter->SetText(problem.toStdString());
-                });
-        connect(fPathField, &PathField::Unmarked, this, [this] {
-            fFooter->SetText(fList->GetFiles());
-        });
-    }
+    if (fPathField == nullptr)
+        MakePathField();
     const PaneSource &place = fList->Source();
     Layout();
     // Folder names of this computer are no help on a server.

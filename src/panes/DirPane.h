@@ -95,6 +95,7 @@ private:
     void FocusList();
     // Shows a place that has more to tell than its rows (a server's log).
     void Follow(std::unique_ptr<PaneSource> place, const std::string &select = {});
+    void MakePathField();
     void EndEditPath();
 
     KsHeader *fHeader;

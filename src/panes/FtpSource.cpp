@@ -192,8 +192,8 @@ void FtpSource::Listed(const FolderLister::Job &job)
     // The server stayed where it was when CWD failed: said once, not again
     // each time the folder is listed.
     const bool typed = fStep.step == FtpRequest::Step::Enter && fStep.name.starts_with('/');
-    if (!typed || std::exchange(fReached->told, true) || fStep.name == fStep.base
-        || !fReached->done || fReached->folder != fStep.base)
+    if (!typed || std::exchange(fReached->told, true) || fStep.name == fStep.base || !fReached->done
+        || fReached->folder != fStep.base)
         return;
     platform::Alerts::Go(PathRefusal("The server did not enter \"" + fStep.name
                                      + "\": there is no such folder, or it may not be entered. "
@@ -276,8 +276,7 @@ std::unique_ptr<PaneSource> FtpSource::TypedPath(const std::string &typed,
     }
     if (!path.startsWith('/'))
         path = QString::fromStdString(RemoteFolder()) + '/' + path;
-    return Next(
-        FtpRequest::Of(FtpRequest::Step::Enter, {}, QDir::cleanPath(path).toStdString()));
+    return Next(FtpRequest::Of(FtpRequest::Step::Enter, {}, QDir::cleanPath(path).toStdString()));
 }
 
 TransferPlace FtpSource::Place() const

@@ -41,6 +41,7 @@ constexpr std::array kCodes{
     kMsgOpenFtpSession,
     kCmdDisconnectFtp,
     kMsgOpenArchive,
+    kCmdGoToPath,
 };
 
 } // namespace
@@ -76,6 +77,9 @@ bool FocusedPaneCommands::ForPane(platform::Message &message, DirPane &pane)
         return true;
     case kCmdDisconnectFtp:
         pane.Disconnect();
+        return true;
+    case kCmdGoToPath:
+        pane.EditPath();
         return true;
     case kMsgOpenArchive:
         if (message.FindString("session", &text) == B_OK)

@@ -24,6 +24,7 @@ public:
     int32_t Mode() const override;
     const std::string &Folder() const override { return fFolder; }
     std::string HeaderText() const override;
+    std::string PathText() const override { return HeaderText(); }
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
     void Listed(const FolderLister::Job &job) override;

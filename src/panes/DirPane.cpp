@@ -8,6 +8,8 @@
 #include "panes/KsFtr.h"
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
+#include "panes/PathField.h"
+#include "panes/PathJump.h"
 #include "panes/PaneMessages.h"
 #include "panes/SavedPlace.h"
 #include "platform/NodeMonitor.h"
@@ -48,7 +50,7 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
     fLog->hide();
     fHeader->setVisible(fShowHeader);
     fFooter->setVisible(fShowFooter);
-    connect(fHeader, &KsHeader::Clicked, this, [this] { FocusList(); });
+    connect(fHeader, &KsHeader::Clicked, this, [this] { EditPath(); });
     connect(fFooter, &KsFtr::Clicked, this, [this] { FocusList(); });
     connect(fList, &DirView::FocusChanged, this, [this](bool focused) { MakeFocus(focused); });
     setFocusProxy(fList);
@@ -116,6 +118,59 @@ void DirPane::GoToDir(const std::string &path)
     fList->GoToDir(path);
 }
 
+void DirPane::MakePathField()
+{
+    fPathField = new PathField(this);
+    fJump = new PathJump([this]() -> const PaneSource & { return fList->Source(); },
+                         [this](std::unique_ptr<PaneSource> place,
+                                const std::string &select,
+                                bool fresh) {
+                             if (fresh)
+                                 Follow(std::move(place), select);
+                             else
+                                 fList->Show(std::move(place), [this] { SetPath(); });
+                         },
+                         this);
+    connect(fPathField, &PathField::Accepted, this, [this](const QString &text) {
+        fJump->Go(text.toStdString());
+    });
+    connect(fPathField, &PathField::Cancelled, this, [this] {
+        fJump->Cancel();
+        EndEditPath();
+    });
+    connect(fJump, &PathJump::Went, this, [this] { EndEditPath(); });
+    connect(fJump,
+            &PathJump::Missing,
+            this,
+            [this](const QString &path, int from, const QString &problem) {
+                fPathField->MarkMissing(path, from, problem);
+                fFooter->SetText(problem.toStdString());
+            });
+    connect(fPathField, &PathField::Unmarked, this, [this] { fFooter->SetText(fList->GetFiles()); });
+}
+
+void DirPane::EditPath()
+{
+    if (fPathField == nullptr)
+        MakePathField();
+    const PaneSource &place = fList->Source();
+    Layout();
+    // Folder names of this computer are no help on a server.
+    fPathField->Begin(QString::fromStdString(place.PathText()),
+                      PathJump::StartOf(place),
+                      !place.IsRemote());
+}
+
+void DirPane::EndEditPath()
+{
+    if (fPathField == nullptr || fPathField->isHidden())
+        return;
+    // Hidden first: the focus it loses then is no cancel.
+    fPathField->hide();
+    FocusList();
+    SetPath();
+}
+
 void DirPane::DoZip(const std::string &archive)
 {
     // An archive that cannot be read leads back to the folder (its
@@ -136,7 +191,7 @@ void DirPane::Restore(const std::string &saved)
     Follow(SavedPlace::Read(saved, fList->Source().Folder()));
 }
 
-void DirPane::Follow(std::unique_ptr<PaneSource> place)
+void DirPane::Follow(std::unique_ptr<PaneSource> place, const std::string &select)
 {
     place->Follow(
         this,
@@ -147,7 +202,11 @@ void DirPane::Follow(std::unique_ptr<PaneSource> place)
         },
         [this] { SetPath(); });
     fList->Clear();
-    fList->Show(std::move(place), [this] { SetPath(); });
+    fList->Show(std::move(place), [this, select] {
+        SetPath();
+        if (!select.empty())
+            fList->SelectByName(select);
+    });
     SetPath();
 }
 
@@ -235,6 +294,8 @@ void DirPane::Layout()
     const int top = fShowHeader ? fHeader->sizeHint().height() : 0;
     const int footer = fShowFooter ? fFooter->sizeHint().height() : 0;
     fHeader->setGeometry(0, 0, width, top);
+    if (fPathField != nullptr)
+        fPathField->setGeometry(0, 0, width, std::max(top, fHeader->sizeHint().height()));
     fFooter->setGeometry(0, height - footer, width, footer);
     const int log = fLog->isHidden() ? 0
                                      : std::min(kLogHeight, std::max(0, height - top - footer) / 3);

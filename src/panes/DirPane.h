@@ -17,6 +17,8 @@ class StatusLog;
 class KsFtr;
 class KsHeader;
 class KsTree;
+class PathField;
+class PathJump;
 
 // One pane of the main window: the header with the path, the list (and, when
 // asked, the folder tree on its left), and the footer with the summary or the
@@ -40,6 +42,9 @@ public:
     KsHeader *Header() const { return fHeader; }
     KsFtr *Footer() const { return fFooter; }
     KsTree *Tree() const { return fTree; }
+    // The header made editable (Ctrl+L, a click on the header); null until
+    // first asked for.
+    PathField *PathEdit() const { return fPathField; }
 
     // Header and footer show the list's place (its path, or the query) and
     // its summary.
@@ -53,6 +58,9 @@ public:
     bool GotFocus() const;
 
     void GoToDir(const std::string &path);
+    // Turns the header into a field with the place's path; Return goes where
+    // the text leads, Escape leaves everything as it was.
+    void EditPath();
     // Shows the contents of an archive, keeping the pane's folder to return
     // to; when the archive cannot be read the folder is listed again.
     void DoZip(const std::string &archive);
@@ -86,13 +94,17 @@ private:
     void Layout();
     void FocusList();
     // Shows a place that has more to tell than its rows (a server's log).
-    void Follow(std::unique_ptr<PaneSource> place);
+    void Follow(std::unique_ptr<PaneSource> place, const std::string &select = {});
+    void MakePathField();
+    void EndEditPath();
 
     KsHeader *fHeader;
     DirView *fList;
     KsFtr *fFooter;
     StatusLog *fLog;
     KsTree *fTree = nullptr;
+    PathField *fPathField = nullptr;
+    PathJump *fJump = nullptr;
     QWidget *fTreeContainer = nullptr;
     bool fShowHeader = true;
     bool fShowFooter = true;

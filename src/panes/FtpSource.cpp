@@ -9,7 +9,10 @@
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
 
+#include <QDir>
 #include <QPointer>
+#include <QUrl>
+#include <utility>
 
 namespace kestrin {
 
@@ -79,6 +82,11 @@ bool ConfirmNotEmpty(const std::string &)
                                  {"Cancel", "Delete"},
                                  B_STOP_ALERT})
            == 1;
+}
+
+platform::Alert PathRefusal(const std::string &text)
+{
+    return {"Go to Path", text, {"OK"}, B_WARNING_ALERT};
 }
 
 } // namespace
@@ -176,8 +184,21 @@ std::shared_ptr<FolderLister::Job> FtpSource::StartReading(const RowStyle &style
 
 void FtpSource::Listed(const FolderLister::Job &job)
 {
-    if (!job.problem.empty())
+    if (!job.problem.empty()) {
         platform::Alerts::Go({"Connect Failed", job.problem, {"OK"}, B_WARNING_ALERT});
+        return;
+    }
+    // Only a typed path is entered by its whole path (a row, by its name).
+    // The server stayed where it was when CWD failed: said once, not again
+    // each time the folder is listed.
+    const bool typed = fStep.step == FtpRequest::Step::Enter && fStep.name.starts_with('/');
+    if (!typed || std::exchange(fReached->told, true) || fStep.name == fStep.base || !fReached->done
+        || fReached->folder != fStep.base)
+        return;
+    platform::Alerts::Go(PathRefusal("The server did not enter \"" + fStep.name
+                                     + "\": there is no such folder, or it may not be entered. "
+                                       "The pane stays in "
+                                     + fStep.base + "."));
 }
 
 void FtpSource::Follow(QObject *context,
@@ -226,6 +247,36 @@ Opening FtpSource::Open(const DirListItem &row) const
     if (row.IsFolder())
         opening.place = Next(FtpRequest::Of(FtpRequest::Step::Enter, {}, row.Name()));
     return opening;
+}
+
+std::unique_ptr<PaneSource> FtpSource::TypedPath(const std::string &typed,
+                                                 std::optional<platform::Alert> *refusal) const
+{
+    const QString text = QString::fromStdString(typed).trimmed().section('\n', 0, 0).trimmed();
+    if (text.isEmpty())
+        return nullptr;
+    const FtpSession &session = fConversation->Session();
+    QString path = text;
+    if (text.startsWith("ftp://", Qt::CaseInsensitive)) {
+        const QUrl url(text);
+        if (url.host().toStdString() != session.host
+            || unsigned(url.port(int(session.PortNumber()))) != session.PortNumber()) {
+            *refusal = PathRefusal("\"" + url.host().toStdString()
+                                   + "\" is another server than this pane's. Open its session "
+                                     "with Ftp Connections.");
+            return nullptr;
+        }
+        path = url.path().isEmpty() ? "/" : url.path();
+    } else if (text.startsWith('~') || text.startsWith('$') || text.contains("://")
+               || text.startsWith("file:")) {
+        *refusal = PathRefusal("This pane shows a folder on an FTP server: only a path on the "
+                               "server can be gone to here. Disconnect the pane first to go to a "
+                               "folder of this computer.");
+        return nullptr;
+    }
+    if (!path.startsWith('/'))
+        path = QString::fromStdString(RemoteFolder()) + '/' + path;
+    return Next(FtpRequest::Of(FtpRequest::Step::Enter, {}, QDir::cleanPath(path).toStdString()));
 }
 
 TransferPlace FtpSource::Place() const

@@ -40,11 +40,19 @@ public:
     // That the connection goes in clear where the server refused TLS.
     std::string HeaderNote() const override;
     std::string SavedPlace() const override;
+    // The remote folder: a path typed in its place is one on the same server.
+    std::string PathText() const override { return RemoteFolder(); }
+    // An absolute or relative remote path, or an ftp:// address on the
+    // session's server; a local path or another server is refused.
+    std::unique_ptr<PaneSource> TypedPath(const std::string &typed,
+                                          std::optional<platform::Alert> *refusal) const override;
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
     std::shared_ptr<FolderLister::Job> StartReading(const RowStyle &style,
                                                     QObject *context,
                                                     FolderLister::Done done) const override;
+    // A connection that failed, or a typed path the server did not enter,
+    // is told in an alert.
     void Listed(const FolderLister::Job &job) override;
     // The conversation's log lines and its changes of status.
     void Follow(QObject *context,
@@ -85,6 +93,8 @@ private:
     {
         bool done = false;
         std::string folder;
+        // The first listing told what came of a typed path.
+        bool told = false;
     };
 
     std::unique_ptr<PaneSource> Next(FtpRequest step) const;

@@ -8,8 +8,8 @@
 namespace kestrin {
 
 // The bar above a pane's list that shows its path, raised with a bevel, in
-// the focus colour while the pane is the active one. A click on it gives the
-// pane the focus (the pane connects to Clicked).
+// the focus colour while the pane is the active one. A click on it makes it
+// the pane's path field (the pane connects to Clicked).
 //
 // GUI thread only.
 class KsHeader : public QWidget

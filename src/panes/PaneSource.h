@@ -61,6 +61,17 @@ public:
     virtual std::string HeaderNote() const { return {}; }
     // What the profile keeps to show this place again.
     virtual std::string SavedPlace() const { return Folder(); }
+    // What the path field offers to edit: text that, typed, leads back here.
+    virtual std::string PathText() const { return Folder(); }
+    // A path typed into the path field that the place reads itself (a
+    // folder on its server): the place it leads to, or, in `refusal`, why
+    // the pane cannot go there. Null without a refusal: a path of this
+    // computer, for TypedPlace to read.
+    virtual std::unique_ptr<PaneSource> TypedPath(const std::string &,
+                                                  std::optional<platform::Alert> *) const
+    {
+        return nullptr;
+    }
 
     // What reads the place on a worker.
     virtual FolderLister::Reader Reader(const RowStyle &style) const = 0;

@@ -14,8 +14,10 @@
 #include "ftp/FtpSession.h"
 #include "panes/DirPane.h"
 #include "panes/KsHeader.h"
+#include "panes/PathField.h"
 #include "widgets/StatusLog.h"
 
+#include <QApplication>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -140,6 +142,61 @@ TEST_F(FtpPaneVsftpd, ConnectsBrowsesAndListsAgainOnOneConnection)
     EXPECT_EQ(list.Mode(), kestrin::kModeFolder);
     EXPECT_EQ(Header(), Local());
     EXPECT_FALSE(pane.Log()->isVisible());
+}
+
+// The path field: a stored session's name connects; on the server it holds
+// the remote folder, and a path on the same server (relative, absolute or an
+// ftp:// address) is entered; a local path or another server is refused
+// with the reason, the field kept open.
+TEST_F(FtpPaneVsftpd, ThePathFieldReachesSessionsAndPathsOnTheSameServer)
+{
+    DirPane &pane = Open();
+    QApplication::setActiveWindow(&pane);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&pane));
+    const auto type = [&](const std::string &text) {
+        pane.EditPath();
+        EXPECT_TRUE(WaitFor([&] { return QApplication::focusWidget() == pane.PathEdit(); }));
+        QTest::keyClicks(pane.PathEdit(), QString::fromStdString(text));
+        QTest::keyClick(pane.PathEdit(), Qt::Key_Return);
+    };
+    ASSERT_TRUE(Listed([&] { type("site"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload());
+    ASSERT_TRUE(Listed([&] { type("sub"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload() + "/sub");
+    EXPECT_EQ(RowNames(*pane.List()), (std::vector<std::string>{"..", "inner.txt"}));
+    // A step on the same conversation: its log is followed once.
+    EXPECT_EQ(LogCount("CWD " + Upload() + "/sub\n"), 1);
+    pane.EditPath();
+    EXPECT_EQ(pane.PathEdit()->text().toStdString(), Upload() + "/sub");
+    ASSERT_TRUE(Listed([&] { type(Upload()); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload());
+    const std::string address = "ftp://127.0.0.1:" + std::to_string(fServer.Port());
+    ASSERT_TRUE(Listed([&] { type(address + Upload() + "/sub/"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload() + "/sub");
+    EXPECT_EQ(LogCount("USER anonymous"), 1);
+    EXPECT_TRUE(fAlerts.Shown().empty());
+
+    // A folder the server has not: it stays where it was, and says so once.
+    ASSERT_TRUE(Listed([&] { type("gone"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload() + "/sub");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_F2); }));
+    type("~/x");
+    type("ftp://localhost:" + std::to_string(fServer.Port()) + "/");
+    ASSERT_EQ(fAlerts.Count(), 3u);
+    EXPECT_EQ(fAlerts.Shown()[0].text,
+              "The server did not enter \"" + Upload()
+                  + "/sub/gone\": there is no such folder, or it may not be entered. The pane "
+                    "stays in "
+                  + Upload() + "/sub.");
+    EXPECT_EQ(fAlerts.Shown()[1].text.rfind("This pane shows a folder on an FTP server", 0), 0u);
+    EXPECT_EQ(fAlerts.Shown()[2].text,
+              "\"localhost\" is another server than this pane's. Open its session with Ftp "
+              "Connections.");
+    EXPECT_TRUE(pane.PathEdit()->isVisible());
+    QTest::keyClick(pane.PathEdit(), Qt::Key_Escape);
+    EXPECT_FALSE(pane.PathEdit()->isVisible());
+    EXPECT_EQ(Header(), "ftp: " + Upload() + "/sub");
+    EXPECT_FALSE(pane.List()->IsListing());
 }
 
 // A server without TLS: a session that would use it goes on in clear, and

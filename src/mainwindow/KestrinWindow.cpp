@@ -14,6 +14,7 @@
 #include "mainwindow/AddOns.h"
 #include "mainwindow/FirstPaint.h"
 #include "mainwindow/FocusedPaneCommands.h"
+#include "mainwindow/PlaceCommands.h"
 #include "mainwindow/MainMenus.h"
 #include "mainwindow/ViewFromServer.h"
 #include "mainwindow/WindowMessages.h"
@@ -373,6 +374,7 @@ void KestrinWindow::SaveSettings()
         WriteNumber(key + "_Mode", list->GetSortMode());
         Write(key + "_Type", fPanes[i]->Tree() != nullptr ? "1" : "0");
     }
+    PlaceCommands::SaveHistories(fPanes);
     if (!fPanes.empty()) {
         for (int column = 1; column <= 4; column++)
             WriteNumber("Column" + std::to_string(column),
@@ -591,7 +593,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
             FocusPane(fPanes[index], Qt::ShortcutFocusReason);
         return;
     }
-    if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this))
+    if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this)
+        || PlaceCommands::Handle(message, GetFocusedPane(), this))
         return;
     DirPane *pane = GetFocusedPane();
     DirView *list = pane != nullptr ? pane->List() : nullptr;

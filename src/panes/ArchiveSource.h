@@ -24,6 +24,8 @@ public:
     int32_t Mode() const override;
     const std::string &Folder() const override { return fFolder; }
     std::string HeaderText() const override;
+    // The archive and the folder inside it (SavedPlace::ArchivePlace).
+    std::string RecalledPlace() const override;
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
     void Listed(const FolderLister::Job &job) override;

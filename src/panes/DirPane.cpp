@@ -1,6 +1,7 @@
 #include "panes/DirPane.h"
 
 #include "app/PaneSettings.h"
+#include "app/SideFile.h"
 #include "ftp/FtpMessages.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
@@ -25,6 +26,14 @@ namespace {
 constexpr int kTreeScrollBar = 14;
 // The log view of a pane on a server, below its list.
 constexpr int kLogHeight = 90;
+// Kestrin's own file, and the prefix of the history's keys in it.
+constexpr char kExtras[] = "Kestrin.extras";
+constexpr char kHistoryKey[] = "History";
+
+std::string HistoryKey(const QObject &pane)
+{
+    return kHistoryKey + pane.objectName().toStdString();
+}
 
 } // namespace
 
@@ -51,6 +60,10 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
     connect(fHeader, &KsHeader::Clicked, this, [this] { FocusList(); });
     connect(fFooter, &KsFtr::Clicked, this, [this] { FocusList(); });
     connect(fList, &DirView::FocusChanged, this, [this](bool focused) { MakeFocus(focused); });
+    connect(&fList->Model(), &PaneModel::ListingFinished, this, [this] {
+        if (fList->Model().LastOpenStatus() == B_OK)
+            fHistory.Visit(fList->Source().RecalledPlace());
+    });
     setFocusProxy(fList);
 }
 
@@ -133,7 +146,40 @@ void DirPane::DoFtp(const std::string &sessionFile)
 
 void DirPane::Restore(const std::string &saved)
 {
+    const SideFile file = SideFile::Read(kExtras);
+    fHistory.Load(file, HistoryKey(*this));
+    // The session's recent places are one list for the panes of a window:
+    // the first pane reads it, the others share it.
+    std::shared_ptr<RecentPlaces> session;
+    for (const DirPane *other : parentWidget() != nullptr
+                                    ? parentWidget()->findChildren<DirPane *>(Qt::FindDirectChildrenOnly)
+                                    : QList<DirPane *>()) {
+        if (other != this && other->fHistory.Session())
+            session = other->fHistory.Session();
+    }
+    if (!session) {
+        session = std::make_shared<RecentPlaces>();
+        session->Load(file, std::string(kHistoryKey) + "Session");
+    }
+    fHistory.ShareSession(std::move(session));
     Follow(SavedPlace::Read(saved, fList->Source().Folder()));
+}
+
+void DirPane::GoToPlace(const std::string &recalled)
+{
+    Follow(SavedPlace::Recall(recalled, fList->Source()));
+}
+
+void DirPane::SaveHistory(SideFile &file) const
+{
+    fHistory.Save(file, HistoryKey(*this));
+    if (fHistory.Session())
+        fHistory.Session()->Save(file, std::string(kHistoryKey) + "Session");
+}
+
+void DirPane::Notice(const std::string &text)
+{
+    fFooter->SetText(text);
 }
 
 void DirPane::Follow(std::unique_ptr<PaneSource> place)

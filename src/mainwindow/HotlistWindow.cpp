@@ -35,7 +35,11 @@ HotlistWindow *HotlistWindow::Open(QWidget *parent)
     if (window == nullptr) {
         window = new HotlistWindow(parent);
         window->setAttribute(Qt::WA_DeleteOnClose);
-        PlaceOnScreen(window, QRect(QPoint(), window->sizeHint()), parent);
+        // Over the middle of the main window, wide enough for a long path.
+        QRect wanted(QPoint(), window->sizeHint().expandedTo(QSize(480, 300)));
+        if (parent != nullptr)
+            wanted.moveCenter(parent->geometry().center());
+        PlaceOnScreen(window, wanted, parent);
     }
     window->show();
     window->raise();

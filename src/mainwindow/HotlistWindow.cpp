@@ -93,7 +93,8 @@ HotlistWindow::HotlistWindow(QWidget *parent)
     connect(fUp, &QPushButton::clicked, this, [this] { MoveCurrent(-1); });
     connect(fDown, &QPushButton::clicked, this, [this] { MoveCurrent(1); });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    WindowConventions::Apply(this, {.firstField = fList, .defaultButton = close, .cancelButton = close});
+    WindowConventions::Apply(this,
+                             {.firstField = fList, .defaultButton = close, .cancelButton = close});
     Fill();
 }
 
@@ -123,7 +124,8 @@ void HotlistWindow::Keep()
     Hotlist hotlist;
     hotlist.SetEntries(entries);
     if (!hotlist.Write())
-        platform::Alerts::Go({"Hotlist", "The hotlist could not be saved.", {"OK"}, B_WARNING_ALERT});
+        platform::Alerts::Go(
+            {"Hotlist", "The hotlist could not be saved.", {"OK"}, B_WARNING_ALERT});
 }
 
 void HotlistWindow::RenameCurrent()

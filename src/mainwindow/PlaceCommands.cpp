@@ -20,6 +20,8 @@ namespace kestrin {
 namespace {
 
 constexpr char kExtras[] = "Kestrin.extras";
+// The keys of the panes' histories begin so (DirPane::HistoryKey).
+constexpr char kPaneHistories[] = "HistoryPane";
 // The hotlist's menu numbers its first entries, for a key each.
 constexpr size_t kNumbered = 9;
 
@@ -85,6 +87,12 @@ void PlaceCommands::SaveHistories(const std::vector<DirPane *> &panes)
 {
     // Read again just before writing: the file holds other features' keys.
     SideFile file = SideFile::Read(kExtras);
+    // A pane removed takes its history with it; a pane added later starts
+    // afresh.
+    for (const std::string &key : file.Keys()) {
+        if (key.starts_with(kPaneHistories))
+            file.SetAll(key, {});
+    }
     for (const DirPane *pane : panes)
         pane->SaveHistory(file);
     file.Write();
@@ -122,9 +130,12 @@ void PlaceCommands::ShowRecent(DirPane &pane, QWidget *window)
     const size_t ofPane = listed.size();
     if (pane.History().Session()) {
         const std::vector<std::string> &session = pane.History().Session()->Places();
-        if (std::any_of(session.begin(), session.end(), [&listed](const std::string &place) {
-                return std::find(listed.begin(), listed.end(), place) == listed.end();
-            }) && ofPane > 1)
+        if (std::any_of(session.begin(),
+                        session.end(),
+                        [&listed](const std::string &place) {
+                            return std::find(listed.begin(), listed.end(), place) == listed.end();
+                        })
+            && ofPane > 1)
             menu->addSeparator();
         for (const std::string &place : session)
             addNew(place);
@@ -173,7 +184,8 @@ void PlaceCommands::AddToHotlist(DirPane &pane)
         return;
     }
     if (!hotlist.Write()) {
-        platform::Alerts::Go({"Hotlist", "The hotlist could not be saved.", {"OK"}, B_WARNING_ALERT});
+        platform::Alerts::Go(
+            {"Hotlist", "The hotlist could not be saved.", {"OK"}, B_WARNING_ALERT});
         return;
     }
     pane.Notice("Added to the hotlist: " + title);
@@ -187,7 +199,10 @@ QMenu *PlaceCommands::PopUp(QWidget *window)
     return menu;
 }
 
-void PlaceCommands::AddPlace(QMenu &menu, DirPane &pane, const QString &text, const std::string &place)
+void PlaceCommands::AddPlace(QMenu &menu,
+                             DirPane &pane,
+                             const QString &text,
+                             const std::string &place)
 {
     QAction *action = menu.addAction(text);
     action->setToolTip(QString::fromStdString(SavedPlace::Title(place)));

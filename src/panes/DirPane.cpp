@@ -17,6 +17,7 @@
 
 #include <QResizeEvent>
 #include <QVBoxLayout>
+#include <cctype>
 
 namespace kestrin {
 
@@ -30,9 +31,13 @@ constexpr int kLogHeight = 90;
 constexpr char kExtras[] = "Kestrin.extras";
 constexpr char kHistoryKey[] = "History";
 
-std::string HistoryKey(const QObject &pane)
+// "HistoryPane1" for the pane named "pane1".
+std::string KeyOf(const QObject &pane)
 {
-    return kHistoryKey + pane.objectName().toStdString();
+    std::string name = pane.objectName().toStdString();
+    if (!name.empty())
+        name[0] = char(std::toupper(static_cast<unsigned char>(name[0])));
+    return kHistoryKey + name;
 }
 
 } // namespace
@@ -147,13 +152,15 @@ void DirPane::DoFtp(const std::string &sessionFile)
 void DirPane::Restore(const std::string &saved)
 {
     const SideFile file = SideFile::Read(kExtras);
-    fHistory.Load(file, HistoryKey(*this));
+    fHistory.Load(file, HistoryKey());
     // The session's recent places are one list for the panes of a window:
     // the first pane reads it, the others share it.
     std::shared_ptr<RecentPlaces> session;
-    for (const DirPane *other : parentWidget() != nullptr
-                                    ? parentWidget()->findChildren<DirPane *>(Qt::FindDirectChildrenOnly)
-                                    : QList<DirPane *>()) {
+    const QList<DirPane *> panes = parentWidget() != nullptr
+                                       ? parentWidget()->findChildren<DirPane *>(
+                                           Qt::FindDirectChildrenOnly)
+                                       : QList<DirPane *>();
+    for (const DirPane *other : panes) {
         if (other != this && other->fHistory.Session())
             session = other->fHistory.Session();
     }
@@ -170,9 +177,14 @@ void DirPane::GoToPlace(const std::string &recalled)
     Follow(SavedPlace::Recall(recalled, fList->Source()));
 }
 
+std::string DirPane::HistoryKey() const
+{
+    return KeyOf(*this);
+}
+
 void DirPane::SaveHistory(SideFile &file) const
 {
-    fHistory.Save(file, HistoryKey(*this));
+    fHistory.Save(file, HistoryKey());
     if (fHistory.Session())
         fHistory.Session()->Save(file, std::string(kHistoryKey) + "Session");
 }

@@ -70,8 +70,10 @@ public:
     PlaceHistory &History() { return fHistory; }
     // Shows a place of the history or the hotlist (PaneSource::RecalledPlace).
     void GoToPlace(const std::string &recalled);
-    // Keeps the history under the pane's object name in `file`.
+    // Keeps the history under the pane's key (made of its object name) and
+    // keys beginning with it in `file`.
     void SaveHistory(SideFile &file) const;
+    std::string HistoryKey() const;
     // A short word to the user in the footer, until the footer has news of
     // its own: that there is nothing to go back to, say.
     void Notice(const std::string &text);

@@ -1,7 +1,7 @@
 #include "panes/PlaceHistory.h"
 
-#include "app/SideFile.h"
 #include "app/NumberText.h"
+#include "app/SideFile.h"
 
 #include <algorithm>
 
@@ -61,7 +61,8 @@ void PlaceHistory::Load(const SideFile &file, const std::string &key)
     if (fPlaces.size() > fMost)
         fPlaces.erase(fPlaces.begin(), fPlaces.end() - std::ptrdiff_t(fMost));
     const long at = kestrin::atoi(file.Get(key + "At").c_str());
-    fCurrent = fPlaces.empty() ? 0 : size_t(std::clamp<long>(long(at), 0, long(fPlaces.size()) - 1));
+    fCurrent = fPlaces.empty() ? 0
+                               : size_t(std::clamp<long>(long(at), 0, long(fPlaces.size()) - 1));
     fRecent.Load(file, key + "Recent");
 }
 

@@ -36,10 +36,7 @@ std::unique_ptr<PaneSource> ArchiveFolder(const std::string &text)
     // Up a level from its top leads to the archive's own folder.
     const std::string folder = platform::ParentPath(archive);
     return std::make_unique<ArchiveSource>(
-        archive,
-        folder,
-        [folder] { return std::make_unique<FolderSource>(folder); },
-        inside);
+        archive, folder, [folder] { return std::make_unique<FolderSource>(folder); }, inside);
 }
 
 } // namespace

@@ -225,5 +225,6 @@ TEST_F(FtpPanesTest, BackAndForwardOnAServerKeepTheConnection)
     EXPECT_EQ(conversation(), nullptr);
     keyTo(Qt::Key_Right, "ftp: " + Upload());
     keyTo(Qt::Key_Right, "ftp: " + Upload() + "/inner");
-    EXPECT_TRUE(WaitFor([&] { return List(0)->FindItem("down.txt") < 0 && List(0)->CountItems() > 0; }));
+    EXPECT_TRUE(
+        WaitFor([&] { return List(0)->FindItem("down.txt") < 0 && List(0)->CountItems() > 0; }));
 }

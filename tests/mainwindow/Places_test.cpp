@@ -97,19 +97,24 @@ TEST_F(PlacesTest, BackForwardAndRecentPlacesByKeysWithTheListFocused)
     QMenu *menu = PopUp();
     ASSERT_NE(menu, nullptr);
     EXPECT_EQ(Items(*menu),
-              (std::vector<std::string>{Home(), Home() + "/a", archive, archive + "/docs/", "--", Home() + "/c"}));
+              (std::vector<std::string>{
+                  Home(), Home() + "/a", archive, archive + "/docs/", "--", Home() + "/c"}));
     QTest::keyClick(menu, Qt::Key_Up);
     QTest::keyClick(menu, Qt::Key_Return);
     EXPECT_TRUE(WaitFor([&] { return Header(0) == Home() + "/c"; }));
 
-    // Kept between runs.
+    // Kept between runs; the history of a pane that is gone goes too.
+    kestrin::SideFile extras = kestrin::SideFile::Read("Kestrin.extras");
+    extras.SetAll("HistoryPane7", {Home()});
+    ASSERT_TRUE(extras.Write());
     fKestrin->Window()->close();
     fKestrin.reset();
     Start();
     KeyTo(0, Qt::Key_Left, Qt::AltModifier, Home() + "/b");
     KeyTo(0, Qt::Key_Left, Qt::AltModifier, Home());
-    EXPECT_EQ(kestrin::SideFile::Read("Kestrin.extras").GetAll("Historypane2"),
+    EXPECT_EQ(kestrin::SideFile::Read("Kestrin.extras").GetAll("HistoryPane2"),
               (std::vector<std::string>{Home(), Home() + "/c"}));
+    EXPECT_TRUE(kestrin::SideFile::Read("Kestrin.extras").GetAll("HistoryPane7").empty());
 }
 
 TEST_F(PlacesTest, HotlistAddChooseByNumberEditAndBookmarks)
@@ -132,7 +137,8 @@ TEST_F(PlacesTest, HotlistAddChooseByNumberEditAndBookmarks)
     QTest::keyClick(List(0), Qt::Key_B, Qt::ControlModifier);
     QMenu *menu = PopUp();
     ASSERT_NE(menu, nullptr);
-    EXPECT_EQ(Items(*menu), (std::vector<std::string>{"&1  " + Home(), "&2  " + Home() + "/a", "--", "Mine"}));
+    EXPECT_EQ(Items(*menu),
+              (std::vector<std::string>{"&1  " + Home(), "&2  " + Home() + "/a", "--", "Mine"}));
     QTest::keyClick(menu, Qt::Key_1);
     EXPECT_TRUE(WaitFor([&] { return Header(0) == Home() && !List(0)->IsListing(); }));
     AfterPopUp();
@@ -164,14 +170,16 @@ TEST_F(PlacesTest, HotlistAddChooseByNumberEditAndBookmarks)
     QTest::keyClicks(editor, "Work");
     QTest::keyClick(editor, Qt::Key_Return);
     // The field hands its text over once the key's event has ended.
-    ASSERT_TRUE(WaitFor([&] { return entries->currentItem()->text() == "Work" && entries->hasFocus(); }));
+    ASSERT_TRUE(
+        WaitFor([&] { return entries->currentItem()->text() == "Work" && entries->hasFocus(); }));
     QTest::keyClick(entries, Qt::Key_Up, Qt::ControlModifier);
     QTest::keyClick(entries, Qt::Key_Down);
     QTest::keyClick(entries, Qt::Key_Delete);
     const std::vector<kestrin::HotlistEntry> kept = {{"Work", Home() + "/a"}};
     EXPECT_EQ(kestrin::Hotlist::Read().Entries(), kept);
     QTest::keyClick(entries, Qt::Key_Escape);
-    EXPECT_TRUE(WaitFor([&] { return fKestrin->Window()->findChild<QListWidget *>("HotlistEntries") == nullptr; }));
+    EXPECT_TRUE(WaitFor(
+        [&] { return fKestrin->Window()->findChild<QListWidget *>("HotlistEntries") == nullptr; }));
 }
 
 TEST_F(PlacesTest, QueryResultsSayWhyTheyAreNotKept)

@@ -3,8 +3,8 @@
 #include "panes/Hotlist.h"
 #include "support/TempHome.h"
 
-#include <gtest/gtest.h>
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -39,7 +39,8 @@ TEST(HotlistTest, EntriesKeptInTheSideFileBesideOtherKeys)
                                                 {"tab in name", "Work\t/pub"},
                                                 {"/srv", "/srv"}};
     EXPECT_EQ(Hotlist::Read().Entries(), expected);
-    EXPECT_EQ(SideFile::Read("Kestrin.extras").GetAll("HistoryPane1"), std::vector<std::string>{"/a"});
+    EXPECT_EQ(SideFile::Read("Kestrin.extras").GetAll("HistoryPane1"),
+              std::vector<std::string>{"/a"});
 
     hotlist.SetEntries({{"Server", "Work\t/pub"}, {"Projects", "/home/u/Projects"}});
     ASSERT_TRUE(hotlist.Write());
@@ -91,9 +92,12 @@ TEST(DesktopBookmarksTest, KdeXbel)
                                 "<metadata owner=\"http://www.kde.org\"><ID>1/0</ID>"
                                 "<isSystemItem>true</isSystemItem></metadata></info>";
     const std::vector<Row> rows = {
-        {"title", bookmark("file:///home/u", "<title>Home</title>" + kdeInfo), {{"Home", "/home/u"}}},
+        {"title",
+         bookmark("file:///home/u", "<title>Home</title>" + kdeInfo),
+         {{"Home", "/home/u"}}},
         {"no title", bookmark("file:///home/u/Work", ""), {{"Work", "/home/u/Work"}}},
-        {"encoded", bookmark("file:///home/u/My%20Files", "<title>Mine &amp; more</title>"),
+        {"encoded",
+         bookmark("file:///home/u/My%20Files", "<title>Mine &amp; more</title>"),
          {{"Mine & more", "/home/u/My Files"}}},
         {"hidden",
          bookmark("file:///home/u/Old",
@@ -101,8 +105,8 @@ TEST(DesktopBookmarksTest, KdeXbel)
                   "<IsHidden>true</IsHidden></metadata></info>"),
          {}},
         {"not files",
-         bookmark("remote:/", "<title>Network</title>") + bookmark("trash:/", "<title>Trash</title>")
-             + bookmark("timeline:/today", ""),
+         bookmark("remote:/", "<title>Network</title>")
+             + bookmark("trash:/", "<title>Trash</title>") + bookmark("timeline:/today", ""),
          {}},
         {"in a folder, then another",
          "<folder><title>Group</title>" + bookmark("file:///a", "<title>A</title>") + "</folder>"
@@ -110,9 +114,10 @@ TEST(DesktopBookmarksTest, KdeXbel)
          {{"A", "/a"}, {"B", "/b"}}},
     };
     for (const Row &row : rows) {
-        const std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xbel>\n"
-                                 "<xbel xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\">\n"
-                                 + row.bookmarks + "</xbel>\n";
+        const std::string text
+            = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE xbel>\n"
+              "<xbel xmlns:bookmark=\"http://www.freedesktop.org/standards/desktop-bookmarks\">\n"
+              + row.bookmarks + "</xbel>\n";
         EXPECT_EQ(DesktopBookmarks::FromXbel(text), row.expected) << row.name;
     }
     // A file cut short keeps what came before the cut.

@@ -37,10 +37,7 @@ TEST(PlaceHistoryTest, BackForwardAndANewPlaceAfterGoingBack)
 {
     const std::vector<Walk> walks = {
         {"nothing to go back or forward to", {{"<", ""}, {">", ""}}, {}, 0},
-        {"one place has no other",
-         {{"+/a", ""}, {"<", ""}, {">", ""}},
-         {"/a"},
-         0},
+        {"one place has no other", {{"+/a", ""}, {"<", ""}, {">", ""}}, {"/a"}, 0},
         {"back and forward again",
          {{"+/a", ""}, {"+/b", ""}, {"+/c", ""}, {"<", "/b"}, {"<", "/a"}, {"<", ""}, {">", "/b"}},
          {"/a", "/b", "/c"},
@@ -54,13 +51,17 @@ TEST(PlaceHistoryTest, BackForwardAndANewPlaceAfterGoingBack)
          {"/a", "/b"},
          1},
         {"a new place after going back drops the places ahead",
-         {{"+/a", ""}, {"+/b", ""}, {"+/c", ""}, {"<", "/b"}, {"+/b", ""}, {"<", "/a"}, {"+/d", ""}, {">", ""}},
+         {{"+/a", ""},
+          {"+/b", ""},
+          {"+/c", ""},
+          {"<", "/b"},
+          {"+/b", ""},
+          {"<", "/a"},
+          {"+/d", ""},
+          {">", ""}},
          {"/a", "/d"},
          1},
-        {"query results are not kept",
-         {{"+/a", ""}, {"+", ""}, {"+/b", ""}},
-         {"/a", "/b"},
-         1},
+        {"query results are not kept", {{"+/a", ""}, {"+", ""}, {"+/b", ""}}, {"/a", "/b"}, 1},
     };
     for (const Walk &walk : walks) {
         SCOPED_TRACE(walk.name);
@@ -82,16 +83,6 @@ TEST(PlaceHistoryTest, BackForwardAndANewPlaceAfterGoingBack)
         EXPECT_EQ(history.Places(), walk.places);
         EXPECT_EQ(history.Current(), walk.current);
     }
-}
-
-TEST(PlaceHistoryTest, BackFromQueryResultsReturnsToThePlaceBeforeThem)
-{
-    PlaceHistory history;
-    history.Visit("/a");
-    history.Visit("/b");
-    // The pane shows query results, which the history does not keep.
-    EXPECT_EQ(history.Back(""), "/b");
-    EXPECT_EQ(history.Back("/b"), "/a");
 }
 
 TEST(PlaceHistoryTest, BoundedAndRecentNewestFirstWithoutRepeats)

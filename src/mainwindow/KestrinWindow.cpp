@@ -15,6 +15,7 @@
 #include "mainwindow/FirstPaint.h"
 #include "mainwindow/FocusedPaneCommands.h"
 #include "mainwindow/MainMenus.h"
+#include "mainwindow/PlaceCommands.h"
 #include "mainwindow/ViewFromServer.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/DirListItem.h"
@@ -375,6 +376,7 @@ void KestrinWindow::SaveSettings()
         WriteNumber(key + "_Mode", list->GetSortMode());
         Write(key + "_Type", fPanes[i]->Tree() != nullptr ? "1" : "0");
     }
+    PlaceCommands::SaveHistories(fPanes);
     if (!fPanes.empty()) {
         for (int column = 1; column <= 4; column++)
             WriteNumber("Column" + std::to_string(column),
@@ -593,7 +595,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
             FocusPane(fPanes[index], Qt::ShortcutFocusReason);
         return;
     }
-    if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this))
+    if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this)
+        || PlaceCommands::Handle(message, GetFocusedPane(), this))
         return;
     DirPane *pane = GetFocusedPane();
     DirView *list = pane != nullptr ? pane->List() : nullptr;

@@ -4,6 +4,7 @@
 #include "fileops/FileOpsMessages.h"
 #include "panes/DirListItem.h"
 #include "panes/PaneMessages.h"
+#include "panes/SavedPlace.h"
 #include "platform/Alerts.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
@@ -89,6 +90,11 @@ int32_t ArchiveSource::Mode() const
 std::string ArchiveSource::HeaderText() const
 {
     return fSubPath.empty() ? fArchive : fArchive + "/" + fSubPath;
+}
+
+std::string ArchiveSource::RecalledPlace() const
+{
+    return kestrin::SavedPlace::ArchivePlace(fArchive, fSubPath);
 }
 
 FolderLister::Reader ArchiveSource::Reader(const RowStyle &style) const

@@ -25,6 +25,8 @@ public:
     const std::string &Folder() const override { return fFolder; }
     std::string HeaderText() const override;
     std::string PathText() const override { return HeaderText(); }
+    // The archive and the folder inside it (SavedPlace::ArchivePlace).
+    std::string RecalledPlace() const override;
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
     void Listed(const FolderLister::Job &job) override;

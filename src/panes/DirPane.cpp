@@ -1,6 +1,7 @@
 #include "panes/DirPane.h"
 
 #include "app/PaneSettings.h"
+#include "app/SideFile.h"
 #include "ftp/FtpMessages.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
@@ -18,6 +19,7 @@
 
 #include <QResizeEvent>
 #include <QVBoxLayout>
+#include <cctype>
 
 namespace kestrin {
 
@@ -27,6 +29,18 @@ namespace {
 constexpr int kTreeScrollBar = 14;
 // The log view of a pane on a server, below its list.
 constexpr int kLogHeight = 90;
+// Kestrin's own file, and the prefix of the history's keys in it.
+constexpr char kExtras[] = "Kestrin.extras";
+constexpr char kHistoryKey[] = "History";
+
+// "HistoryPane1" for the pane named "pane1".
+std::string KeyOf(const QObject &pane)
+{
+    std::string name = pane.objectName().toStdString();
+    if (!name.empty())
+        name[0] = char(std::toupper(static_cast<unsigned char>(name[0])));
+    return kHistoryKey + name;
+}
 
 } // namespace
 
@@ -53,6 +67,10 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
     connect(fHeader, &KsHeader::Clicked, this, [this] { EditPath(); });
     connect(fFooter, &KsFtr::Clicked, this, [this] { FocusList(); });
     connect(fList, &DirView::FocusChanged, this, [this](bool focused) { MakeFocus(focused); });
+    connect(&fList->Model(), &PaneModel::ListingFinished, this, [this] {
+        if (fList->Model().LastOpenStatus() == B_OK)
+            fHistory.Visit(fList->Source().RecalledPlace());
+    });
     setFocusProxy(fList);
 }
 
@@ -188,7 +206,47 @@ void DirPane::DoFtp(const std::string &sessionFile)
 
 void DirPane::Restore(const std::string &saved)
 {
+    const SideFile file = SideFile::Read(kExtras);
+    fHistory.Load(file, HistoryKey());
+    // The session's recent places are one list for the panes of a window:
+    // the first pane reads it, the others share it.
+    std::shared_ptr<RecentPlaces> session;
+    const QList<DirPane *> panes = parentWidget() != nullptr
+                                       ? parentWidget()->findChildren<DirPane *>(
+                                           Qt::FindDirectChildrenOnly)
+                                       : QList<DirPane *>();
+    for (const DirPane *other : panes) {
+        if (other != this && other->fHistory.Session())
+            session = other->fHistory.Session();
+    }
+    if (!session) {
+        session = std::make_shared<RecentPlaces>();
+        session->Load(file, std::string(kHistoryKey) + "Session");
+    }
+    fHistory.ShareSession(std::move(session));
     Follow(SavedPlace::Read(saved, fList->Source().Folder()));
+}
+
+void DirPane::GoToPlace(const std::string &recalled)
+{
+    Follow(SavedPlace::Recall(recalled, fList->Source()));
+}
+
+std::string DirPane::HistoryKey() const
+{
+    return KeyOf(*this);
+}
+
+void DirPane::SaveHistory(SideFile &file) const
+{
+    fHistory.Save(file, HistoryKey());
+    if (fHistory.Session())
+        fHistory.Session()->Save(file, std::string(kHistoryKey) + "Session");
+}
+
+void DirPane::Notice(const std::string &text)
+{
+    fFooter->SetText(text);
 }
 
 void DirPane::Follow(std::unique_ptr<PaneSource> place, const std::string &select)

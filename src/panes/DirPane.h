@@ -1,5 +1,6 @@
 #pragma once
 
+#include "panes/PlaceHistory.h"
 #include "platform/Handler.h"
 #include "widgets/RgbColor.h"
 
@@ -19,6 +20,7 @@ class KsHeader;
 class KsTree;
 class PathField;
 class PathJump;
+class SideFile;
 
 // One pane of the main window: the header with the path, the list (and, when
 // asked, the folder tree on its left), and the footer with the summary or the
@@ -69,8 +71,20 @@ public:
     // conversation.
     void DoFtp(const std::string &sessionFile);
     // Shows the place the profile kept for the pane (a folder's path, or a
-    // server's session by its name).
+    // server's session by its name), and takes up the history kept under the
+    // pane's object name.
     void Restore(const std::string &saved);
+    // The places the pane showed; each place it lists joins it.
+    PlaceHistory &History() { return fHistory; }
+    // Shows a place of the history or the hotlist (PaneSource::RecalledPlace).
+    void GoToPlace(const std::string &recalled);
+    // Keeps the history under the pane's key (made of its object name) and
+    // keys beginning with it in `file`.
+    void SaveHistory(SideFile &file) const;
+    std::string HistoryKey() const;
+    // A short word to the user in the footer, until the footer has news of
+    // its own: that there is nothing to go back to, say.
+    void Notice(const std::string &text);
     // Back from a server to the local folder of its session, else to the
     // folder the pane stood in.
     void Disconnect();
@@ -108,6 +122,7 @@ private:
     QWidget *fTreeContainer = nullptr;
     bool fShowHeader = true;
     bool fShowFooter = true;
+    PlaceHistory fHistory;
 };
 
 } // namespace kestrin

@@ -5,6 +5,7 @@
 #include "ftp/FtpTls.h"
 #include "panes/DirListItem.h"
 #include "panes/PaneMessages.h"
+#include "panes/SavedPlace.h"
 #include "platform/Alerts.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
@@ -111,8 +112,17 @@ std::unique_ptr<PaneSource> FtpSource::Connect(const std::string &sessionFile,
 std::unique_ptr<PaneSource> FtpSource::FromSaved(const std::string &saved,
                                                 const std::string &localFolder)
 {
-    const std::string sessionFile = FtpSession::FileOfSavedPlace(saved);
-    return sessionFile.empty() ? nullptr : Connect(sessionFile, localFolder);
+    const auto [session, remoteFolder] = kestrin::SavedPlace::ServerParts(saved);
+    const std::string sessionFile = FtpSession::FileOfSavedPlace(session);
+    if (sessionFile.empty())
+        return nullptr;
+    if (remoteFolder.empty())
+        return Connect(sessionFile, localFolder);
+    // Logged in, the conversation goes straight to the folder kept.
+    return std::make_unique<FtpSource>(std::make_shared<FtpConversation>(
+                                           FtpSession::Read(sessionFile)),
+                                       localFolder,
+                                       FtpRequest::Of(FtpRequest::Step::Stay, remoteFolder));
 }
 
 int32_t FtpSource::Mode() const
@@ -140,6 +150,21 @@ std::string FtpSource::HeaderNote() const
 std::string FtpSource::SavedPlace() const
 {
     return fConversation->Session().name;
+}
+
+std::string FtpSource::RecalledPlace() const
+{
+    return kestrin::SavedPlace::ServerPlace(SavedPlace(), RemoteFolder());
+}
+
+std::unique_ptr<PaneSource> FtpSource::Recall(const std::string &recalled) const
+{
+    const auto [session, remoteFolder] = kestrin::SavedPlace::ServerParts(recalled);
+    if (session != SavedPlace() || remoteFolder.empty() || remoteFolder[0] != '/')
+        return nullptr;
+    return std::make_unique<FtpSource>(fConversation,
+                                       fLocalFolder,
+                                       FtpRequest::Of(FtpRequest::Step::Stay, remoteFolder));
 }
 
 FolderLister::Reader FtpSource::Reader(const RowStyle &) const

@@ -29,7 +29,8 @@ public:
     static std::unique_ptr<PaneSource> Connect(const std::string &sessionFile,
                                                const std::string &localFolder);
     // The place a profile's saved text names when it is a stored session's
-    // name (SavedPlace); null for anything else.
+    // name (SavedPlace), or such a name with a remote folder
+    // (RecalledPlace); null for anything else.
     static std::unique_ptr<PaneSource> FromSaved(const std::string &saved,
                                                  const std::string &localFolder);
 
@@ -46,6 +47,10 @@ public:
     // session's server; a local path or another server is refused.
     std::unique_ptr<PaneSource> TypedPath(const std::string &typed,
                                           std::optional<platform::Alert> *refusal) const override;
+    // The session and its remote folder (SavedPlace::ServerPlace).
+    std::string RecalledPlace() const override;
+    // A folder of the same session, through this conversation.
+    std::unique_ptr<PaneSource> Recall(const std::string &recalled) const override;
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
     std::shared_ptr<FolderLister::Job> StartReading(const RowStyle &style,

@@ -72,6 +72,15 @@ public:
     {
         return nullptr;
     }
+    // What the history and the hotlist keep to show this place again: what
+    // the profile keeps, or more where that says less than the pane shows
+    // (a folder inside an archive, a server's folder); empty for a place
+    // that cannot be shown again (query results). SavedPlace::Read reads it.
+    virtual std::string RecalledPlace() const { return SavedPlace(); }
+    // The place `recalled` (a RecalledPlace) reached from this one where
+    // that is better than making it anew: a server's folder through the
+    // connection already open. Null otherwise.
+    virtual std::unique_ptr<PaneSource> Recall(const std::string &) const { return nullptr; }
 
     // What reads the place on a worker.
     virtual FolderLister::Reader Reader(const RowStyle &style) const = 0;

@@ -17,6 +17,9 @@ public:
     int32_t Mode() const override;
     const std::string &Folder() const override { return fFolder; }
     std::string HeaderText() const override { return fQueryText; }
+    // The results of a walk are not kept: going back to them would walk
+    // again.
+    std::string RecalledPlace() const override { return {}; }
 
     FolderLister::Reader Reader(const RowStyle &style) const override;
 

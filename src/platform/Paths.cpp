@@ -103,6 +103,9 @@ status_t FindDirectory(DirectoryWhich which, std::string *path, bool create)
     case DirectoryWhich::Icons:
         result = PrefixFolder("share/icons/hicolor", KESTRIN_BUILD_ICONS_DIR);
         break;
+    case DirectoryWhich::UserData:
+        known = XdgDir("XDG_DATA_HOME", "/.local/share", &result);
+        break;
     case DirectoryWhich::Transfers:
         // On the home disk rather than /tmp, which is often a small tmpfs:
         // an archive unpacked on its way to a server can be big.

@@ -17,6 +17,7 @@ enum class DirectoryWhich {
     Help,         // <prefix>/share/kestrin/help when installed, else docs/help of the source tree
     Icons,        // <prefix>/share/icons/hicolor when installed, else the source tree's
     Transfers,    // $XDG_CACHE_HOME/kestrin/transfers, else ~/.cache/...: work folders of transfers
+    UserData,     // $XDG_DATA_HOME, else ~/.local/share (where desktops keep their places)
 };
 
 // B_ENTRY_NOT_FOUND when the environment names no such folder (no HOME). With

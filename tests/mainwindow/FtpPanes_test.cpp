@@ -9,6 +9,7 @@
 #include "ftp/FtpSession.h"
 #include "mainwindow/ViewFromServer.h"
 #include "mainwindow/WindowMessages.h"
+#include "panes/FtpSource.h"
 #include "panes/KsHeader.h"
 #include "support/TestArchives.h"
 #include "viewer/TextPager.h"
@@ -194,4 +195,36 @@ TEST_F(FtpPanesTest, PackingAndUnpackingIntoAServerPaneLandOnTheServer)
     const fs::path work = fHome.TransferWork();
     EXPECT_TRUE(!fs::exists(work) || fs::is_empty(work));
     ASSERT_TRUE(WaitFor([&] { return List(1)->FindItem("up.txt.zip") > 0; }));
+}
+
+// Back and Forward on a server go through the pane's connection while it
+// lasts, and make one anew, straight to the folder kept, after the pane has
+// left the server.
+TEST_F(FtpPanesTest, BackAndForwardOnAServerKeepTheConnection)
+{
+    fs::create_directories(Upload() + "/inner");
+    StartOnServer(0);
+    const auto conversation = [&]() -> const kestrin::FtpConversation * {
+        const auto *server = dynamic_cast<const kestrin::FtpSource *>(&List(0)->Source());
+        return server != nullptr ? &server->Conversation() : nullptr;
+    };
+    const auto keyTo = [&](Qt::Key key, const std::string &header) {
+        QTest::keyClick(List(0), key, Qt::AltModifier);
+        EXPECT_TRUE(WaitFor([&] { return Header(0) == header && !List(0)->IsListing(); }))
+            << Header(0) << " instead of " << header;
+    };
+    ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("inner") > 0; }));
+    const kestrin::FtpConversation *first = conversation();
+    SelectIn(0, "inner");
+    QTest::keyClick(List(0), Qt::Key_Return);
+    ASSERT_TRUE(WaitFor([&] { return Header(0) == "ftp: " + Upload() + "/inner"; }));
+
+    keyTo(Qt::Key_Left, "ftp: " + Upload());
+    EXPECT_EQ(conversation(), first);
+    keyTo(Qt::Key_Left, Local());
+    EXPECT_EQ(conversation(), nullptr);
+    keyTo(Qt::Key_Right, "ftp: " + Upload());
+    keyTo(Qt::Key_Right, "ftp: " + Upload() + "/inner");
+    EXPECT_TRUE(
+        WaitFor([&] { return List(0)->FindItem("down.txt") < 0 && List(0)->CountItems() > 0; }));
 }

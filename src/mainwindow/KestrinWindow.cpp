@@ -14,6 +14,7 @@
 #include "mainwindow/AddOns.h"
 #include "mainwindow/FirstPaint.h"
 #include "mainwindow/FocusedPaneCommands.h"
+#include "mainwindow/MarkCommands.h"
 #include "mainwindow/MainMenus.h"
 #include "mainwindow/ViewFromServer.h"
 #include "mainwindow/WindowMessages.h"
@@ -592,6 +593,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         return;
     }
     if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this))
+        return;
+    if (MarkCommands::Handle(message, GetFocusedPane(), OtherPane(GetFocusedPane()), this, this))
         return;
     DirPane *pane = GetFocusedPane();
     DirView *list = pane != nullptr ? pane->List() : nullptr;

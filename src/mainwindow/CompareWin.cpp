@@ -1,6 +1,5 @@
 #include "mainwindow/CompareWin.h"
 
-#include "panes/DirListItem.h"
 #include "widgets/PlaceOnScreen.h"
 #include "widgets/StatusBar.h"
 #include "widgets/WindowConventions.h"
@@ -26,17 +25,19 @@ CompareWin::CompareWin(const QRect &frame,
                        Done done)
     : QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
     , fProgress(std::make_shared<ContentComparison::Progress>())
-    , fFileCount(int32_t(files.size()))
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName("CompareWin");
     setWindowTitle("Compare Folders by Content");
 
     int64_t total = 0;
-    for (const FolderComparison::Entry &file : files)
+    for (const FolderComparison::Entry &file : files) {
         total += file.size;
+        fNames.push_back(file.name);
+    }
     fBar = new StatusBar(this);
     fBar->setObjectName("compareprogress");
+    fBar->SetLabel("Comparing ");
     // The bar counts kilobytes: a float holds them exactly far further
     // than it holds bytes.
     fBar->SetMaxValue(float(std::max<int64_t>(1, total / 1024)));
@@ -84,11 +85,13 @@ CompareWin::~CompareWin()
 
 void CompareWin::ShowProgress()
 {
-    const int32_t files = fProgress->files.load();
+    if (fNames.empty())
+        return;
+    const size_t file = std::min(size_t(fProgress->files.load()), fNames.size() - 1);
     const float kilobytes = float(fProgress->bytes.load() / 1024);
     fBar->Update(kilobytes - fBar->CurrentValue(),
-                 QString("Comparing file %1 of %2").arg(std::min(files + 1, fFileCount)).arg(fFileCount),
-                 QString::fromStdString(DirListItem::SizeTextFor(fProgress->bytes.load())));
+                 QString::fromStdString(fNames[file]),
+                 QString("%1 of %2").arg(file + 1).arg(fNames.size()));
 }
 
 } // namespace kestrin

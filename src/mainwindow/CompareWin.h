@@ -44,7 +44,7 @@ private:
     QPushButton *fCancel;     // child of this window
     QTimer *fTimer;           // child of this window
     std::shared_ptr<ContentComparison::Progress> fProgress;
-    int32_t fFileCount;
+    std::vector<std::string> fNames; // of the files, in the order they are read
     platform::Background::Task fTask;
 };
 

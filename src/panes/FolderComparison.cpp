@@ -1,10 +1,16 @@
 #include "panes/FolderComparison.h"
 
+#include <cstdlib>
 #include <unordered_map>
 
 namespace kestrin {
 
 namespace {
+
+// Zip archives (and FAT volumes) keep times in steps of two seconds, so a
+// file packed at 10:00:01 reads back as 10:00:00: times a second apart are
+// taken as the same, as rsync's --modify-window=1 does.
+constexpr time_t kTimeWindow = 1;
 
 std::unordered_map<std::string, const FolderComparison::Entry *> ByName(
     const std::vector<FolderComparison::Entry> &entries)
@@ -27,7 +33,8 @@ bool FolderComparison::Differ(const Entry &left, const Entry &right, By by)
     if (left.size != right.size)
         return true;
     const bool timesKnown = left.modified != 0 && right.modified != 0;
-    return by == By::SizeAndTime && timesKnown && left.modified != right.modified;
+    return by == By::SizeAndTime && timesKnown
+           && std::abs(left.modified - right.modified) > kTimeWindow;
 }
 
 FolderComparison::Result FolderComparison::Compare(const std::vector<Entry> &left,

@@ -13,8 +13,9 @@ namespace kestrin {
 // An entry is marked where its name is only on its own side, or where the
 // two sides hold different things under the name: a folder and a file, or
 // two files that differ in size or, when both sides know it, in modification
-// time to the second (servers and archives keep no finer times; a server
-// that sends no exact time leaves the size alone to decide). Folders on both
+// time by more than a second (servers and archives keep no finer times, zip
+// archives only even seconds; a server that sends no exact time leaves the
+// size alone to decide). Folders on both
 // sides are not looked into. Names are compared byte for byte.
 //
 // By content, times do not count: files of the same size on both sides are

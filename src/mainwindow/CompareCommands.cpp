@@ -57,6 +57,7 @@ void CompareCommands::Compare(DirPane *focused,
     const std::string rightFolder = right.CurrentPath();
     QRect frame(0, 0, kProgressWidth, 0);
     frame.moveCenter(window->geometry().center());
+    // Owned by the main window, and by itself once closed.
     new CompareWin(frame,
                    leftFolder,
                    rightFolder,
@@ -71,7 +72,8 @@ void CompareCommands::Compare(DirPane *focused,
                        MarkToo(leftPane->Model(), differing);
                        MarkToo(rightPane->Model(), differing);
                        SayWhenSame(leftPane->Model(), rightPane->Model());
-                   });
+                   },
+                   window);
 }
 
 std::string CompareCommands::Refusal(const DirPane *focused,

@@ -22,8 +22,9 @@ CompareWin::CompareWin(const QRect &frame,
                        const std::string &leftFolder,
                        const std::string &rightFolder,
                        std::vector<FolderComparison::Entry> files,
-                       Done done)
-    : QWidget(nullptr, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
+                       Done done,
+                       QWidget *parent)
+    : QWidget(parent, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
     , fProgress(std::make_shared<ContentComparison::Progress>())
 {
     setAttribute(Qt::WA_DeleteOnClose);

@@ -21,8 +21,8 @@ class StatusBar;
 // bytes to read. Cancel (or Escape) stops the worker and drops its answer;
 // otherwise `done` gets the names that differ, and the window closes.
 //
-// Create it with new; it owns itself from then on (it deletes itself when
-// closed). GUI thread only.
+// Create it with new: a window of its own that deletes itself when closed,
+// or goes with `parent` (the main window). GUI thread only.
 class CompareWin : public QWidget
 {
     Q_OBJECT
@@ -34,7 +34,8 @@ public:
                const std::string &leftFolder,
                const std::string &rightFolder,
                std::vector<FolderComparison::Entry> files,
-               Done done);
+               Done done,
+               QWidget *parent);
     ~CompareWin() override;
 
 private:

@@ -3,6 +3,7 @@
 #include "widgets/RgbColor.h"
 #include "widgets/WindowConventions.h"
 
+#include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
@@ -106,6 +107,21 @@ GetTextWin::GetTextWin(const QRect &frame,
 
 GetTextWin::~GetTextWin() = default;
 
+void GetTextWin::AddCheckBox(const QString &label, bool checked)
+{
+    fCheck = new QCheckBox(label, this);
+    fCheck->setObjectName("Check1");
+    fCheck->setChecked(checked);
+    const int top = fText->geometry().bottom() + 1 + kGap;
+    const int height = fCheck->sizeHint().height();
+    fCheck->setGeometry(kMargin, top, width() - 2 * kMargin, height);
+    // The buttons move down under it, and Tab reaches it before them.
+    for (QPushButton *button : findChildren<QPushButton *>())
+        button->move(button->x(), button->y() + height + kGap);
+    setFixedSize(width(), this->height() + height + kGap);
+    setTabOrder(fText, fCheck);
+}
+
 void GetTextWin::MessageReceived(platform::Message &message)
 {
     int8_t button;
@@ -128,6 +144,8 @@ void GetTextWin::MessageReceived(platform::Message &message)
     reply.AddString("title", fTitle.toStdString());
     reply.AddString("text", button == 0 ? fText->text().toStdString() : std::string());
     reply.AddInt8("button", button);
+    if (fCheck != nullptr)
+        reply.AddBool("checked", button == 0 && fCheck->isChecked());
     // The target may answer by closing this window itself.
     const QPointer<GetTextWin> self(this);
     if (fTarget != nullptr)

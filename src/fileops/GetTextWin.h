@@ -6,6 +6,7 @@
 #include <QWidget>
 #include <cstdint>
 
+class QCheckBox;
 class QLineEdit;
 
 namespace kestrin {
@@ -43,11 +44,17 @@ public:
                const QString &button3 = QString());
     ~GetTextWin() override;
 
+    // A check box under the text field; the first button's message then
+    // carries its state as the bool "checked". Call before the prompt is
+    // shown.
+    void AddCheckBox(const QString &label, bool checked);
+
     void MessageReceived(platform::Message &message) override;
 
 private:
     QString fTitle;
     QLineEdit *fText; // child of this window
+    QCheckBox *fCheck = nullptr; // child of this window, when there is one
     platform::Handler *fTarget;
     int32_t fReplyCode;
 };

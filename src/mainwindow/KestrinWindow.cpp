@@ -14,6 +14,7 @@
 #include "mainwindow/AddOns.h"
 #include "mainwindow/FirstPaint.h"
 #include "mainwindow/FocusedPaneCommands.h"
+#include "mainwindow/MarkCommands.h"
 #include "mainwindow/MainMenus.h"
 #include "mainwindow/PlaceCommands.h"
 #include "mainwindow/ViewFromServer.h"
@@ -597,6 +598,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
     }
     if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this)
         || PlaceCommands::Handle(message, GetFocusedPane(), this))
+        return;
+    if (MarkCommands::Handle(message, GetFocusedPane(), OtherPane(GetFocusedPane()), this, this))
         return;
     DirPane *pane = GetFocusedPane();
     DirView *list = pane != nullptr ? pane->List() : nullptr;

@@ -89,6 +89,27 @@ void MarkedList::Unmark(int a, int b)
     Changed();
 }
 
+int MarkedList::SetWhere(const std::function<bool(const DirListItem &)> &picked, bool marked)
+{
+    int changed = 0;
+    for (int i = 0; i < fList.CountItems(); i++) {
+        auto *row = static_cast<DirListItem *>(fList.ItemAt(i));
+        if (row->IsParent() || row->IsMarked() == marked || !picked(*row))
+            continue;
+        row->SetMarked(marked);
+        if (marked)
+            fRows.push_back(row);
+        changed++;
+    }
+    if (changed == 0)
+        return 0;
+    if (!marked)
+        std::erase_if(fRows, [](const DirListItem *row) { return !row->IsMarked(); });
+    fList.InvalidateAll();
+    Changed();
+    return changed;
+}
+
 void MarkedList::Empty()
 {
     if (fRows.empty())

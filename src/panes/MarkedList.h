@@ -34,6 +34,9 @@ public:
     void Mark(int a, int b);
     // Unmarks every marked row from a to b inclusive (either order).
     void Unmark(int a, int b);
+    // Marks (or, with `marked` false, unmarks) every row that `picked`
+    // accepts, the parent row never, as one change. How many rows changed.
+    int SetWhere(const std::function<bool(const DirListItem &)> &picked, bool marked);
     // Clears every mark.
     void Empty();
     // Builds the list again from the rows' flags, last row first.

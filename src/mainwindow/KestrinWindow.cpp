@@ -12,6 +12,7 @@
 #include "fileops/Trash.h"
 #include "ftp/ConWin.h"
 #include "mainwindow/AddOns.h"
+#include "mainwindow/ClipboardCommands.h"
 #include "mainwindow/FirstPaint.h"
 #include "mainwindow/FocusedPaneCommands.h"
 #include "mainwindow/MarkCommands.h"
@@ -532,7 +533,7 @@ CopyWin *KestrinWindow::StartCopyWindow(const TransferPlan &plan)
     return new CopyWin(frame, plan, this);
 }
 
-void KestrinWindow::DoDrag(platform::Message &message)
+bool KestrinWindow::DoDrag(platform::Message &message)
 {
     DirPane *source = GetFocusedPane();
     if (message.what == kMsgDeleteRequest) {
@@ -540,13 +541,13 @@ void KestrinWindow::DoDrag(platform::Message &message)
             const std::string folder = source->List()->CurrentPath();
             StartCopyWindow({"Delete", folder, {{message, folder}}, {}});
         }
-        return;
+        return source != nullptr;
     }
     void *targetView = nullptr;
     DirPane *target = message.FindPointer("Target", &targetView) == B_OK ? PaneOfView(targetView)
                                                                          : OtherPane(source);
     if (target == nullptr)
-        return;
+        return false;
     // What is dropped comes from disk, whichever pane has the focus.
     std::string dragging, from;
     message.FindString("From", &from);
@@ -560,13 +561,14 @@ void KestrinWindow::DoDrag(platform::Message &message)
                                                     target->List()->Source().Place());
     if (plan.Refused()) {
         platform::Alerts::Go(*plan.refusal);
-        return;
+        return false;
     }
     CopyWin *copy = StartCopyWindow(plan);
     for (DirPane *pane : {source, target}) {
         if (pane != nullptr)
             pane->ListAgainAfter(copy);
     }
+    return true;
 }
 
 void KestrinWindow::closeEvent(QCloseEvent *event)
@@ -600,6 +602,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         || PlaceCommands::Handle(message, GetFocusedPane(), this))
         return;
     if (MarkCommands::Handle(message, GetFocusedPane(), OtherPane(GetFocusedPane()), this, this))
+        return;
+    if (ClipboardCommands::Handle(message, *this))
         return;
     DirPane *pane = GetFocusedPane();
     DirView *list = pane != nullptr ? pane->List() : nullptr;

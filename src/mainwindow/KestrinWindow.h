@@ -60,9 +60,10 @@ public:
     void Help(int which);
     void EmptyTrash();
     void DoAboutBox();
-    // A copy, move, link, pack, unpack or delete request of a pane, by key
-    // or by a drop.
-    void DoDrag(platform::Message &message);
+    // A copy, move, link, pack, unpack or delete request of a pane, by key,
+    // by a drop or by a paste: true when its window started, false when
+    // there was no pane to take it or the user was told why not.
+    bool DoDrag(platform::Message &message);
     // Entries handed over as "refs" (started on, handed over by another
     // start or another application, dropped on a viewer); the first one is
     // left shown. The message's kRefsShow says how (see WindowMessages.h).

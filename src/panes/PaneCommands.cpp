@@ -254,9 +254,14 @@ void PaneCommands::SetPermissions(mode_t mode)
 
 std::vector<std::string> PaneCommands::PathsToActOn() const
 {
-    std::vector<std::string> paths;
     if (!fModel.Source().HoldsLocalEntries())
-        return paths;
+        return {};
+    return PathsOfRows();
+}
+
+std::vector<std::string> PaneCommands::PathsOfRows() const
+{
+    std::vector<std::string> paths;
     for (const DirListItem *row : RowsToActOn())
         paths.push_back(fModel.PathOf(row));
     return paths;

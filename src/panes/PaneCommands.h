@@ -69,6 +69,8 @@ public:
     void SetPermissions(mode_t mode);
     // The paths of the marked (or selected) entries of a local place.
     std::vector<std::string> PathsToActOn() const;
+    // The full paths of the marked (or selected) rows, whatever the place.
+    std::vector<std::string> PathsOfRows() const;
     // "refs" of the marked rows, or of the selected one; false for none.
     bool GetRefMsg(platform::Message *message) const;
 

@@ -26,20 +26,8 @@
 
 namespace {
 
-class FilesTest : public KestrinFixture
-{
-protected:
-    void SetUp() override
-    {
-        fs::create_directories(Left());
-        fs::create_directories(Right());
-        Profile("NumPanes", "2");
-        Profile("Pane0", Left());
-        Profile("Pane1", Right());
-    }
-    std::string Left() const { return fHome.Root() + "/left"; }
-    std::string Right() const { return fHome.Root() + "/right"; }
-};
+class FilesTest : public TwoFoldersFixture
+{};
 
 TEST_F(FilesTest, CopyMoveFolderRenameAndTrashByKeys)
 {

@@ -107,3 +107,19 @@ protected:
     platform::LaunchRecorder fLaunches;
     std::unique_ptr<kestrin::KestrinApplication> fKestrin;
 };
+
+// Two panes on the folders "left" and "right" of the temporary home.
+class TwoFoldersFixture : public KestrinFixture
+{
+protected:
+    void SetUp() override
+    {
+        fs::create_directories(Left());
+        fs::create_directories(Right());
+        Profile("NumPanes", "2");
+        Profile("Pane0", Left());
+        Profile("Pane1", Right());
+    }
+    std::string Left() const { return fHome.Root() + "/left"; }
+    std::string Right() const { return fHome.Root() + "/right"; }
+};

@@ -497,6 +497,25 @@ void ColumnListModel::Clear()
     // `old` deletes the rows now that no view refers to them.
 }
 
+ColumnListModel::Rows ColumnListModel::TakeAll()
+{
+    Rows taken;
+    beginResetModel();
+    taken.swap(fItems);
+    fSearchBytes.clear();
+    fStaleFrom = 0;
+    endResetModel();
+    // Flat rows have nothing under them to close: a walk per row would
+    // cost an allocation each on a million rows.
+    for (const std::unique_ptr<CLVListItem> &row : taken) {
+        if (fHierarchical)
+            Release(row.get());
+        else
+            row->fRow = -1;
+    }
+    return taken;
+}
+
 void ColumnListModel::AddUnder(std::unique_ptr<CLVListItem> item, CLVListItem *superitem)
 {
     const int row = superitem->CountSubitems();

@@ -124,6 +124,9 @@ public:
     Rows RemoveItems(std::vector<int> indexes);
     // Deletes every row.
     void MakeEmpty() { Clear(); }
+    // Takes every top-level row out, in order, without deleting them: the
+    // model is reset, as by Clear.
+    Rows TakeAll();
     // A row's look changed (RowsRepaint); -1 for every row.
     void InvalidateItem(int index);
     void InvalidateItem(const CLVListItem *item) { InvalidateItem(IndexOf(item)); }

@@ -1,0 +1,285 @@
+#include "panes/RowFilter.h"
+
+#include "panes/DirListItem.h"
+#include "panes/FolderRows.h"
+#include "panes/MarkedList.h"
+#include "panes/PaneHost.h"
+#include "query/QueryMatcher.h"
+
+#include <QTimer>
+#include <algorithm>
+
+namespace kestrin {
+
+namespace {
+
+// Rows looked at per turn of the event loop: a few milliseconds' work.
+constexpr size_t kRowsPerStep = 65536;
+
+// Letters of either case are the same letter; other bytes (UTF-8 sequences
+// among them) stay as they are.
+void LowerInto(const std::string &text, std::string &into)
+{
+    into.resize(text.size());
+    std::transform(text.begin(), text.end(), into.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+    });
+}
+
+} // namespace
+
+RowFilter::RowFilter(ColumnListModel &list, PaneHost &host, MarkedList &marked)
+    : fList(list)
+    , fHost(host)
+    , fMarked(marked)
+    , fTimer(new QTimer(this))
+{
+    fTimer->setSingleShot(true);
+    fTimer->setInterval(0);
+    connect(fTimer, &QTimer::timeout, this, [this] { Step(); });
+    connect(&fList, &ColumnListModel::RowsMoved, this, [this](const RowShift &shift) {
+        RowsMoved(shift);
+    });
+    connect(&fList,
+            &QAbstractItemModel::layoutChanged,
+            this,
+            [this](const QList<QPersistentModelIndex> &, QAbstractItemModel::LayoutChangeHint hint) {
+                if (hint == QAbstractItemModel::VerticalSortHint)
+                    Resorted();
+            });
+}
+
+RowFilter::~RowFilter() = default;
+
+void RowFilter::SetText(const std::string &text)
+{
+    if (text == fText)
+        return;
+    fText = text;
+    LowerInto(text, fNeedle);
+    fPattern = fNeedle.find_first_of("*?") != std::string::npos;
+    Restart();
+}
+
+void RowFilter::SetShowDotFiles(bool show)
+{
+    if (show == fShowDotFiles)
+        return;
+    fShowDotFiles = show;
+    Restart();
+}
+
+bool RowFilter::Passes(const DirListItem &row) const
+{
+    if (row.IsParent())
+        return true;
+    const std::string &name = row.Name();
+    if (!fShowDotFiles && !name.empty() && name.front() == '.')
+        return false;
+    if (fNeedle.empty())
+        return true;
+    LowerInto(name, fLowered);
+    if (fPattern)
+        return QueryMatcher::MatchesPattern(fLowered, fNeedle);
+    return fLowered.find(fNeedle) != std::string::npos;
+}
+
+void RowFilter::Restart()
+{
+    fPending = true;
+    fDone = 0;
+    fTimer->start();
+}
+
+void RowFilter::Finish()
+{
+    while (fPending)
+        Step();
+}
+
+void RowFilter::Step()
+{
+    if (!fPending)
+        return;
+    const size_t listed = size_t(fList.CountItems());
+    const size_t total = listed + fHidden.size();
+    if (fDone == 0)
+        fPasses.assign(total, 0);
+    const size_t end = std::min(total, fDone + kRowsPerStep);
+    for (; fDone < end; fDone++) {
+        const CLVListItem *row = fDone < listed ? fList.ItemAt(int(fDone))
+                                                : fHidden[fDone - listed].row.get();
+        fPasses[fDone] = Passes(static_cast<const DirListItem &>(*row));
+    }
+    if (fDone < total)
+        fTimer->start();
+    else
+        Apply();
+}
+
+void RowFilter::Apply()
+{
+    fPending = false;
+    fTimer->stop();
+    const CLVListItem *selected = fList.ItemAt(fHost.Selection());
+    fApplying = true;
+    ColumnListModel::Rows listed = fList.TakeAll();
+    std::vector<Hidden> hidden = std::exchange(fHidden, {});
+    fHiddenFiles = {};
+    // The rows in the place's order again, each with its verdict, then
+    // split into the shown and the hidden.
+    ColumnListModel::Rows shown;
+    shown.reserve(listed.size() + hidden.size());
+    bool marks = false;
+    const auto place = [&](std::unique_ptr<CLVListItem> row, bool passes) {
+        marks = marks || static_cast<DirListItem &>(*row).IsMarked();
+        if (passes) {
+            shown.push_back(std::move(row));
+            return;
+        }
+        fHiddenFiles.Add(*row);
+        fHidden.push_back(Hidden{int(shown.size()), std::move(row)});
+    };
+    size_t next = 0;
+    for (size_t i = 0; i <= listed.size(); i++) {
+        for (; next < hidden.size() && size_t(hidden[next].before) <= i; next++)
+            place(std::move(hidden[next].row), fPasses[listed.size() + next] != 0);
+        if (i < listed.size())
+            place(std::move(listed[i]), fPasses[i] != 0);
+    }
+    fPasses = {};
+    fList.AddList(std::move(shown));
+    fApplying = false;
+    if (marks)
+        fMarked.Rebuild();
+    int select = fList.IndexOf(selected);
+    if (select < 0 && fList.CountItems() > 0) {
+        const auto *first = static_cast<const DirListItem *>(fList.ItemAt(0));
+        select = first->IsParent() && fList.CountItems() > 1 ? 1 : 0;
+    }
+    if (select >= 0)
+        fHost.SelectRow(select, true);
+    emit Filtered();
+}
+
+ColumnListModel::Rows RowFilter::Split(ColumnListModel::Rows rows)
+{
+    Forget();
+    ColumnListModel::Rows shown;
+    if (!IsActive())
+        return rows;
+    shown.reserve(rows.size());
+    for (std::unique_ptr<CLVListItem> &row : rows) {
+        if (row == nullptr)
+            continue;
+        if (Passes(static_cast<const DirListItem &>(*row))) {
+            shown.push_back(std::move(row));
+        } else {
+            fHiddenFiles.Add(*row);
+            fHidden.push_back(Hidden{int(shown.size()), std::move(row)});
+        }
+    }
+    return shown;
+}
+
+void RowFilter::Forget()
+{
+    fHidden.clear();
+    fHiddenFiles = {};
+    fPending = false;
+    fTimer->stop();
+}
+
+void RowFilter::ClearText()
+{
+    fText.clear();
+    fNeedle.clear();
+    fPattern = false;
+}
+
+std::unique_ptr<CLVListItem> RowFilter::Take(const CLVListItem *row)
+{
+    const auto found = std::find_if(fHidden.begin(), fHidden.end(), [row](const Hidden &hidden) {
+        return hidden.row.get() == row;
+    });
+    if (found == fHidden.end())
+        return nullptr;
+    std::unique_ptr<CLVListItem> taken = std::move(found->row);
+    fHidden.erase(found);
+    fHiddenFiles.Remove(*taken);
+    if (fPending)
+        Restart();
+    return taken;
+}
+
+bool RowFilter::Precedes(const DirListItem &a, const DirListItem &b) const
+{
+    if (a.IsFolder() != b.IsFolder())
+        return a.IsFolder();
+    if (fList.SortMode() == NoSort)
+        return false;
+    const int order = CompareFunc(&a, &b, fList.SortKey());
+    return fList.SortMode() == Descending ? order > 0 : order < 0;
+}
+
+void RowFilter::Keep(std::unique_ptr<CLVListItem> row)
+{
+    const auto &entry = static_cast<const DirListItem &>(*row);
+    const int before = PlaceOf(entry);
+    // After the hidden rows of a lower place, and among those of the same
+    // place in the sort's order.
+    auto at = std::lower_bound(fHidden.begin(), fHidden.end(), before, [](const Hidden &h, int b) {
+        return h.before < b;
+    });
+    while (at != fHidden.end() && at->before == before
+           && !Precedes(entry, static_cast<const DirListItem &>(*at->row)))
+        ++at;
+    fHiddenFiles.Add(*row);
+    fHidden.insert(at, Hidden{before, std::move(row)});
+    if (fPending)
+        Restart();
+}
+
+int RowFilter::PlaceOf(const DirListItem &row) const
+{
+    return FolderRows::InsertionPoint(fList,
+                                      row,
+                                      FolderRows::FirstFile(fList),
+                                      fList.SortKey(),
+                                      fList.SortMode());
+}
+
+void RowFilter::RowsMoved(const RowShift &shift)
+{
+    if (fApplying)
+        return;
+    for (Hidden &hidden : fHidden)
+        hidden.before = shift.Moved(hidden.before);
+    if (fPending)
+        Restart();
+}
+
+void RowFilter::Resorted()
+{
+    if (fHidden.empty())
+        return;
+    ColumnListModel::Rows rows;
+    rows.reserve(fHidden.size());
+    for (Hidden &hidden : fHidden)
+        rows.push_back(std::move(hidden.row));
+    fHidden.clear();
+    FolderLister::SortRows(rows, fList.SortKey(), fList.SortMode());
+    const int firstFile = FolderRows::FirstFile(fList);
+    for (std::unique_ptr<CLVListItem> &row : rows) {
+        const int before = FolderRows::InsertionPoint(fList,
+                                                      static_cast<const DirListItem &>(*row),
+                                                      firstFile,
+                                                      fList.SortKey(),
+                                                      fList.SortMode());
+        fHidden.push_back(Hidden{before, std::move(row)});
+    }
+    if (fPending)
+        Restart();
+}
+
+} // namespace kestrin

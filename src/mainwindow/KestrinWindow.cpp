@@ -14,6 +14,7 @@
 #include "mainwindow/AddOns.h"
 #include "mainwindow/FirstPaint.h"
 #include "mainwindow/FocusedPaneCommands.h"
+#include "mainwindow/RowViewCommands.h"
 #include "mainwindow/MainMenus.h"
 #include "mainwindow/ViewFromServer.h"
 #include "mainwindow/WindowMessages.h"
@@ -365,6 +366,7 @@ void KestrinWindow::SaveSettings()
     WriteNumber("Height", frame.height());
     Write("bCaseSensitiveSort", GetbCaseSensitiveSort() ? "1" : "0");
     WriteNumber("NumPanes", long(fPanes.size()));
+    RowViewCommands::Save(fPanes);
     for (size_t i = 0; i < fPanes.size(); i++) {
         const std::string key = "Pane" + std::to_string(i);
         const DirView *list = fPanes[i]->List();
@@ -437,6 +439,7 @@ void KestrinWindow::GetSettings()
         for (DirPane *pane : fPanes)
             pane->List()->SetColumnWidth(column, float(kestrin::atoi(value.c_str())));
     }
+    RowViewCommands::Restore(fPanes);
     fSettingsApplied = true;
     GetPreferences();
 }
@@ -591,7 +594,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
             FocusPane(fPanes[index], Qt::ShortcutFocusReason);
         return;
     }
-    if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this))
+    if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this)
+        || RowViewCommands::Handle(message, GetFocusedPane(), fPanes, this))
         return;
     DirPane *pane = GetFocusedPane();
     DirView *list = pane != nullptr ? pane->List() : nullptr;

@@ -9,6 +9,7 @@
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
 #include "panes/PaneMessages.h"
+#include "panes/PaneModel.h"
 #include "panes/SavedPlace.h"
 #include "platform/NodeMonitor.h"
 #include "widgets/RgbColor.h"
@@ -50,6 +51,10 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
     fFooter->setVisible(fShowFooter);
     connect(fHeader, &KsHeader::Clicked, this, [this] { FocusList(); });
     connect(fFooter, &KsFtr::Clicked, this, [this] { FocusList(); });
+    connect(fFooter, &KsFtr::FilterEdited, this, [this](const std::string &text) {
+        Model().Filter().SetText(text);
+    });
+    connect(fFooter, &KsFtr::FilterLeft, this, [this](bool cleared) { FilterLeft(cleared); });
     connect(fList, &DirView::FocusChanged, this, [this](bool focused) { MakeFocus(focused); });
     setFocusProxy(fList);
 }
@@ -76,11 +81,31 @@ void DirPane::FocusList()
     fList->setFocus(Qt::MouseFocusReason);
 }
 
+void DirPane::OpenFilter()
+{
+    fFooter->OpenFilter(Model().Filter().Text());
+    SetFooterVisible(fShowFooter);
+}
+
+void DirPane::FilterLeft(bool cleared)
+{
+    if (cleared)
+        Model().Filter().SetText({});
+    SetFooterVisible(fShowFooter);
+    fList->setFocus(Qt::OtherFocusReason);
+}
+
 void DirPane::SetPath()
 {
     fHeader->SetText(fList->Source().HeaderText());
     fHeader->SetNote(fList->Source().HeaderNote());
-    fFooter->SetText(fList->GetFiles());
+    // A new place drops the filter's text; the field follows.
+    const RowFilter &filter = Model().Filter();
+    fFooter->ShowFilter(filter.Text());
+    if (fFooter->isHidden() == (fShowFooter || fFooter->FilterShown()))
+        SetFooterVisible(fShowFooter);
+    const std::string shown = filter.Summary();
+    fFooter->SetText(shown.empty() ? fList->GetFiles() : shown + ", " + fList->GetFiles());
     if (fLog->isHidden() == fList->Source().IsRemote()) {
         fLog->setVisible(fList->Source().IsRemote());
         Layout();
@@ -97,7 +122,8 @@ void DirPane::SetHeaderVisible(bool visible)
 void DirPane::SetFooterVisible(bool visible)
 {
     fShowFooter = visible;
-    fFooter->setVisible(visible);
+    // A hidden footer still shows while the rows are filtered.
+    fFooter->setVisible(visible || fFooter->FilterShown());
     Layout();
 }
 
@@ -233,7 +259,7 @@ void DirPane::Layout()
     const int width = this->width();
     const int height = this->height();
     const int top = fShowHeader ? fHeader->sizeHint().height() : 0;
-    const int footer = fShowFooter ? fFooter->sizeHint().height() : 0;
+    const int footer = !fFooter->isHidden() ? fFooter->sizeHint().height() : 0;
     fHeader->setGeometry(0, 0, width, top);
     fFooter->setGeometry(0, height - footer, width, footer);
     const int log = fLog->isHidden() ? 0

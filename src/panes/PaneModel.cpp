@@ -236,7 +236,7 @@ void PaneModel::ListingArrived(std::shared_ptr<FolderLister::Job> job)
         fLastOpenedFolder = path;
     fSource->Listed(*job);
     if (job->openStatus == B_OK) {
-        fList.AddList(fFilter.Split(std::move(job->rows)));
+        fFilter.AddListing(std::move(job->rows));
         fRows.Reset(std::move(job->byName), job->files);
     } else {
         StopNodeMonitoring();

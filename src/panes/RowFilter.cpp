@@ -84,6 +84,16 @@ bool RowFilter::Passes(const DirListItem &row) const
     return fLowered.find(fNeedle) != std::string::npos;
 }
 
+std::string RowFilter::Summary() const
+{
+    if (fText.empty())
+        return {};
+    int shown = fList.CountItems();
+    if (shown > 0 && static_cast<const DirListItem *>(fList.ItemAt(0))->IsParent())
+        shown--;
+    return std::to_string(shown) + " of " + std::to_string(shown + CountHidden()) + " shown";
+}
+
 void RowFilter::Restart()
 {
     fPending = true;
@@ -141,12 +151,14 @@ void RowFilter::Apply()
         fHidden.push_back(Hidden{int(shown.size()), std::move(row)});
     };
     size_t next = 0;
-    for (size_t i = 0; i <= listed.size(); i++) {
+    for (size_t i = 0; i < listed.size(); i++) {
         for (; next < hidden.size() && size_t(hidden[next].before) <= i; next++)
             place(std::move(hidden[next].row), fPasses[listed.size() + next] != 0);
-        if (i < listed.size())
-            place(std::move(listed[i]), fPasses[i] != 0);
+        place(std::move(listed[i]), fPasses[i] != 0);
     }
+    // Those after the last shown row.
+    for (; next < hidden.size(); next++)
+        place(std::move(hidden[next].row), fPasses[listed.size() + next] != 0);
     fPasses = {};
     fList.AddList(std::move(shown));
     fApplying = false;
@@ -162,12 +174,14 @@ void RowFilter::Apply()
     emit Filtered();
 }
 
-ColumnListModel::Rows RowFilter::Split(ColumnListModel::Rows rows)
+void RowFilter::AddListing(ColumnListModel::Rows rows)
 {
     Forget();
+    if (!IsActive()) {
+        fList.AddList(std::move(rows));
+        return;
+    }
     ColumnListModel::Rows shown;
-    if (!IsActive())
-        return rows;
     shown.reserve(rows.size());
     for (std::unique_ptr<CLVListItem> &row : rows) {
         if (row == nullptr)
@@ -179,7 +193,10 @@ ColumnListModel::Rows RowFilter::Split(ColumnListModel::Rows rows)
             fHidden.push_back(Hidden{int(shown.size()), std::move(row)});
         }
     }
-    return shown;
+    // The places just given are already those in the list to be.
+    fApplying = true;
+    fList.AddList(std::move(shown));
+    fApplying = false;
 }
 
 void RowFilter::Forget()

@@ -61,10 +61,13 @@ public:
     int CountAll() const { return fList.CountItems() + int(fHidden.size()); }
     int CountHidden() const { return int(fHidden.size()); }
     const FileTotals &HiddenFiles() const { return fHiddenFiles; }
+    // "3 of 120 shown" while there is a text (".." is not counted), else
+    // empty.
+    std::string Summary() const;
 
-    // A new listing's rows: keeps those not shown (forgetting the rows of
-    // the listing before) and hands back the others.
-    ColumnListModel::Rows Split(ColumnListModel::Rows rows);
+    // A new listing's rows: those shown go into the (empty) list, the others
+    // are kept here, in place of the rows of the listing before.
+    void AddListing(ColumnListModel::Rows rows);
     // Deletes the hidden rows (the list is about to be emptied); a change
     // not yet applied is dropped (the next listing is split by it).
     void Forget();

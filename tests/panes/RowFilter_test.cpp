@@ -140,6 +140,9 @@ TEST_F(RowFilterTest, ANewPlaceDropsTheTextButNotTheDotFiles)
     Relist([&] { pane.Refresh(); });
     EXPECT_EQ(pane.Filter().Text(), "y");
     EXPECT_EQ(Names(), (std::vector<std::string>{"..", "y"}));
+    // The rows that a listing held back come back.
+    Filter(pane, "", true);
+    EXPECT_EQ(Names(), (std::vector<std::string>{"..", ".x", "y"}));
 }
 
 } // namespace

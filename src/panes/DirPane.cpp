@@ -15,6 +15,7 @@
 #include "widgets/RgbColor.h"
 #include "widgets/StatusLog.h"
 
+#include <QApplication>
 #include <QResizeEvent>
 #include <QVBoxLayout>
 
@@ -55,6 +56,14 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
         Model().Filter().SetText(text);
     });
     connect(fFooter, &KsFtr::FilterLeft, this, [this](bool cleared) { FilterLeft(cleared); });
+    // The field stands in for the list while it has the focus: the pane
+    // stays the active one until the focus goes elsewhere.
+    connect(fFooter, &KsFtr::FilterFocusLost, this, [this](Qt::FocusReason reason) {
+        const QWidget *focus = QApplication::focusWidget();
+        if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason
+            && (focus == nullptr || !isAncestorOf(focus)))
+            MakeFocus(false);
+    });
     connect(fList, &DirView::FocusChanged, this, [this](bool focused) { MakeFocus(focused); });
     setFocusProxy(fList);
 }

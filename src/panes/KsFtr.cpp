@@ -112,6 +112,8 @@ bool KsFtr::FilterShown() const
 
 bool KsFtr::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == fFilter && event->type() == QEvent::FocusOut)
+        emit FilterFocusLost(static_cast<QFocusEvent *>(event)->reason());
     if (watched != fFilter || event->type() != QEvent::KeyPress)
         return QWidget::eventFilter(watched, event);
     const auto *key = static_cast<QKeyEvent *>(event);

@@ -56,6 +56,8 @@ signals:
     // The user left the field: with Escape (`cleared`), or with Return or
     // a key that moves in the list, keeping the text.
     void FilterLeft(bool cleared);
+    // The field lost the keyboard focus.
+    void FilterFocusLost(Qt::FocusReason reason);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

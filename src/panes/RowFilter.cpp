@@ -15,6 +15,9 @@ namespace {
 
 // Rows looked at per turn of the event loop: a few milliseconds' work.
 constexpr size_t kRowsPerStep = 65536;
+// A row's verdict in a pass.
+constexpr uint8_t kPasses = 1;
+constexpr uint8_t kMarked = 2;
 
 // Letters of either case are the same letter; other bytes (UTF-8 sequences
 // among them) stay as they are.
@@ -113,13 +116,21 @@ void RowFilter::Step()
         return;
     const size_t listed = size_t(fList.CountItems());
     const size_t total = listed + fHidden.size();
-    if (fDone == 0)
-        fPasses.assign(total, 0);
+    if (fDone == 0) {
+        fVerdicts.assign(total, 0);
+        fHiddenBytes.assign(fHidden.size(), 0);
+        fNextHiddenFiles = {};
+    }
     const size_t end = std::min(total, fDone + kRowsPerStep);
     for (; fDone < end; fDone++) {
-        const CLVListItem *row = fDone < listed ? fList.ItemAt(int(fDone))
-                                                : fHidden[fDone - listed].row.get();
-        fPasses[fDone] = Passes(static_cast<const DirListItem &>(*row));
+        const auto &row = static_cast<const DirListItem &>(
+            fDone < listed ? *fList.ItemAt(int(fDone)) : *fHidden[fDone - listed].row);
+        const bool passes = Passes(row);
+        fVerdicts[fDone] = uint8_t((passes ? kPasses : 0) | (row.IsMarked() ? kMarked : 0));
+        if (fDone >= listed)
+            fHiddenBytes[fDone - listed] = row.SearchByte();
+        if (!passes)
+            fNextHiddenFiles.Add(row);
     }
     if (fDone < total)
         fTimer->start();
@@ -133,38 +144,50 @@ void RowFilter::Apply()
     fTimer->stop();
     const CLVListItem *selected = fList.ItemAt(fHost.Selection());
     fApplying = true;
-    ColumnListModel::Rows listed = fList.TakeAll();
+    std::vector<char> listedBytes;
+    ColumnListModel::Rows listed = fList.TakeAll(&listedBytes);
     std::vector<Hidden> hidden = std::exchange(fHidden, {});
-    fHiddenFiles = {};
     // The rows in the place's order again, each with its verdict, then
-    // split into the shown and the hidden.
+    // split into the shown and the hidden. Only pointers move: a million
+    // rows are not read here.
     ColumnListModel::Rows shown;
+    std::vector<char> bytes;
     shown.reserve(listed.size() + hidden.size());
+    bytes.reserve(listed.size() + hidden.size());
     bool marks = false;
-    const auto place = [&](std::unique_ptr<CLVListItem> row, bool passes) {
-        marks = marks || static_cast<DirListItem &>(*row).IsMarked();
-        if (passes) {
-            shown.push_back(std::move(row));
+    int select = -1;
+    const auto place = [&](std::unique_ptr<CLVListItem> row, size_t at, char byte) {
+        marks = marks || (fVerdicts[at] & kMarked) != 0;
+        if ((fVerdicts[at] & kPasses) == 0) {
+            fHidden.push_back(Hidden{int(shown.size()), std::move(row)});
             return;
         }
-        fHiddenFiles.Add(*row);
-        fHidden.push_back(Hidden{int(shown.size()), std::move(row)});
+        if (row.get() == selected)
+            select = int(shown.size());
+        shown.push_back(std::move(row));
+        bytes.push_back(byte);
     };
+    const size_t count = listed.size();
     size_t next = 0;
-    for (size_t i = 0; i < listed.size(); i++) {
-        for (; next < hidden.size() && size_t(hidden[next].before) <= i; next++)
-            place(std::move(hidden[next].row), fPasses[listed.size() + next] != 0);
-        place(std::move(listed[i]), fPasses[i] != 0);
+    const auto placeHidden = [&] {
+        place(std::move(hidden[next].row), count + next, fHiddenBytes[next]);
+        next++;
+    };
+    for (size_t i = 0; i < count; i++) {
+        while (next < hidden.size() && size_t(hidden[next].before) <= i)
+            placeHidden();
+        place(std::move(listed[i]), i, listedBytes[i]);
     }
     // Those after the last shown row.
-    for (; next < hidden.size(); next++)
-        place(std::move(hidden[next].row), fPasses[listed.size() + next] != 0);
-    fPasses = {};
-    fList.AddList(std::move(shown));
+    while (next < hidden.size())
+        placeHidden();
+    fHiddenFiles = fNextHiddenFiles;
+    fVerdicts = {};
+    fHiddenBytes = {};
+    fList.AddList(std::move(shown), std::move(bytes));
     fApplying = false;
     if (marks)
         fMarked.Rebuild();
-    int select = fList.IndexOf(selected);
     if (select < 0 && fList.CountItems() > 0) {
         const auto *first = static_cast<const DirListItem *>(fList.ItemAt(0));
         select = first->IsParent() && fList.CountItems() > 1 ? 1 : 0;

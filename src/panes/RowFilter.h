@@ -113,9 +113,13 @@ private:
     std::vector<Hidden> fHidden; // ascending by `before`
     FileTotals fHiddenFiles;
 
-    // The pass in progress: whether each row passes, the list's rows first,
-    // then the hidden ones.
-    std::vector<uint8_t> fPasses;
+    // The pass in progress, the list's rows first, then the hidden ones:
+    // each row's verdict (kPasses, kMarked), and what moving the rows needs
+    // to know of those hidden now and later, so that the move itself reads
+    // no row.
+    std::vector<uint8_t> fVerdicts;
+    std::vector<char> fHiddenBytes; // the hidden rows' SearchBytes
+    FileTotals fNextHiddenFiles;
     size_t fDone = 0;
     bool fPending = false;
     bool fApplying = false;

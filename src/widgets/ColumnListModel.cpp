@@ -138,6 +138,17 @@ void ColumnListModel::AddList(Rows items)
     emit RowsMoved(RowShift{{{end, count}}, {}});
 }
 
+void ColumnListModel::AddList(Rows items, std::vector<char> searchBytes)
+{
+    if (items.empty())
+        return;
+    const int end = CountItems();
+    const int count = int(items.size());
+    emit RowsAboutToMove(end, {});
+    InsertRange(end, std::move(items), std::move(searchBytes));
+    emit RowsMoved(RowShift{{{end, count}}, {}});
+}
+
 void ColumnListModel::InsertItems(std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> items)
 {
     std::erase_if(items, [](const auto &entry) { return !entry.second; });
@@ -317,14 +328,19 @@ void ColumnListModel::Release(CLVListItem *item)
 
 void ColumnListModel::InsertRange(int index, Rows rows)
 {
-    if (rows.empty())
-        return;
-    const size_t at = size_t(std::clamp(index, 0, CountItems()));
-    beginInsertRows(QModelIndex(), int(at), int(at + rows.size() - 1));
     std::vector<char> bytes;
     bytes.reserve(rows.size());
     for (const auto &row : rows)
         bytes.push_back(row->SearchByte());
+    InsertRange(index, std::move(rows), std::move(bytes));
+}
+
+void ColumnListModel::InsertRange(int index, Rows rows, std::vector<char> bytes)
+{
+    if (rows.empty())
+        return;
+    const size_t at = size_t(std::clamp(index, 0, CountItems()));
+    beginInsertRows(QModelIndex(), int(at), int(at + rows.size() - 1));
     fSearchBytes.insert(fSearchBytes.begin() + std::ptrdiff_t(at), bytes.begin(), bytes.end());
     fItems.insert(fItems.begin() + std::ptrdiff_t(at),
                   std::make_move_iterator(rows.begin()),
@@ -497,21 +513,21 @@ void ColumnListModel::Clear()
     // `old` deletes the rows now that no view refers to them.
 }
 
-ColumnListModel::Rows ColumnListModel::TakeAll()
+ColumnListModel::Rows ColumnListModel::TakeAll(std::vector<char> *searchBytes)
 {
     Rows taken;
     beginResetModel();
     taken.swap(fItems);
+    if (searchBytes != nullptr)
+        searchBytes->swap(fSearchBytes);
     fSearchBytes.clear();
     fStaleFrom = 0;
     endResetModel();
-    // Flat rows have nothing under them to close: a walk per row would
-    // cost an allocation each on a million rows.
-    for (const std::unique_ptr<CLVListItem> &row : taken) {
-        if (fHierarchical)
+    // A flat row's number is checked against the list before it is used
+    // (HoldsAt): only rows with rows under them need letting go.
+    if (fHierarchical) {
+        for (const std::unique_ptr<CLVListItem> &row : taken)
             Release(row.get());
-        else
-            row->fRow = -1;
     }
     return taken;
 }

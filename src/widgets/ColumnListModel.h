@@ -114,6 +114,9 @@ public:
     void AddItem(std::unique_ptr<CLVListItem> item, int index);
     // Appends all of them in one step.
     void AddList(Rows items);
+    // The same with each row's SearchByte given (as many as rows, none
+    // null): a million rows are not read again.
+    void AddList(Rows items, std::vector<char> searchBytes);
     // Inserts every row before the row that had the given index when the
     // call began (CountItems() for the end); rows given the same index keep
     // their order. One pass over the list, whatever the number of rows.
@@ -124,9 +127,10 @@ public:
     Rows RemoveItems(std::vector<int> indexes);
     // Deletes every row.
     void MakeEmpty() { Clear(); }
-    // Takes every top-level row out, in order, without deleting them: the
-    // model is reset, as by Clear.
-    Rows TakeAll();
+    // Takes every top-level row out, in order, without deleting them, and
+    // their SearchBytes with them: the model is reset, as by Clear. Flat
+    // rows are not touched.
+    Rows TakeAll(std::vector<char> *searchBytes = nullptr);
     // A row's look changed (RowsRepaint); -1 for every row.
     void InvalidateItem(int index);
     void InvalidateItem(const CLVListItem *item) { InvalidateItem(IndexOf(item)); }
@@ -196,6 +200,7 @@ private:
 
     // Inserts `rows`, in order, before the row at `index` (0..CountItems()).
     void InsertRange(int index, Rows rows);
+    void InsertRange(int index, Rows rows, std::vector<char> bytes);
     // Inserts each row before the row that had its index (0..CountItems())
     // when the call began; rows given the same index keep their order.
     void InsertScattered(std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> rows);

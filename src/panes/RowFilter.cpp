@@ -14,7 +14,9 @@ namespace kestrin {
 namespace {
 
 // Rows looked at per turn of the event loop: a few milliseconds' work.
-constexpr size_t kRowsPerStep = 65536;
+constexpr size_t kRowsPerStep = 32768;
+// Rows numbered at once around those a view shows first.
+constexpr int kRowsNumberedFirst = 256;
 // A row's verdict in a pass.
 constexpr uint8_t kPasses = 1;
 constexpr uint8_t kMarked = 2;
@@ -36,10 +38,14 @@ RowFilter::RowFilter(ColumnListModel &list, PaneHost &host, MarkedList &marked)
     , fHost(host)
     , fMarked(marked)
     , fTimer(new QTimer(this))
+    , fNumberTimer(new QTimer(this))
 {
     fTimer->setSingleShot(true);
     fTimer->setInterval(0);
     connect(fTimer, &QTimer::timeout, this, [this] { Step(); });
+    fNumberTimer->setSingleShot(true);
+    fNumberTimer->setInterval(0);
+    connect(fNumberTimer, &QTimer::timeout, this, [this] { NumberStep(); });
     connect(&fList, &ColumnListModel::RowsMoved, this, [this](const RowShift &shift) {
         RowsMoved(shift);
     });
@@ -154,6 +160,7 @@ void RowFilter::Apply()
     std::vector<char> bytes;
     shown.reserve(listed.size() + hidden.size());
     bytes.reserve(listed.size() + hidden.size());
+    fHidden.reserve(listed.size() + hidden.size());
     bool marks = false;
     int select = -1;
     const auto place = [&](std::unique_ptr<CLVListItem> row, size_t at, char byte) {
@@ -192,9 +199,20 @@ void RowFilter::Apply()
         const auto *first = static_cast<const DirListItem *>(fList.ItemAt(0));
         select = first->IsParent() && fList.CountItems() > 1 ? 1 : 0;
     }
+    // Numbering a million rows at once would hold up the key: the rows
+    // about to be shown are numbered now, the others a slice per turn.
+    fList.NumberRange(0, kRowsNumberedFirst);
+    fList.NumberRange(select - kRowsNumberedFirst, select + kRowsNumberedFirst);
+    fNumberTimer->start();
     if (select >= 0)
         fHost.SelectRow(select, true);
     emit Filtered();
+}
+
+void RowFilter::NumberStep()
+{
+    if (fList.NumberSome(kRowsPerStep))
+        fNumberTimer->start();
 }
 
 void RowFilter::AddListing(ColumnListModel::Rows rows)

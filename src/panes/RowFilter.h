@@ -91,6 +91,8 @@ private:
 
     void Restart();
     void Step();
+    // Numbers a slice of the rows after a change (see NumberSome).
+    void NumberStep();
     void Apply();
     void RowsMoved(const RowShift &shift);
     void Resorted();
@@ -124,6 +126,7 @@ private:
     bool fPending = false;
     bool fApplying = false;
     QTimer *fTimer;
+    QTimer *fNumberTimer;
 };
 
 } // namespace kestrin

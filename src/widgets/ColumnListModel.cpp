@@ -215,6 +215,25 @@ void ColumnListModel::Renumber() const
     fStaleFrom = fItems.size();
 }
 
+bool ColumnListModel::NumberSome(size_t count)
+{
+    const size_t end = std::min(fItems.size(), fStaleFrom + count);
+    for (size_t row = fStaleFrom; row < end; row++)
+        fItems[row]->fRow = int(row);
+    fStaleFrom = std::max(fStaleFrom, end);
+    return fStaleFrom < fItems.size();
+}
+
+void ColumnListModel::NumberRange(int first, int last)
+{
+    // A row's number is checked against the list before it is used, so
+    // rows numbered out of turn are safe.
+    first = std::max(first, 0);
+    last = std::min(last, CountItems() - 1);
+    for (int row = first; row <= last; row++)
+        fItems[size_t(row)]->fRow = row;
+}
+
 int ColumnListModel::IndexOf(const CLVListItem *item) const
 {
     if (!item || item->Superitem())

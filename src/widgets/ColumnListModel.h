@@ -127,6 +127,14 @@ public:
     Rows RemoveItems(std::vector<int> indexes);
     // Deletes every row.
     void MakeEmpty() { Clear(); }
+    // Rows whose numbers are stale after a change (IndexOf numbers them
+    // all on its first call): `count` more of them are numbered now, so
+    // that a million rows are numbered a slice per turn of the event loop.
+    // False once none is left.
+    bool NumberSome(size_t count);
+    // Numbers the rows from `first` to `last` now (the rows a view is about
+    // to ask for), leaving the others stale.
+    void NumberRange(int first, int last);
     // Takes every top-level row out, in order, without deleting them, and
     // their SearchBytes with them: the model is reset, as by Clear. Flat
     // rows are not touched.

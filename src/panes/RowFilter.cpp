@@ -105,6 +105,7 @@ std::string RowFilter::Summary() const
 
 void RowFilter::Restart()
 {
+    fSelectAfter = -1;
     fPending = true;
     fDone = 0;
     fTimer->start();
@@ -114,6 +115,7 @@ void RowFilter::Finish()
 {
     while (fPending)
         Step();
+    SelectAfter();
 }
 
 void RowFilter::Step()
@@ -203,14 +205,26 @@ void RowFilter::Apply()
     // about to be shown are numbered now, the others a slice per turn.
     fList.NumberRange(0, kRowsNumberedFirst);
     fList.NumberRange(select - kRowsNumberedFirst, select + kRowsNumberedFirst);
+    // The view lays out the rows it shows before it scrolls to one: on a
+    // million rows, that is a turn of the event loop of its own.
+    fSelectAfter = select;
     fNumberTimer->start();
-    if (select >= 0)
-        fHost.SelectRow(select, true);
     emit Filtered();
+}
+
+void RowFilter::SelectAfter()
+{
+    if (const int select = std::exchange(fSelectAfter, -1); select >= 0 && select < fList.CountItems())
+        fHost.SelectRow(select, true);
 }
 
 void RowFilter::NumberStep()
 {
+    if (fSelectAfter >= 0) {
+        SelectAfter();
+        fNumberTimer->start();
+        return;
+    }
     if (fList.NumberSome(kRowsPerStep))
         fNumberTimer->start();
 }
@@ -246,6 +260,7 @@ void RowFilter::Forget()
     fHiddenFiles = {};
     fPending = false;
     fTimer->stop();
+    fSelectAfter = -1;
 }
 
 void RowFilter::ClearText()
@@ -311,6 +326,8 @@ void RowFilter::RowsMoved(const RowShift &shift)
 {
     if (fApplying)
         return;
+    if (fSelectAfter >= 0)
+        fSelectAfter = shift.Moved(fSelectAfter);
     for (Hidden &hidden : fHidden)
         hidden.before = shift.Moved(hidden.before);
     if (fPending)

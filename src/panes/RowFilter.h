@@ -91,8 +91,10 @@ private:
 
     void Restart();
     void Step();
-    // Numbers a slice of the rows after a change (see NumberSome).
+    // Numbers a slice of the rows after a change (see NumberSome); the
+    // first turn selects the row that Apply chose.
     void NumberStep();
+    void SelectAfter();
     void Apply();
     void RowsMoved(const RowShift &shift);
     void Resorted();
@@ -127,6 +129,7 @@ private:
     bool fApplying = false;
     QTimer *fTimer;
     QTimer *fNumberTimer;
+    int fSelectAfter = -1;
 };
 
 } // namespace kestrin

@@ -197,22 +197,24 @@ bool FolderRows::Merge(Batch &batch)
     std::unordered_map<std::string, Carried> carried;
     std::vector<int> gone;
     bool marksChanged = false;
-    bool hiddenGone = false;
+    std::unordered_set<const CLVListItem *> hiddenGoing;
     for (const std::string &name : batch.names) {
         if (!current(name))
             continue;
         if (DirListItem *existing = Find(name)) {
             carried[name] = Carried{existing->IsMarked(), existing == selected};
             marksChanged = marksChanged || existing->IsMarked();
-            if (const int at = fList.IndexOf(existing); at >= 0) {
+            if (const int at = fList.IndexOf(existing); at >= 0)
                 gone.push_back(at);
-            } else if (std::unique_ptr<CLVListItem> hidden = fFilter.Take(existing)) {
-                fFiles.Remove(*hidden);
-                hiddenGone = true;
-            }
+            else
+                hiddenGoing.insert(existing);
             fByName.Erase(name);
         }
     }
+    // Rows the filter hides leave it; the others leave the list below.
+    const ColumnListModel::Rows hiddenGone = fFilter.Take(hiddenGoing);
+    for (const std::unique_ptr<CLVListItem> &row : hiddenGone)
+        fFiles.Remove(*row);
     for (const auto &[to, from] : batch.renamedFrom) {
         const auto old = carried.find(from);
         if (old != carried.end() && carried.find(to) == carried.end())
@@ -226,7 +228,7 @@ bool FolderRows::Merge(Batch &batch)
             fReadBy.erase(name);
     }
     if (gone.empty() && batch.fresh.empty())
-        return hiddenGone;
+        return !hiddenGone.empty();
 
     // When the selected row goes for good, the row that takes its place (or
     // the new last row) is selected, so the keys go on where the user was.
@@ -277,8 +279,7 @@ bool FolderRows::Merge(Batch &batch)
     }
     fList.InsertItems(std::move(inserts));
     // Where a hidden row would be is known once the shown rows are in.
-    for (std::unique_ptr<CLVListItem> &row : hidden)
-        fFilter.Keep(std::move(row));
+    fFilter.Keep(std::move(hidden));
     if (marksChanged)
         fMarked.Rebuild();
     if (!toSelect.empty())

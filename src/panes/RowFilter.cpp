@@ -8,6 +8,7 @@
 
 #include <QTimer>
 #include <algorithm>
+#include <tuple>
 
 namespace kestrin {
 
@@ -270,17 +271,20 @@ void RowFilter::ClearText()
     fPattern = false;
 }
 
-std::unique_ptr<CLVListItem> RowFilter::Take(const CLVListItem *row)
+ColumnListModel::Rows RowFilter::Take(const std::unordered_set<const CLVListItem *> &rows)
 {
-    const auto found = std::find_if(fHidden.begin(), fHidden.end(), [row](const Hidden &hidden) {
-        return hidden.row.get() == row;
-    });
-    if (found == fHidden.end())
-        return nullptr;
-    std::unique_ptr<CLVListItem> taken = std::move(found->row);
-    fHidden.erase(found);
-    fHiddenFiles.Remove(*taken);
-    if (fPending)
+    ColumnListModel::Rows taken;
+    size_t kept = 0;
+    for (size_t i = 0; i < fHidden.size(); i++) {
+        if (rows.count(fHidden[i].row.get()) != 0) {
+            fHiddenFiles.Remove(*fHidden[i].row);
+            taken.push_back(std::move(fHidden[i].row));
+        } else if (kept++ != i) {
+            fHidden[kept - 1] = std::move(fHidden[i]);
+        }
+    }
+    fHidden.resize(kept);
+    if (fPending && !taken.empty())
         Restart();
     return taken;
 }
@@ -295,31 +299,46 @@ bool RowFilter::Precedes(const DirListItem &a, const DirListItem &b) const
     return fList.SortMode() == Descending ? order > 0 : order < 0;
 }
 
-void RowFilter::Keep(std::unique_ptr<CLVListItem> row)
+void RowFilter::Keep(ColumnListModel::Rows rows)
 {
-    const auto &entry = static_cast<const DirListItem &>(*row);
-    const int before = PlaceOf(entry);
-    // After the hidden rows of a lower place, and among those of the same
-    // place in the sort's order.
-    auto at = std::lower_bound(fHidden.begin(), fHidden.end(), before, [](const Hidden &h, int b) {
-        return h.before < b;
+    if (rows.empty())
+        return;
+    // Each row's place among the shown rows, then among the hidden rows of
+    // that place in the sort's order: the index of the hidden row it goes
+    // before.
+    const int firstFile = FolderRows::FirstFile(fList);
+    std::vector<std::pair<size_t, Hidden>> arriving;
+    arriving.reserve(rows.size());
+    for (std::unique_ptr<CLVListItem> &row : rows) {
+        const auto &entry = static_cast<const DirListItem &>(*row);
+        const int before = FolderRows::InsertionPoint(fList, entry, firstFile, fList.SortKey(), fList.SortMode());
+        const auto low = std::partition_point(fHidden.begin(), fHidden.end(), [before](const Hidden &h) {
+            return h.before < before;
+        });
+        const auto at = std::partition_point(low, fHidden.end(), [&](const Hidden &h) {
+            return h.before == before && !Precedes(entry, static_cast<const DirListItem &>(*h.row));
+        });
+        fHiddenFiles.Add(*row);
+        arriving.emplace_back(size_t(at - fHidden.begin()), Hidden{before, std::move(row)});
+    }
+    std::stable_sort(arriving.begin(), arriving.end(), [this](const auto &a, const auto &b) {
+        if (a.first != b.first || a.second.before != b.second.before)
+            return std::tie(a.first, a.second.before) < std::tie(b.first, b.second.before);
+        return Precedes(static_cast<const DirListItem &>(*a.second.row),
+                        static_cast<const DirListItem &>(*b.second.row));
     });
-    while (at != fHidden.end() && at->before == before
-           && !Precedes(entry, static_cast<const DirListItem &>(*at->row)))
-        ++at;
-    fHiddenFiles.Add(*row);
-    fHidden.insert(at, Hidden{before, std::move(row)});
+    std::vector<Hidden> merged;
+    merged.reserve(fHidden.size() + arriving.size());
+    size_t next = 0;
+    for (size_t i = 0; i <= fHidden.size(); i++) {
+        for (; next < arriving.size() && arriving[next].first == i; next++)
+            merged.push_back(std::move(arriving[next].second));
+        if (i < fHidden.size())
+            merged.push_back(std::move(fHidden[i]));
+    }
+    fHidden.swap(merged);
     if (fPending)
         Restart();
-}
-
-int RowFilter::PlaceOf(const DirListItem &row) const
-{
-    return FolderRows::InsertionPoint(fList,
-                                      row,
-                                      FolderRows::FirstFile(fList),
-                                      fList.SortKey(),
-                                      fList.SortMode());
 }
 
 void RowFilter::RowsMoved(const RowShift &shift)

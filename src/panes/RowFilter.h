@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 class QTimer;
@@ -73,10 +74,12 @@ public:
     void Forget();
     // Empties the text without a pass (a new place is about to be listed).
     void ClearText();
-    // A hidden row that leaves the place; null when it is not hidden here.
-    std::unique_ptr<CLVListItem> Take(const CLVListItem *row);
-    // A row that arrived and is not shown: kept in its sorted place.
-    void Keep(std::unique_ptr<CLVListItem> row);
+    // The hidden rows among `rows`, which leave the place (in one pass
+    // over the hidden rows, however many leave).
+    ColumnListModel::Rows Take(const std::unordered_set<const CLVListItem *> &rows);
+    // Rows that arrived and are not shown: each kept in its sorted place
+    // (in one pass over the hidden rows, however many arrive).
+    void Keep(ColumnListModel::Rows rows);
 
 signals:
     // The shown rows changed.
@@ -98,8 +101,6 @@ private:
     void Apply();
     void RowsMoved(const RowShift &shift);
     void Resorted();
-    // Where a row goes among the shown rows, by the list's sort.
-    int PlaceOf(const DirListItem &row) const;
     // Whether `a` goes before `b` (folders first, then by the sort).
     bool Precedes(const DirListItem &a, const DirListItem &b) const;
 

@@ -108,8 +108,8 @@ TEST_F(RowFilterTest, ChangesArriveThroughTheFilter)
         return WaitFor([&] { return Names() == names; });
     };
 
-    MakeFile(Folder() + "/a.txt", 1024);
-    MakeFile(Folder() + "/c", 1024);
+    for (const char *name : {"a.txt", "j", "c", "ca"})
+        MakeFile(Folder() + "/" + name, 1024);
     EXPECT_TRUE(rowsAre({"..", "a.txt", "b.txt", "f.txt"}));
     fs::remove(Folder() + "/d");
     fs::rename(Folder() + "/h", Folder() + "/g.txt");
@@ -121,8 +121,8 @@ TEST_F(RowFilterTest, ChangesArriveThroughTheFilter)
     EXPECT_TRUE(WaitFor([&] { return pane.GetFiles() == "2 of 3k in 2 of 3 files selected"; }));
 
     Filter(pane, "");
-    EXPECT_EQ(Names(), (std::vector<std::string>{"..", "a.txt", "c", "e", "f.txt", "g.txt"}));
-    EXPECT_EQ(pane.GetFiles(), "2 of 5k in 2 of 5 files selected");
+    EXPECT_EQ(Names(), (std::vector<std::string>{"..", "a.txt", "c", "ca", "e", "f.txt", "g.txt", "j"}));
+    EXPECT_EQ(pane.GetFiles(), "2 of 7k in 2 of 7 files selected");
 }
 
 // A filter belongs to its place; whether dot-files show belongs to the pane.

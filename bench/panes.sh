@@ -6,9 +6,10 @@
 # Page Down take to handle. A key typed into the filter's field: how long its
 # handling takes, how long until the filtered rows show, and the longest the
 # GUI thread was busy with one event meanwhile (a frame is 16.7 ms); nothing
-# else filters rows to compare it with. In the big folder, 100,000 files are then created
-# while the pane shows it: the time from the last creation to the last new
-# row, and the longest the GUI thread was busy with one event meanwhile.
+# else filters rows to compare it with. In the big folder, 100,000 files are
+# then created while the pane shows it: the time from the last creation to
+# the last new row, and the longest the GUI thread was busy with one event
+# meanwhile.
 # Each is the median of REPEAT runs (default 5), alternating with ls -l in
 # the same run.
 # Usage: bench/panes.sh [work folder]   (default: a temporary folder in /var/tmp)

@@ -12,6 +12,10 @@
 //   sort_ms      sorting the rows again by size
 //   typeahead_ms handling a type-ahead key that matches no row (a full scan)
 //   pagedown_ms  handling Page Down
+//   filterkey_ms handling a key typed into the filter's field ("7", which
+//                about half the rows hold)
+//   filter_ms    from that key to the filtered rows being shown
+//   filterbusy_ms the longest the GUI thread spent on one event meanwhile
 //   rows         how many rows were shown
 // With --burst, COUNT files are then created in PATH by another thread while
 // the pane shows it, and removed again at the end:
@@ -21,12 +25,15 @@
 #include "BenchSupport.h"
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
+#include "panes/KsFtr.h"
 #include "panes/PaneMessages.h"
+#include "panes/PaneModel.h"
 #include "platform/AlertRecorder.h"
 
 #include <QApplication>
 #include <QEventLoop>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QTimer>
 #include <algorithm>
 #include <atomic>
@@ -83,6 +90,36 @@ double KeyMilliseconds(QWidget *list, int key, const QString &text)
     const auto start = Clock::now();
     QApplication::sendEvent(list, &press);
     return Milliseconds(start);
+}
+
+struct FilterTimes
+{
+    double key = 0;
+    double shown = 0;
+    double busy = 0;
+};
+
+// Types one key into the pane's filter field, then lets the event loop run
+// until the filtered rows are shown; the filter is cleared again after.
+FilterTimes FilterKey(TimedApplication &app, kestrin::DirPane &pane)
+{
+    pane.OpenFilter();
+    QLineEdit *field = pane.Footer()->FilterField();
+    QCoreApplication::processEvents();
+    app.TakeLongest();
+    FilterTimes times;
+    const auto start = Clock::now();
+    times.key = KeyMilliseconds(field, Qt::Key_7, "7");
+    const kestrin::RowFilter &filter = pane.Model().Filter();
+    while (filter.IsPending())
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    QCoreApplication::processEvents();
+    times.shown = Milliseconds(start);
+    times.busy = app.TakeLongest();
+    KeyMilliseconds(field, Qt::Key_Escape, "");
+    while (filter.IsPending())
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    return times;
 }
 
 std::string BurstName(const std::string &folder, int i)
@@ -179,15 +216,19 @@ int main(int argc, char **argv)
     list->Select(0);
     const double typeAhead = KeyMilliseconds(list, Qt::Key_Z, "z");
     const double pageDown = KeyMilliseconds(list, Qt::Key_PageDown, "");
+    const FilterTimes filter = FilterKey(app, pane);
 
     printf("list_ms %.1f\nrss_mb %.1f\nrow_bytes %.0f\nsort_ms %.1f\ntypeahead_ms %.2f\n"
-           "pagedown_ms %.2f\nrows %d\n",
+           "pagedown_ms %.2f\nfilterkey_ms %.2f\nfilter_ms %.1f\nfilterbusy_ms %.1f\nrows %d\n",
            listed,
            growth,
            rows > 0 ? growth * 1024 * 1024 / rows : 0.0,
            sorted,
            typeAhead,
            pageDown,
+           filter.key,
+           filter.shown,
+           filter.busy,
            rows);
     if (burst > 0) {
         double busy = 0;

@@ -15,9 +15,10 @@
 #include "mainwindow/ClipboardCommands.h"
 #include "mainwindow/FirstPaint.h"
 #include "mainwindow/FocusedPaneCommands.h"
-#include "mainwindow/MarkCommands.h"
 #include "mainwindow/MainMenus.h"
+#include "mainwindow/MarkCommands.h"
 #include "mainwindow/PlaceCommands.h"
+#include "mainwindow/RowViewCommands.h"
 #include "mainwindow/ViewFromServer.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/DirListItem.h"
@@ -370,6 +371,7 @@ void KestrinWindow::SaveSettings()
     WriteNumber("Height", frame.height());
     Write("bCaseSensitiveSort", GetbCaseSensitiveSort() ? "1" : "0");
     WriteNumber("NumPanes", long(fPanes.size()));
+    RowViewCommands::Save(fPanes);
     for (size_t i = 0; i < fPanes.size(); i++) {
         const std::string key = "Pane" + std::to_string(i);
         const DirView *list = fPanes[i]->List();
@@ -443,6 +445,7 @@ void KestrinWindow::GetSettings()
         for (DirPane *pane : fPanes)
             pane->List()->SetColumnWidth(column, float(kestrin::atoi(value.c_str())));
     }
+    RowViewCommands::Restore(fPanes);
     fSettingsApplied = true;
     GetPreferences();
 }
@@ -599,7 +602,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         return;
     }
     if (FocusedPaneCommands::Handle(message, GetFocusedPane(), this)
-        || PlaceCommands::Handle(message, GetFocusedPane(), this))
+        || PlaceCommands::Handle(message, GetFocusedPane(), this)
+        || RowViewCommands::Handle(message, GetFocusedPane(), fPanes, this))
         return;
     if (MarkCommands::Handle(message, GetFocusedPane(), OtherPane(GetFocusedPane()), this, this))
         return;

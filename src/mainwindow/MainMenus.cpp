@@ -130,6 +130,14 @@ void MainMenus::Build(QMenuBar *bar, const Send &send)
             action->setShortcut(item.shortcut);
             const uint32_t code = item.code;
             QObject::connect(action, &QAction::triggered, bar, [send, code] { send(code); });
+            if (code == kCmdHiddenFiles) {
+                action->setObjectName(kHiddenFilesItem);
+                action->setCheckable(true);
+                action->setChecked(true);
+                QObject::connect(added, &QMenu::aboutToShow, bar, [send] {
+                    send(kMsgViewMenuShowing);
+                });
+            }
         }
     }
 }

@@ -66,6 +66,11 @@ inline constexpr uint32_t kCmdCompareByContent = 743;
 inline constexpr uint32_t kCmdCopyToClipboard = 750;
 inline constexpr uint32_t kCmdCutToClipboard = 751;
 inline constexpr uint32_t kCmdPasteFromClipboard = 752;
+// The "View" menu is about to show: its checkable items follow the focused
+// pane.
+inline constexpr uint32_t kMsgViewMenuShowing = 735;
+// The object name of the checkable "Show Hidden Files" item.
+inline constexpr const char *kHiddenFilesItem = "ShowHiddenFiles";
 
 inline constexpr int kMaxPanes = 10;
 

@@ -12,11 +12,13 @@
 #include "panes/PathField.h"
 #include "panes/PathJump.h"
 #include "panes/PaneMessages.h"
+#include "panes/PaneModel.h"
 #include "panes/SavedPlace.h"
 #include "platform/NodeMonitor.h"
 #include "widgets/RgbColor.h"
 #include "widgets/StatusLog.h"
 
+#include <QApplication>
 #include <QResizeEvent>
 #include <QVBoxLayout>
 #include <cctype>
@@ -66,6 +68,18 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
     fFooter->setVisible(fShowFooter);
     connect(fHeader, &KsHeader::Clicked, this, [this] { EditPath(); });
     connect(fFooter, &KsFtr::Clicked, this, [this] { FocusList(); });
+    connect(fFooter, &KsFtr::FilterEdited, this, [this](const std::string &text) {
+        Model().Filter().SetText(text);
+    });
+    connect(fFooter, &KsFtr::FilterLeft, this, [this](bool cleared) { FilterLeft(cleared); });
+    // The field stands in for the list while it has the focus: the pane
+    // stays the active one until the focus goes elsewhere.
+    connect(fFooter, &KsFtr::FilterFocusLost, this, [this](Qt::FocusReason reason) {
+        const QWidget *focus = QApplication::focusWidget();
+        if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason
+            && (focus == nullptr || !isAncestorOf(focus)))
+            MakeFocus(false);
+    });
     connect(fList, &DirView::FocusChanged, this, [this](bool focused) { MakeFocus(focused); });
     connect(&fList->Model(), &PaneModel::ListingFinished, this, [this] {
         if (fList->Model().LastOpenStatus() == B_OK)
@@ -96,11 +110,31 @@ void DirPane::FocusList()
     fList->setFocus(Qt::MouseFocusReason);
 }
 
+void DirPane::OpenFilter()
+{
+    fFooter->OpenFilter(Model().Filter().Text());
+    SetFooterVisible(fShowFooter);
+}
+
+void DirPane::FilterLeft(bool cleared)
+{
+    if (cleared)
+        Model().Filter().SetText({});
+    SetFooterVisible(fShowFooter);
+    fList->setFocus(Qt::OtherFocusReason);
+}
+
 void DirPane::SetPath()
 {
     fHeader->SetText(fList->Source().HeaderText());
     fHeader->SetNote(fList->Source().HeaderNote());
-    fFooter->SetText(fList->GetFiles());
+    // A new place drops the filter's text; the field follows.
+    const RowFilter &filter = Model().Filter();
+    fFooter->ShowFilter(filter.Text());
+    if (fFooter->isHidden() == (fShowFooter || fFooter->FilterShown()))
+        SetFooterVisible(fShowFooter);
+    const std::string shown = filter.Summary();
+    fFooter->SetText(shown.empty() ? fList->GetFiles() : shown + ", " + fList->GetFiles());
     if (fLog->isHidden() == fList->Source().IsRemote()) {
         fLog->setVisible(fList->Source().IsRemote());
         Layout();
@@ -117,7 +151,8 @@ void DirPane::SetHeaderVisible(bool visible)
 void DirPane::SetFooterVisible(bool visible)
 {
     fShowFooter = visible;
-    fFooter->setVisible(visible);
+    // A hidden footer still shows while the rows are filtered.
+    fFooter->setVisible(visible || fFooter->FilterShown());
     Layout();
 }
 
@@ -350,7 +385,7 @@ void DirPane::Layout()
     const int width = this->width();
     const int height = this->height();
     const int top = fShowHeader ? fHeader->sizeHint().height() : 0;
-    const int footer = fShowFooter ? fFooter->sizeHint().height() : 0;
+    const int footer = !fFooter->isHidden() ? fFooter->sizeHint().height() : 0;
     fHeader->setGeometry(0, 0, width, top);
     if (fPathField != nullptr)
         fPathField->setGeometry(0, 0, width, std::max(top, fHeader->sizeHint().height()));

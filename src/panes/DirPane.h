@@ -54,6 +54,10 @@ public:
     void SetHeaderVisible(bool visible);
     void SetFooterVisible(bool visible);
 
+    // Opens the filter's field in the footer, with the filter's text, and
+    // gives it the focus; what is typed there filters the rows at once.
+    void OpenFilter();
+
     // The list calls this first whenever its focus changes; the header
     // shows which pane is the active one.
     void MakeFocus(bool focused);
@@ -107,6 +111,7 @@ protected:
 private:
     void Layout();
     void FocusList();
+    void FilterLeft(bool cleared);
     // Shows a place that has more to tell than its rows (a server's log).
     void Follow(std::unique_ptr<PaneSource> place, const std::string &select = {});
     void MakePathField();

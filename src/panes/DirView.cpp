@@ -302,10 +302,14 @@ void DirView::focusOutEvent(QFocusEvent *event)
     // focused one of its window: commands from the menu act on it.
     if (event->reason() == Qt::PopupFocusReason || event->reason() == Qt::ActiveWindowFocusReason)
         return;
-    // The rename field is part of the list: the selection stays while it
-    // has the focus.
+    // The rename field is part of the list, and the filter's field in the
+    // pane's footer as good as: the selection stays while they have the
+    // focus, and follows the filtered rows.
     const QWidget *focus = QApplication::focusWidget();
-    if (focus != nullptr && isAncestorOf(focus))
+    if (focus != nullptr
+        && (isAncestorOf(focus)
+            || (focus->objectName() == "filter" && parentWidget() != nullptr
+                && parentWidget()->isAncestorOf(focus))))
         return;
     emit FocusChanged(false);
     if (CountItems() == 0)

@@ -3,6 +3,7 @@
 #include "panes/DirListItem.h"
 #include "panes/MarkedList.h"
 #include "panes/PaneHost.h"
+#include "panes/RowFilter.h"
 #include "platform/Background.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
@@ -32,21 +33,22 @@ struct Carried
     bool selected = false;
 };
 
-// The row before which `row` goes: after the last row of its group (folders
-// or files) that it does not precede, as the stable sort would put it.
-int InsertionPoint(const ColumnListModel &list,
-                   const DirListItem &row,
-                   int firstFile,
-                   const RowStyle &style)
+} // namespace
+
+int FolderRows::InsertionPoint(const ColumnListModel &list,
+                               const DirListItem &row,
+                               int firstFile,
+                               int sortKey,
+                               CLVSortMode sortMode)
 {
     int low = row.IsFolder() ? 0 : firstFile;
     int high = row.IsFolder() ? firstFile : list.CountItems();
-    if (style.sortMode == NoSort)
+    if (sortMode == NoSort)
         return high;
-    const bool descending = style.sortMode == Descending;
+    const bool descending = sortMode == Descending;
     while (low < high) {
         const int middle = (low + high) / 2;
-        const int order = CompareFunc(list.ItemAt(middle), &row, style.sortKey);
+        const int order = CompareFunc(list.ItemAt(middle), &row, sortKey);
         if (descending ? order >= 0 : order <= 0)
             low = middle + 1;
         else
@@ -55,7 +57,7 @@ int InsertionPoint(const ColumnListModel &list,
     return low;
 }
 
-int FirstFile(const ColumnListModel &list)
+int FolderRows::FirstFile(const ColumnListModel &list)
 {
     int low = 0;
     for (int high = list.CountItems(); low < high;) {
@@ -68,12 +70,11 @@ int FirstFile(const ColumnListModel &list)
     return low;
 }
 
-} // namespace
-
-FolderRows::FolderRows(ColumnListModel &list, PaneHost &host, MarkedList &marked)
+FolderRows::FolderRows(ColumnListModel &list, PaneHost &host, MarkedList &marked, RowFilter &filter)
     : fList(list)
     , fHost(host)
     , fMarked(marked)
+    , fFilter(filter)
 {}
 
 void FolderRows::Reset(RowIndex byName, const FileTotals &files)
@@ -196,16 +197,24 @@ bool FolderRows::Merge(Batch &batch)
     std::unordered_map<std::string, Carried> carried;
     std::vector<int> gone;
     bool marksChanged = false;
+    std::unordered_set<const CLVListItem *> hiddenGoing;
     for (const std::string &name : batch.names) {
         if (!current(name))
             continue;
         if (DirListItem *existing = Find(name)) {
             carried[name] = Carried{existing->IsMarked(), existing == selected};
             marksChanged = marksChanged || existing->IsMarked();
-            gone.push_back(fList.IndexOf(existing));
+            if (const int at = fList.IndexOf(existing); at >= 0)
+                gone.push_back(at);
+            else
+                hiddenGoing.insert(existing);
             fByName.Erase(name);
         }
     }
+    // Rows the filter hides leave it; the others leave the list below.
+    const ColumnListModel::Rows hiddenGone = fFilter.Take(hiddenGoing);
+    for (const std::unique_ptr<CLVListItem> &row : hiddenGone)
+        fFiles.Remove(*row);
     for (const auto &[to, from] : batch.renamedFrom) {
         const auto old = carried.find(from);
         if (old != carried.end() && carried.find(to) == carried.end())
@@ -219,7 +228,7 @@ bool FolderRows::Merge(Batch &batch)
             fReadBy.erase(name);
     }
     if (gone.empty() && batch.fresh.empty())
-        return false;
+        return !hiddenGone.empty();
 
     // When the selected row goes for good, the row that takes its place (or
     // the new last row) is selected, so the keys go on where the user was.
@@ -249,20 +258,28 @@ bool FolderRows::Merge(Batch &batch)
     const int firstFile = FirstFile(fList);
     std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> inserts;
     std::vector<DirListItem *> toSelect;
+    std::vector<std::unique_ptr<CLVListItem>> hidden;
     for (std::unique_ptr<CLVListItem> &item : batch.fresh) {
         auto *row = static_cast<DirListItem *>(item.get());
         const auto carry = carried.find(row->Name());
         if (carry != carried.end()) {
             row->SetMarked(carry->second.marked);
             marksChanged = marksChanged || carry->second.marked;
-            if (carry->second.selected)
+            if (carry->second.selected && fFilter.Passes(*row))
                 toSelect.push_back(row);
         }
         fByName.Insert(row);
         fFiles.Add(*row);
-        inserts.emplace_back(InsertionPoint(fList, *row, firstFile, batch.style), std::move(item));
+        if (!fFilter.Passes(*row)) {
+            hidden.push_back(std::move(item));
+            continue;
+        }
+        inserts.emplace_back(InsertionPoint(fList, *row, firstFile, batch.style.sortKey, batch.style.sortMode),
+                             std::move(item));
     }
     fList.InsertItems(std::move(inserts));
+    // Where a hidden row would be is known once the shown rows are in.
+    fFilter.Keep(std::move(hidden));
     if (marksChanged)
         fMarked.Rebuild();
     if (!toSelect.empty())

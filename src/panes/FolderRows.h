@@ -19,6 +19,7 @@ namespace kestrin {
 class DirListItem;
 class MarkedList;
 class PaneHost;
+class RowFilter;
 
 // The rows of a listed local folder, kept in step with the folder: an index
 // of the rows by name, and the changes that node monitoring reports, applied
@@ -33,8 +34,8 @@ class PaneHost;
 class FolderRows
 {
 public:
-    // `list` holds the rows, which `host` shows.
-    FolderRows(ColumnListModel &list, PaneHost &host, MarkedList &marked);
+    // `list` holds the shown rows, which `host` shows; `filter` the others.
+    FolderRows(ColumnListModel &list, PaneHost &host, MarkedList &marked, RowFilter &filter);
 
     // After a listing: the index the listing made. A batch still being read
     // belongs to the listing before and is dropped when it arrives.
@@ -68,6 +69,17 @@ public:
     // press ends.
     bool ApplyNow(const std::string &folder, const RowStyle &style);
 
+    // The row before which `row` goes: after the last row of its group
+    // (folders or files) that it does not precede, as the stable sort would
+    // put it. `firstFile` is FirstFile(list).
+    static int InsertionPoint(const ColumnListModel &list,
+                              const DirListItem &row,
+                              int firstFile,
+                              int sortKey,
+                              CLVSortMode sortMode);
+    // The index of the first row that is not a folder.
+    static int FirstFile(const ColumnListModel &list);
+
 private:
     struct Batch;
 
@@ -78,6 +90,7 @@ private:
     ColumnListModel &fList;
     PaneHost &fHost;
     MarkedList &fMarked;
+    RowFilter &fFilter;
     RowIndex fByName;
     FileTotals fFiles;
     std::vector<std::string> fTouched;

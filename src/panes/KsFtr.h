@@ -6,12 +6,16 @@
 #include <QWidget>
 #include <string>
 
+class QLineEdit;
+
 namespace kestrin {
 
 class StatusBar;
 
 // The bar below a pane's list: the summary of the listed files, or, while a
-// folder is read, a progress bar named "progress" in its place.
+// folder is read, a progress bar named "progress" in its place. While the
+// pane's rows are filtered, the filter's field ("filter") stands at its left
+// and the summary follows it.
 //
 // GUI thread only.
 class KsFtr : public QWidget
@@ -35,21 +39,39 @@ public:
     // Null unless a listing is running.
     StatusBar *ProgressBar() const { return fBar.data(); }
 
+    // Shows the filter's field with `text` and gives it the focus.
+    void OpenFilter(const std::string &text);
+    // Shows `text` in the field, unless the user is typing into it; an empty
+    // text outside the field closes it.
+    void ShowFilter(const std::string &text);
+    bool FilterShown() const;
+    QLineEdit *FilterField() const { return fFilter; }
+
     QSize sizeHint() const override;
 
 signals:
     void Clicked();
+    // The text of the filter's field changed as the user typed.
+    void FilterEdited(const std::string &text);
+    // The user left the field: with Escape (`cleared`), or with Return or
+    // a key that moves in the list, keeping the text.
+    void FilterLeft(bool cleared);
+    // The field lost the keyboard focus.
+    void FilterFocusLost(Qt::FocusReason reason);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void PlaceBar();
+    void PlaceFilter();
 
     std::string fText;
     QPointer<StatusBar> fBar;
+    QLineEdit *fFilter;
 };
 
 } // namespace kestrin

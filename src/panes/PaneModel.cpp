@@ -37,7 +37,8 @@ PaneModel::PaneModel(ColumnListModel &list,
     , fSource(std::make_unique<FolderSource>(path))
     , fProgressTimer(new QTimer(this))
     , fMarked(list)
-    , fRows(list, host, fMarked)
+    , fFilter(list, host, fMarked)
+    , fRows(list, host, fMarked, fFilter)
     , fWatch(*this,
              fRows,
              {[this] { return Style(); },
@@ -58,6 +59,7 @@ PaneModel::PaneModel(ColumnListModel &list,
     fProgressTimer->setInterval(kProgressIntervalMs);
     connect(fProgressTimer, &QTimer::timeout, this, [this] { PumpProgress(); });
     fMarked.OnChange([this] { Notify(kMsgPaneChanged); });
+    connect(&fFilter, &RowFilter::Filtered, this, [this] { RowsChanged(); });
 }
 
 PaneModel::~PaneModel()
@@ -165,6 +167,12 @@ void PaneModel::StartListing(Continuation then)
     fHost.EndRename();
     fMarked.Forget();
     fRows.Clear();
+    fFilter.Forget();
+    // A filter belongs to the place it was typed in.
+    const std::string place = std::to_string(fSource->Mode()) + fSource->HeaderText();
+    if (place != fFilteredPlace)
+        fFilter.ClearText();
+    fFilteredPlace = place;
     fList.MakeEmpty();
     fMaxSent = false;
     fStepsSent = 0;
@@ -228,7 +236,7 @@ void PaneModel::ListingArrived(std::shared_ptr<FolderLister::Job> job)
         fLastOpenedFolder = path;
     fSource->Listed(*job);
     if (job->openStatus == B_OK) {
-        fList.AddList(std::move(job->rows));
+        fFilter.AddListing(std::move(job->rows));
         fRows.Reset(std::move(job->byName), job->files);
     } else {
         StopNodeMonitoring();
@@ -295,6 +303,7 @@ void PaneModel::Clear()
     fMarked.Empty();
     fMarked.Forget();
     fRows.Clear();
+    fFilter.Forget();
     fList.MakeEmpty();
     emit Cleared();
 }
@@ -495,8 +504,8 @@ std::string PaneModel::GetFiles() const
     // and go; only the marked rows are walked here. The first row is never
     // counted (it is ".." where there is one).
     const FileTotals &files = fRows.Files();
-    uint32_t totalSize = files.bytes;
-    int32_t totalCount = files.count;
+    uint32_t totalSize = files.bytes - fFilter.HiddenFiles().bytes;
+    int32_t totalCount = files.count - fFilter.HiddenFiles().count;
     const DirListItem *first = Row(0);
     if (first != nullptr && !first->IsFolder()) {
         totalSize -= uint32_t(first->Size());

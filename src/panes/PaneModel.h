@@ -6,6 +6,7 @@
 #include "panes/FolderWatch.h"
 #include "panes/MarkedList.h"
 #include "panes/PaneSource.h"
+#include "panes/RowFilter.h"
 #include "platform/EntryRef.h"
 #include "platform/Handler.h"
 
@@ -113,7 +114,13 @@ public:
     MarkedList &Marked() { return fMarked; }
     const MarkedList &Marked() const { return fMarked; }
 
-    // The footer's summary: "12 of 345k in 2 of 10 files selected".
+    // Which rows are shown: the filter's text and the dot-files. A new place
+    // starts without a text; the dot-files choice stays.
+    RowFilter &Filter() { return fFilter; }
+    const RowFilter &Filter() const { return fFilter; }
+
+    // The footer's summary: "12 of 345k in 2 of 10 files selected". Its
+    // totals count the shown files only.
     std::string GetFiles() const;
 
     void SetProgressFlag(bool show) { fSettings.showProgress = show; }
@@ -199,6 +206,9 @@ private:
     bool fProgressShown = false;
 
     MarkedList fMarked;
+    RowFilter fFilter;
+    // The place the filter's text was typed in.
+    std::string fFilteredPlace;
     FolderRows fRows;
     FolderWatch fWatch;
 };

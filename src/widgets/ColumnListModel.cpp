@@ -138,6 +138,17 @@ void ColumnListModel::AddList(Rows items)
     emit RowsMoved(RowShift{{{end, count}}, {}});
 }
 
+void ColumnListModel::AddList(Rows items, std::vector<char> searchBytes)
+{
+    if (items.empty())
+        return;
+    const int end = CountItems();
+    const int count = int(items.size());
+    emit RowsAboutToMove(end, {});
+    InsertRange(end, std::move(items), std::move(searchBytes));
+    emit RowsMoved(RowShift{{{end, count}}, {}});
+}
+
 void ColumnListModel::InsertItems(std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> items)
 {
     std::erase_if(items, [](const auto &entry) { return !entry.second; });
@@ -202,6 +213,25 @@ void ColumnListModel::Renumber() const
     for (size_t row = fStaleFrom; row < fItems.size(); row++)
         fItems[row]->fRow = int(row);
     fStaleFrom = fItems.size();
+}
+
+bool ColumnListModel::NumberSome(size_t count)
+{
+    const size_t end = std::min(fItems.size(), fStaleFrom + count);
+    for (size_t row = fStaleFrom; row < end; row++)
+        fItems[row]->fRow = int(row);
+    fStaleFrom = std::max(fStaleFrom, end);
+    return fStaleFrom < fItems.size();
+}
+
+void ColumnListModel::NumberRange(int first, int last)
+{
+    // A row's number is checked against the list before it is used, so
+    // rows numbered out of turn are safe.
+    first = std::max(first, 0);
+    last = std::min(last, CountItems() - 1);
+    for (int row = first; row <= last; row++)
+        fItems[size_t(row)]->fRow = row;
 }
 
 int ColumnListModel::IndexOf(const CLVListItem *item) const
@@ -317,14 +347,19 @@ void ColumnListModel::Release(CLVListItem *item)
 
 void ColumnListModel::InsertRange(int index, Rows rows)
 {
-    if (rows.empty())
-        return;
-    const size_t at = size_t(std::clamp(index, 0, CountItems()));
-    beginInsertRows(QModelIndex(), int(at), int(at + rows.size() - 1));
     std::vector<char> bytes;
     bytes.reserve(rows.size());
     for (const auto &row : rows)
         bytes.push_back(row->SearchByte());
+    InsertRange(index, std::move(rows), std::move(bytes));
+}
+
+void ColumnListModel::InsertRange(int index, Rows rows, std::vector<char> bytes)
+{
+    if (rows.empty())
+        return;
+    const size_t at = size_t(std::clamp(index, 0, CountItems()));
+    beginInsertRows(QModelIndex(), int(at), int(at + rows.size() - 1));
     fSearchBytes.insert(fSearchBytes.begin() + std::ptrdiff_t(at), bytes.begin(), bytes.end());
     fItems.insert(fItems.begin() + std::ptrdiff_t(at),
                   std::make_move_iterator(rows.begin()),
@@ -495,6 +530,25 @@ void ColumnListModel::Clear()
     fStaleFrom = 0;
     endResetModel();
     // `old` deletes the rows now that no view refers to them.
+}
+
+ColumnListModel::Rows ColumnListModel::TakeAll(std::vector<char> *searchBytes)
+{
+    Rows taken;
+    beginResetModel();
+    taken.swap(fItems);
+    if (searchBytes != nullptr)
+        searchBytes->swap(fSearchBytes);
+    fSearchBytes.clear();
+    fStaleFrom = 0;
+    endResetModel();
+    // A flat row's number is checked against the list before it is used
+    // (HoldsAt): only rows with rows under them need letting go.
+    if (fHierarchical) {
+        for (const std::unique_ptr<CLVListItem> &row : taken)
+            Release(row.get());
+    }
+    return taken;
 }
 
 void ColumnListModel::AddUnder(std::unique_ptr<CLVListItem> item, CLVListItem *superitem)

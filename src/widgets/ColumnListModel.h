@@ -114,6 +114,9 @@ public:
     void AddItem(std::unique_ptr<CLVListItem> item, int index);
     // Appends all of them in one step.
     void AddList(Rows items);
+    // The same with each row's SearchByte given (as many as rows, none
+    // null): a million rows are not read again.
+    void AddList(Rows items, std::vector<char> searchBytes);
     // Inserts every row before the row that had the given index when the
     // call began (CountItems() for the end); rows given the same index keep
     // their order. One pass over the list, whatever the number of rows.
@@ -124,6 +127,18 @@ public:
     Rows RemoveItems(std::vector<int> indexes);
     // Deletes every row.
     void MakeEmpty() { Clear(); }
+    // Rows whose numbers are stale after a change (IndexOf numbers them
+    // all on its first call): `count` more of them are numbered now, so
+    // that a million rows are numbered a slice per turn of the event loop.
+    // False once none is left.
+    bool NumberSome(size_t count);
+    // Numbers the rows from `first` to `last` now (the rows a view is about
+    // to ask for), leaving the others stale.
+    void NumberRange(int first, int last);
+    // Takes every top-level row out, in order, without deleting them, and
+    // their SearchBytes with them: the model is reset, as by Clear. Flat
+    // rows are not touched.
+    Rows TakeAll(std::vector<char> *searchBytes = nullptr);
     // A row's look changed (RowsRepaint); -1 for every row.
     void InvalidateItem(int index);
     void InvalidateItem(const CLVListItem *item) { InvalidateItem(IndexOf(item)); }
@@ -193,6 +208,7 @@ private:
 
     // Inserts `rows`, in order, before the row at `index` (0..CountItems()).
     void InsertRange(int index, Rows rows);
+    void InsertRange(int index, Rows rows, std::vector<char> bytes);
     // Inserts each row before the row that had its index (0..CountItems())
     // when the call began; rows given the same index keep their order.
     void InsertScattered(std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> rows);

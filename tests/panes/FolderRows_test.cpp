@@ -2,6 +2,7 @@
 
 #include "panes/FolderRows.h"
 #include "panes/MarkedList.h"
+#include "panes/RowFilter.h"
 
 #include <QThreadPool>
 
@@ -23,7 +24,8 @@ TEST(FolderRows, ABatchReadBeforeTheLatestChangeIsNotApplied)
     list.SetSortFunction(&kestrin::CompareFunc);
     ListStandIn host(list);
     kestrin::MarkedList marked(list);
-    FolderRows rows(list, host, marked);
+    kestrin::RowFilter filter(list, host, marked);
+    FolderRows rows(list, host, marked, filter);
     rows.Reset({}, {});
     const kestrin::RowStyle style;
     QObject context;

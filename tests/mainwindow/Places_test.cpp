@@ -197,3 +197,39 @@ TEST_F(PlacesTest, QueryResultsSayWhyTheyAreNotKept)
     // Back from the results is the folder they were found from.
     KeyTo(0, Qt::Key_Left, Qt::AltModifier, Home());
 }
+
+// What the history, the hotlist and the hidden-files choice keep lives
+// beside the profile: from the same profile, a run that uses them all
+// writes it byte for byte as a run that uses none of them (each run makes
+// the window a little larger, as it always has, so both start alike).
+TEST_F(PlacesTest, TheProfileIsTheSameByteForByteWhateverTheExtrasHold)
+{
+    fs::create_directories(Home() + "/a/inner");
+    fs::create_directories(Home() + "/b");
+    WriteFileBytes(Home() + "/a/.hidden", "x");
+    Profile("NumPanes", "2");
+    Profile("Pane0", Home() + "/a");
+    Profile("Pane1", Home() + "/b");
+    const std::string pref = fHome.ConfigDir() + "/Kestrin/Kestrin.pref";
+    const std::string before = ReadFileBytes(pref).value_or("");
+
+    Start().close();
+    fKestrin.reset();
+    const std::optional<std::string> plain = ReadFileBytes(pref);
+    ASSERT_TRUE(plain);
+
+    WriteFileBytes(pref, before);
+    Start();
+    Open(0, "inner", Home() + "/a/inner");
+    KeyTo(0, Qt::Key_Left, Qt::AltModifier, Home() + "/a");
+    QTest::keyClick(List(0), Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier);
+    QTest::keyClick(List(0), Qt::Key_H, Qt::ControlModifier);
+    EXPECT_TRUE(WaitFor([&] { return List(0)->FindItem(".hidden") < 0; }));
+    fKestrin->Window()->close();
+    fKestrin.reset();
+    EXPECT_EQ(ReadFileBytes(pref), plain);
+    const kestrin::SideFile extras = kestrin::SideFile::Read("Kestrin.extras");
+    EXPECT_EQ(extras.Get("HiddenPane0"), "hidden");
+    EXPECT_NE(extras.Get("HistoryPane1"), "");
+    EXPECT_FALSE(kestrin::Hotlist::Read().Entries().empty());
+}

@@ -286,8 +286,11 @@ void DirPane::Notice(const std::string &text)
 
 void DirPane::Follow(std::unique_ptr<PaneSource> place, const std::string &select)
 {
+    // What the place before told the pane goes with it: a place reached
+    // again through the same conversation would bring each line twice.
+    fFollowing = std::make_unique<QObject>();
     place->Follow(
-        this,
+        fFollowing.get(),
         [this](const std::string &line) {
             platform::Message status(kMsgFtpStatus);
             status.AddString("status", line);

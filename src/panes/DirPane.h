@@ -128,6 +128,9 @@ private:
     bool fShowHeader = true;
     bool fShowFooter = true;
     PlaceHistory fHistory;
+    // The receiver of what the place shown tells the pane (its log lines,
+    // that its header changed), made anew for each place followed.
+    std::unique_ptr<QObject> fFollowing;
 };
 
 } // namespace kestrin

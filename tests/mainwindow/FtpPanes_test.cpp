@@ -11,6 +11,7 @@
 #include "mainwindow/WindowMessages.h"
 #include "panes/FtpSource.h"
 #include "panes/KsHeader.h"
+#include "widgets/StatusLog.h"
 #include "support/TestArchives.h"
 #include "viewer/TextPager.h"
 #include "viewer/ViewerWindow.h"
@@ -221,6 +222,13 @@ TEST_F(FtpPanesTest, BackAndForwardOnAServerKeepTheConnection)
 
     keyTo(Qt::Key_Left, "ftp: " + Upload());
     EXPECT_EQ(conversation(), first);
+    // The place gone back to speaks through the same conversation: its
+    // lines reach the log once, not once more for each place followed.
+    const size_t before = fKestrin->Window()->Panes().at(0)->Log()->toPlainText().count("CWD ");
+    keyTo(Qt::Key_Right, "ftp: " + Upload() + "/inner");
+    EXPECT_EQ(fKestrin->Window()->Panes().at(0)->Log()->toPlainText().count("CWD "), before + 1)
+        << fKestrin->Window()->Panes().at(0)->Log()->toPlainText().toStdString();
+    keyTo(Qt::Key_Left, "ftp: " + Upload());
     keyTo(Qt::Key_Left, Local());
     EXPECT_EQ(conversation(), nullptr);
     keyTo(Qt::Key_Right, "ftp: " + Upload());

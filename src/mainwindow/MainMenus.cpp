@@ -80,7 +80,7 @@ std::vector<Menu> Table()
           {nullptr, none, 0},
           {"Hotlist…", Command(Qt::Key_B), kCmdShowHotlist},
           {"Add to Hotlist", Command(Qt::Key_B, true), kCmdAddToHotlist},
-          {"Edit Hotlist…", none, kCmdEditHotlist}}},
+          {"Edit Hotlist…", WithAlt(Qt::Key_B, Qt::ControlModifier), kCmdEditHotlist}}},
         {"View",
          {{"Add Pane", Command(Qt::Key_P), kCmdAddPane},
           {"Remove Pane", Command(Qt::Key_P, true), kCmdRemovePane},

@@ -163,6 +163,11 @@ void PlaceCommands::ShowHotlist(DirPane &pane, QWidget *window)
         menu->addSeparator();
     for (const DesktopBookmark &bookmark : bookmarks)
         AddPlace(*menu, pane, MenuText(bookmark.label), bookmark.path);
+    // The list is edited from where it is shown, too.
+    menu->addSeparator();
+    QObject::connect(menu->addAction("&Edit Hotlist…"), &QAction::triggered, window, [window] {
+        HotlistWindow::Open(window);
+    });
     menu->popup(pane.List()->mapToGlobal(QPoint(8, 8)));
 }
 

@@ -138,7 +138,8 @@ TEST_F(PlacesTest, HotlistAddChooseByNumberEditAndBookmarks)
     QMenu *menu = PopUp();
     ASSERT_NE(menu, nullptr);
     EXPECT_EQ(Items(*menu),
-              (std::vector<std::string>{"&1  " + Home(), "&2  " + Home() + "/a", "--", "Mine"}));
+              (std::vector<std::string>{
+                  "&1  " + Home(), "&2  " + Home() + "/a", "--", "Mine", "--", "&Edit Hotlist…"}));
     QTest::keyClick(menu, Qt::Key_1);
     EXPECT_TRUE(WaitFor([&] { return Header(0) == Home() && !List(0)->IsListing(); }));
     AfterPopUp();
@@ -153,10 +154,12 @@ TEST_F(PlacesTest, HotlistAddChooseByNumberEditAndBookmarks)
     AfterPopUp();
     EXPECT_TRUE(List(0)->hasFocus());
 
-    // The edit window: the second entry renamed and moved up, the first
-    // (now second) removed.
-    platform::Message edit(kestrin::kCmdEditHotlist);
-    fKestrin->Window()->MessageReceived(edit);
+    // The edit window, from the hotlist's own menu: the second entry
+    // renamed and moved up, the first (now second) removed.
+    QTest::keyClick(List(0), Qt::Key_B, Qt::ControlModifier);
+    menu = PopUp();
+    ASSERT_NE(menu, nullptr);
+    QTest::keyClick(menu, Qt::Key_E);
     auto *entries = fKestrin->Window()->findChild<QListWidget *>("HotlistEntries");
     ASSERT_NE(entries, nullptr);
     QApplication::setActiveWindow(entries->window());

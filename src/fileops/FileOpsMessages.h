@@ -9,6 +9,12 @@ namespace kestrin {
 // Requests to the copy engine.
 inline constexpr uint32_t kMsgCopyRequest = platform::FourCC("DATA"); // copy, move, link; FTP upload
 inline constexpr uint32_t kMsgFtpDownload = 604;
+// Transfers from and to an SFTP folder. They carry the server's fields as an
+// FTP download or upload does ("Session", "Host", "User", "Password",
+// "Port", "FtpPath" the remote folder) and, from a server, "FtpFile" and
+// "FtpDir" for each entry; to a server, the local "refs".
+inline constexpr uint32_t kMsgSftpDownload = 650;
+inline constexpr uint32_t kMsgSftpUpload = 651;
 inline constexpr uint32_t kMsgDeleteRequest = 606; // trash, or delete for good in the Trash
 inline constexpr uint32_t kMsgPackRequest = 615;
 inline constexpr uint32_t kMsgUnpackRequest = 618;

@@ -13,7 +13,9 @@ namespace kestrin {
 // session that reaches it. The transfer planner decides on these alone.
 struct TransferPlace
 {
-    enum class Kind { Folder, QueryResults, FtpFolder, Archive };
+    // An SFTP folder's session is stored as an FTP one's is, with the same
+    // six keys.
+    enum class Kind { Folder, QueryResults, FtpFolder, Archive, SftpFolder };
 
     Kind kind = Kind::Folder;
     std::string folder;

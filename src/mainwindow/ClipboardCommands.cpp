@@ -4,8 +4,9 @@
 #include "mainwindow/KestrinWindow.h"
 #include "mainwindow/WindowMessages.h"
 #include "panes/DirPane.h"
-#include "panes/DirView.h"
 #include "panes/PaneCommands.h"
+#include "panes/PaneModel.h"
+#include "panes/PaneSource.h"
 #include "platform/Alerts.h"
 
 #include <QClipboard>
@@ -35,7 +36,7 @@ void ClipboardCommands::Put(DirPane &pane, bool cut)
     if (paths.empty())
         return;
     ClipboardEntries::Written written
-        = ClipboardEntries::ForPlace(pane.List()->Source().Place(),
+        = ClipboardEntries::ForPlace(pane.Model().Source().Place(),
                                      cut ? ClipboardEntries::Action::Cut
                                          : ClipboardEntries::Action::Copy,
                                      paths);
@@ -53,16 +54,16 @@ void ClipboardCommands::Paste(DirPane &pane, KestrinWindow &window)
     const QMimeData *data = clipboard->mimeData();
     const ClipboardEntries entries = data != nullptr ? ClipboardEntries::Read(*data)
                                                      : ClipboardEntries{};
-    DirView &list = *pane.List();
+    const PaneModel &model = pane.Model();
     // Entries already in the pane's folder stay out; a place that is no
     // local folder has none of them.
     ClipboardEntries::Paste paste = entries.PasteInto(
-        list.Source().IsLocalFolder() ? list.CurrentPath() : std::string());
+        model.Source().IsLocalFolder() ? model.CurrentPath() : std::string());
     if (paste.refusal) {
         platform::Alerts::Go(*paste.refusal);
         return;
     }
-    paste.request.AddPointer("Target", static_cast<QWidget *>(&list));
+    paste.request.AddPointer("Target", pane.ListWidget());
     // A cut is pasted once, as in other file managers: its entries are on
     // their way to the new place, and the clipboard would only name where
     // they were.

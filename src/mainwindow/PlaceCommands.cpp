@@ -5,8 +5,9 @@
 #include "mainwindow/WindowMessages.h"
 #include "panes/DesktopBookmarks.h"
 #include "panes/DirPane.h"
-#include "panes/DirView.h"
 #include "panes/Hotlist.h"
+#include "panes/PaneModel.h"
+#include "panes/PaneSource.h"
 #include "panes/SavedPlace.h"
 #include "platform/Alerts.h"
 
@@ -40,7 +41,7 @@ void AtTheEnd(DirPane &pane, const std::string &text)
 
 std::string Shown(const DirPane &pane)
 {
-    return pane.List()->Source().RecalledPlace();
+    return pane.Model().Source().RecalledPlace();
 }
 
 } // namespace
@@ -142,7 +143,7 @@ void PlaceCommands::ShowRecent(DirPane &pane, QWidget *window)
     }
     if (listed.size() == 1)
         menu->addAction("No recent places")->setEnabled(false);
-    menu->popup(pane.List()->mapToGlobal(QPoint(8, 8)));
+    menu->popup(pane.ListWidget()->mapToGlobal(QPoint(8, 8)));
 }
 
 void PlaceCommands::ShowHotlist(DirPane &pane, QWidget *window)
@@ -168,7 +169,7 @@ void PlaceCommands::ShowHotlist(DirPane &pane, QWidget *window)
     QObject::connect(menu->addAction("&Edit Hotlist…"), &QAction::triggered, window, [window] {
         HotlistWindow::Open(window);
     });
-    menu->popup(pane.List()->mapToGlobal(QPoint(8, 8)));
+    menu->popup(pane.ListWidget()->mapToGlobal(QPoint(8, 8)));
 }
 
 void PlaceCommands::AddToHotlist(DirPane &pane)
@@ -216,7 +217,7 @@ void PlaceCommands::AddPlace(QMenu &menu,
         if (target == nullptr)
             return;
         target->GoToPlace(place);
-        target->List()->setFocus(Qt::PopupFocusReason);
+        target->ListWidget()->setFocus(Qt::PopupFocusReason);
     });
 }
 

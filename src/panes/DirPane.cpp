@@ -9,10 +9,10 @@
 #include "panes/KsFtr.h"
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
-#include "panes/PathField.h"
-#include "panes/PathJump.h"
 #include "panes/PaneMessages.h"
 #include "panes/PaneModel.h"
+#include "panes/PathField.h"
+#include "panes/PathJump.h"
 #include "panes/SavedPlace.h"
 #include "platform/NodeMonitor.h"
 #include "widgets/RgbColor.h"
@@ -103,6 +103,11 @@ PaneModel &DirPane::Model() const
 PaneCommands &DirPane::Commands() const
 {
     return fList->Commands();
+}
+
+QWidget *DirPane::ListWidget() const
+{
+    return fList;
 }
 
 void DirPane::FocusList()

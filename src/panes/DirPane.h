@@ -38,6 +38,9 @@ public:
     ~DirPane() override;
 
     DirView *List() const { return fList; }
+    // The list as a widget, for what places things at it or names it as a
+    // drop's target without reaching into the list itself.
+    QWidget *ListWidget() const;
     // The pane's core, and the commands on it.
     PaneModel &Model() const;
     PaneCommands &Commands() const;

@@ -1,7 +1,7 @@
 #include "mainwindow/HotlistWindow.h"
 
 #include "panes/Hotlist.h"
-#include "panes/SavedPlace.h"
+#include "panes/PlaceText.h"
 #include "platform/Alerts.h"
 #include "widgets/PlaceOnScreen.h"
 #include "widgets/WindowConventions.h"
@@ -106,7 +106,7 @@ void HotlistWindow::Fill()
     for (const HotlistEntry &entry : hotlist.Entries()) {
         auto *item = new QListWidgetItem(QString::fromStdString(entry.name), fList);
         item->setData(kPlaceRole, QString::fromStdString(entry.place));
-        item->setToolTip(QString::fromStdString(SavedPlace::Title(entry.place)));
+        item->setToolTip(QString::fromStdString(PlaceText::Title(entry.place)));
         item->setFlags(item->flags() | Qt::ItemIsEditable);
     }
     fList->setCurrentRow(0);

@@ -8,7 +8,7 @@
 #include "panes/Hotlist.h"
 #include "panes/PaneModel.h"
 #include "panes/PaneSource.h"
-#include "panes/SavedPlace.h"
+#include "panes/PlaceText.h"
 #include "platform/Alerts.h"
 
 #include <QApplication>
@@ -124,7 +124,7 @@ void PlaceCommands::ShowRecent(DirPane &pane, QWidget *window)
         if (std::find(listed.begin(), listed.end(), place) != listed.end())
             return;
         listed.push_back(place);
-        AddPlace(*menu, pane, MenuText(SavedPlace::Title(place)), place);
+        AddPlace(*menu, pane, MenuText(PlaceText::Title(place)), place);
     };
     for (const std::string &place : pane.History().Recent())
         addNew(place);
@@ -184,7 +184,7 @@ void PlaceCommands::AddToHotlist(DirPane &pane)
         return;
     }
     Hotlist hotlist = Hotlist::Read();
-    const std::string title = SavedPlace::Title(place);
+    const std::string title = PlaceText::Title(place);
     if (!hotlist.Add(title, place)) {
         pane.Notice("Already in the hotlist");
         return;
@@ -211,7 +211,7 @@ void PlaceCommands::AddPlace(QMenu &menu,
                              const std::string &place)
 {
     QAction *action = menu.addAction(text);
-    action->setToolTip(QString::fromStdString(SavedPlace::Title(place)));
+    action->setToolTip(QString::fromStdString(PlaceText::Title(place)));
     QPointer<DirPane> target(&pane);
     QObject::connect(action, &QAction::triggered, &menu, [target, place] {
         if (target == nullptr)

@@ -4,7 +4,7 @@
 #include "fileops/FileOpsMessages.h"
 #include "panes/DirListItem.h"
 #include "panes/PaneMessages.h"
-#include "panes/SavedPlace.h"
+#include "panes/PlaceText.h"
 #include "platform/Alerts.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
@@ -94,7 +94,7 @@ std::string ArchiveSource::HeaderText() const
 
 std::string ArchiveSource::RecalledPlace() const
 {
-    return kestrin::SavedPlace::ArchivePlace(fArchive, fSubPath);
+    return PlaceText::ArchivePlace(fArchive, fSubPath);
 }
 
 FolderLister::Reader ArchiveSource::Reader(const RowStyle &style) const

@@ -25,7 +25,7 @@ public:
     const std::string &Folder() const override { return fFolder; }
     std::string HeaderText() const override;
     std::string PathText() const override { return HeaderText(); }
-    // The archive and the folder inside it (SavedPlace::ArchivePlace).
+    // The archive and the folder inside it (PlaceText::ArchivePlace).
     std::string RecalledPlace() const override;
 
     FolderLister::Reader Reader(const RowStyle &style) const override;

@@ -4,6 +4,7 @@
 #include "panes/MarkedList.h"
 #include "panes/PaneHost.h"
 #include "panes/RowFilter.h"
+#include "panes/RowPlacement.h"
 #include "platform/Background.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
@@ -34,41 +35,6 @@ struct Carried
 };
 
 } // namespace
-
-int FolderRows::InsertionPoint(const ColumnListModel &list,
-                               const DirListItem &row,
-                               int firstFile,
-                               int sortKey,
-                               CLVSortMode sortMode)
-{
-    int low = row.IsFolder() ? 0 : firstFile;
-    int high = row.IsFolder() ? firstFile : list.CountItems();
-    if (sortMode == NoSort)
-        return high;
-    const bool descending = sortMode == Descending;
-    while (low < high) {
-        const int middle = (low + high) / 2;
-        const int order = CompareFunc(list.ItemAt(middle), &row, sortKey);
-        if (descending ? order >= 0 : order <= 0)
-            low = middle + 1;
-        else
-            high = middle;
-    }
-    return low;
-}
-
-int FolderRows::FirstFile(const ColumnListModel &list)
-{
-    int low = 0;
-    for (int high = list.CountItems(); low < high;) {
-        const int middle = (low + high) / 2;
-        if (static_cast<DirListItem *>(list.ItemAt(middle))->IsFolder())
-            low = middle + 1;
-        else
-            high = middle;
-    }
-    return low;
-}
 
 FolderRows::FolderRows(ColumnListModel &list, PaneHost &host, MarkedList &marked, RowFilter &filter)
     : fList(list)
@@ -255,7 +221,7 @@ bool FolderRows::Merge(Batch &batch)
                               return static_cast<DirListItem *>(row.get())->IsFolder();
                           });
     FolderLister::SortRows(batch.fresh, batch.style.sortKey, batch.style.sortMode);
-    const int firstFile = FirstFile(fList);
+    const int firstFile = RowPlacement::FirstFile(fList);
     std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> inserts;
     std::vector<DirListItem *> toSelect;
     std::vector<std::unique_ptr<CLVListItem>> hidden;
@@ -274,7 +240,11 @@ bool FolderRows::Merge(Batch &batch)
             hidden.push_back(std::move(item));
             continue;
         }
-        inserts.emplace_back(InsertionPoint(fList, *row, firstFile, batch.style.sortKey, batch.style.sortMode),
+        inserts.emplace_back(RowPlacement::InsertionPoint(fList,
+                                                          *row,
+                                                          firstFile,
+                                                          batch.style.sortKey,
+                                                          batch.style.sortMode),
                              std::move(item));
     }
     fList.InsertItems(std::move(inserts));

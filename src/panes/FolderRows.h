@@ -69,17 +69,6 @@ public:
     // press ends.
     bool ApplyNow(const std::string &folder, const RowStyle &style);
 
-    // The row before which `row` goes: after the last row of its group
-    // (folders or files) that it does not precede, as the stable sort would
-    // put it. `firstFile` is FirstFile(list).
-    static int InsertionPoint(const ColumnListModel &list,
-                              const DirListItem &row,
-                              int firstFile,
-                              int sortKey,
-                              CLVSortMode sortMode);
-    // The index of the first row that is not a folder.
-    static int FirstFile(const ColumnListModel &list);
-
 private:
     struct Batch;
 

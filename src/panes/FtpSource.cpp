@@ -5,7 +5,7 @@
 #include "ftp/FtpTls.h"
 #include "panes/DirListItem.h"
 #include "panes/PaneMessages.h"
-#include "panes/SavedPlace.h"
+#include "panes/PlaceText.h"
 #include "platform/Alerts.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
@@ -102,7 +102,7 @@ FtpSource::FtpSource(std::shared_ptr<FtpConversation> conversation,
 {}
 
 std::unique_ptr<PaneSource> FtpSource::Connect(const std::string &sessionFile,
-                                              const std::string &localFolder)
+                                               const std::string &localFolder)
 {
     return std::make_unique<FtpSource>(std::make_shared<FtpConversation>(
                                            FtpSession::Read(sessionFile)),
@@ -110,9 +110,9 @@ std::unique_ptr<PaneSource> FtpSource::Connect(const std::string &sessionFile,
 }
 
 std::unique_ptr<PaneSource> FtpSource::FromSaved(const std::string &saved,
-                                                const std::string &localFolder)
+                                                 const std::string &localFolder)
 {
-    const auto [session, remoteFolder] = kestrin::SavedPlace::ServerParts(saved);
+    const auto [session, remoteFolder] = PlaceText::ServerParts(saved);
     const std::string sessionFile = FtpSession::FileOfSavedPlace(session);
     if (sessionFile.empty())
         return nullptr;
@@ -154,12 +154,12 @@ std::string FtpSource::SavedPlace() const
 
 std::string FtpSource::RecalledPlace() const
 {
-    return kestrin::SavedPlace::ServerPlace(SavedPlace(), RemoteFolder());
+    return PlaceText::ServerPlace(SavedPlace(), RemoteFolder());
 }
 
 std::unique_ptr<PaneSource> FtpSource::Recall(const std::string &recalled) const
 {
-    const auto [session, remoteFolder] = kestrin::SavedPlace::ServerParts(recalled);
+    const auto [session, remoteFolder] = PlaceText::ServerParts(recalled);
     if (session != SavedPlace() || remoteFolder.empty() || remoteFolder[0] != '/')
         return nullptr;
     return std::make_unique<FtpSource>(fConversation,

@@ -47,7 +47,7 @@ public:
     // session's server; a local path or another server is refused.
     std::unique_ptr<PaneSource> TypedPath(const std::string &typed,
                                           std::optional<platform::Alert> *refusal) const override;
-    // The session and its remote folder (SavedPlace::ServerPlace).
+    // The session and its remote folder (PlaceText::ServerPlace).
     std::string RecalledPlace() const override;
     // A folder of the same session, through this conversation.
     std::unique_ptr<PaneSource> Recall(const std::string &recalled) const override;

@@ -1,9 +1,9 @@
 #include "panes/RowFilter.h"
 
 #include "panes/DirListItem.h"
-#include "panes/FolderRows.h"
 #include "panes/MarkedList.h"
 #include "panes/PaneHost.h"
+#include "panes/RowPlacement.h"
 #include "query/QueryMatcher.h"
 
 #include <QTimer>
@@ -215,7 +215,8 @@ void RowFilter::Apply()
 
 void RowFilter::SelectAfter()
 {
-    if (const int select = std::exchange(fSelectAfter, -1); select >= 0 && select < fList.CountItems())
+    if (const int select = std::exchange(fSelectAfter, -1);
+        select >= 0 && select < fList.CountItems())
         fHost.SelectRow(select, true);
 }
 
@@ -306,15 +307,21 @@ void RowFilter::Keep(ColumnListModel::Rows rows)
     // Each row's place among the shown rows, then among the hidden rows of
     // that place in the sort's order: the index of the hidden row it goes
     // before.
-    const int firstFile = FolderRows::FirstFile(fList);
+    const int firstFile = RowPlacement::FirstFile(fList);
     std::vector<std::pair<size_t, Hidden>> arriving;
     arriving.reserve(rows.size());
     for (std::unique_ptr<CLVListItem> &row : rows) {
         const auto &entry = static_cast<const DirListItem &>(*row);
-        const int before = FolderRows::InsertionPoint(fList, entry, firstFile, fList.SortKey(), fList.SortMode());
-        const auto low = std::partition_point(fHidden.begin(), fHidden.end(), [before](const Hidden &h) {
-            return h.before < before;
-        });
+        const int before = RowPlacement::InsertionPoint(fList,
+                                                        entry,
+                                                        firstFile,
+                                                        fList.SortKey(),
+                                                        fList.SortMode());
+        const auto low = std::partition_point(fHidden.begin(),
+                                              fHidden.end(),
+                                              [before](const Hidden &h) {
+                                                  return h.before < before;
+                                              });
         const auto at = std::partition_point(low, fHidden.end(), [&](const Hidden &h) {
             return h.before == before && !Precedes(entry, static_cast<const DirListItem &>(*h.row));
         });
@@ -363,13 +370,13 @@ void RowFilter::Resorted()
         rows.push_back(std::move(hidden.row));
     fHidden.clear();
     FolderLister::SortRows(rows, fList.SortKey(), fList.SortMode());
-    const int firstFile = FolderRows::FirstFile(fList);
+    const int firstFile = RowPlacement::FirstFile(fList);
     for (std::unique_ptr<CLVListItem> &row : rows) {
-        const int before = FolderRows::InsertionPoint(fList,
-                                                      static_cast<const DirListItem &>(*row),
-                                                      firstFile,
-                                                      fList.SortKey(),
-                                                      fList.SortMode());
+        const int before = RowPlacement::InsertionPoint(fList,
+                                                        static_cast<const DirListItem &>(*row),
+                                                        firstFile,
+                                                        fList.SortKey(),
+                                                        fList.SortMode());
         fHidden.push_back(Hidden{before, std::move(row)});
     }
     if (fPending)

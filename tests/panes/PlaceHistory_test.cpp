@@ -1,5 +1,6 @@
 #include "app/SideFile.h"
 #include "panes/PlaceHistory.h"
+#include "panes/PlaceText.h"
 #include "panes/SavedPlace.h"
 #include "support/TempHome.h"
 
@@ -145,17 +146,17 @@ TEST(SavedPlaceTest, RecalledPlacesOfEachKindAndTheirTitles)
     };
     const std::vector<Row> rows = {
         {"/home/user/My Files", "/home/user/My Files"},
-        {SavedPlace::ArchivePlace("/x/a.zip", ""), "/x/a.zip"},
-        {SavedPlace::ArchivePlace("/x/a.zip", "sub/deeper/"), "/x/a.zip/sub/deeper/"},
-        {SavedPlace::ServerPlace("Work server", "/pub/in"), "Work server: /pub/in"},
-        {SavedPlace::ServerPlace("Work server", ""), "Work server"},
+        {PlaceText::ArchivePlace("/x/a.zip", ""), "/x/a.zip"},
+        {PlaceText::ArchivePlace("/x/a.zip", "sub/deeper/"), "/x/a.zip/sub/deeper/"},
+        {PlaceText::ServerPlace("Work server", "/pub/in"), "Work server: /pub/in"},
+        {PlaceText::ServerPlace("Work server", ""), "Work server"},
     };
     for (const Row &row : rows)
-        EXPECT_EQ(SavedPlace::Title(row.recalled), row.title) << row.recalled;
+        EXPECT_EQ(PlaceText::Title(row.recalled), row.title) << row.recalled;
 
     TempHome home;
-    const auto archive = SavedPlace::Read(SavedPlace::ArchivePlace("/x/a.zip", "sub/"), "/tmp");
-    EXPECT_EQ(archive->RecalledPlace(), SavedPlace::ArchivePlace("/x/a.zip", "sub/"));
+    const auto archive = SavedPlace::Read(PlaceText::ArchivePlace("/x/a.zip", "sub/"), "/tmp");
+    EXPECT_EQ(archive->RecalledPlace(), PlaceText::ArchivePlace("/x/a.zip", "sub/"));
     EXPECT_EQ(archive->Folder(), "/x");
     const auto folder = SavedPlace::Read("/home/user/My Files", "/tmp");
     EXPECT_EQ(folder->RecalledPlace(), "/home/user/My Files");

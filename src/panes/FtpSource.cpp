@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QPointer>
 #include <QUrl>
+#include <algorithm>
 #include <utility>
 
 namespace kestrin {
@@ -279,6 +280,11 @@ std::unique_ptr<PaneSource> FtpSource::TypedPath(const std::string &typed,
 {
     const QString text = QString::fromStdString(typed).trimmed().section('\n', 0, 0).trimmed();
     if (text.isEmpty())
+        return nullptr;
+    // A stored session's name opens that session, as it does in any pane:
+    // users switch servers so. A folder of that name here is "./name".
+    const std::vector<std::string> sessions = FtpSession::List();
+    if (std::find(sessions.begin(), sessions.end(), text.toStdString()) != sessions.end())
         return nullptr;
     const FtpSession &session = fConversation->Session();
     QString path = text;

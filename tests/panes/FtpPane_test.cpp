@@ -197,6 +197,11 @@ TEST_F(FtpPaneVsftpd, ThePathFieldReachesSessionsAndPathsOnTheSameServer)
     EXPECT_FALSE(pane.PathEdit()->isVisible());
     EXPECT_EQ(Header(), "ftp: " + Upload() + "/sub");
     EXPECT_FALSE(pane.List()->IsListing());
+
+    // A stored session's name opens that session, from any of its folders.
+    ASSERT_TRUE(Listed([&] { type("site"); }));
+    EXPECT_EQ(Header(), "ftp: " + Upload());
+    EXPECT_EQ(fAlerts.Count(), 3u);
 }
 
 // A server without TLS: a session that would use it goes on in clear, and

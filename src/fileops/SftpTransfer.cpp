@@ -142,6 +142,11 @@ std::vector<SftpTransfer::Item> SftpTransfer::RemoteItems()
                 Refuse(name, "a local file cannot have that name");
             else if (Channel().Stat(item.from, &entry) != B_OK)
                 Refuse(name, Channel().Error());
+            else if (entry.kind == platform::SftpEntry::Kind::Link
+                     || entry.kind == platform::SftpEntry::Kind::Other)
+                // What a link leads to on the server is not known here: its
+                // bits and size would be the link's own.
+                Refuse(name, "it is not a plain file or folder on the server");
             else {
                 item.folder = entry.kind == platform::SftpEntry::Kind::Folder;
                 item.size = item.folder ? 0 : entry.size;

@@ -108,14 +108,22 @@ void SftpTransfer::Run()
 bool SftpTransfer::Connect()
 {
     const FtpSession session = SessionOf(fRequest);
-    fClient = std::make_unique<SftpFolderClient>(session,
-                                                 kTimeoutMs,
-                                                 SftpQuestions::ThroughAlerts(session),
-                                                 nullptr);
+    // A host key the user refused, or was warned of, needs no alert more.
+    SftpFolderClient::Questions questions = SftpQuestions::ThroughAlerts(session);
+    questions.trustHost = [this, ask = questions.trustHost](const platform::SshHostKey &key) {
+        fHostRefused = !(ask && ask(key));
+        return !fHostRefused;
+    };
+    questions.warnChanged = [this, warn = questions.warnChanged](const std::string &why) {
+        fHostRefused = true;
+        if (warn)
+            warn(why);
+    };
+    fClient = std::make_unique<SftpFolderClient>(session, kTimeoutMs, questions, nullptr);
     const std::string why = fClient->Login();
     if (why.empty())
         return true;
-    if (!Interrupted())
+    if (!Interrupted() && !fHostRefused)
         CopyControl::ReportError(&fControl, {"Connect Failed", why, {"OK"}, B_WARNING_ALERT});
     return false;
 }

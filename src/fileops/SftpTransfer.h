@@ -109,6 +109,8 @@ private:
     std::string fRemoteFolder;
     bool fStopped = false;
     bool fAborted = false;
+    // The user refused the host's key, or was warned that it changed.
+    bool fHostRefused = false;
     // The file in transfer: its name and the bytes already shown of it.
     std::string fFileName;
     uint64_t fShown = 0;

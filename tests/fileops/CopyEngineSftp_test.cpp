@@ -120,8 +120,14 @@ void MakeTree(const std::string &root)
 TEST_F(CopyEngineSftp, TreesTravelBothWaysWithTheirBitsAndTimes)
 {
     MakeTree(remote);
-    // A host met for the first time is asked about.
+    // A host met for the first time is asked about; refused, it is the
+    // end of the request without another word.
     fs::remove(home.Home() + "/.ssh/known_hosts");
+    alerts.QueueAnswer(SftpQuestions::kDoNotConnect);
+    Run(Download(remote, {"top.txt"}, {"tree"}), dest);
+    EXPECT_TRUE(control.errors.empty()) << FirstError();
+    EXPECT_TRUE(fs::is_empty(dest));
+    alerts.Clear();
     alerts.QueueAnswer(SftpQuestions::kTrust);
 
     // Reading an entry sets its access time: the facts are taken before.

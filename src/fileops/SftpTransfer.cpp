@@ -302,8 +302,10 @@ bool SftpTransfer::MakeFolder(const Item &item)
         return false;
     }
     // Writable by its owner until its contents are in; its own bits come last.
-    if (Channel().MakeFolder(item.to, 0700) == B_OK)
+    if (Channel().MakeFolder(item.to, 0700) == B_OK) {
+        fNewFolders.insert(item.to);
         return true;
+    }
     platform::SftpEntry entry;
     if (Channel().Stat(item.to, &entry) == B_OK && entry.kind == platform::SftpEntry::Kind::Folder)
         return true;
@@ -328,6 +330,9 @@ bool SftpTransfer::MayReplace(const Item &item)
     if (fDownload) {
         if (platform::Entry(item.to).Exists())
             replace = fOverwrite.ReplaceWith(item.from, double(item.size), item.modified, item.to);
+    } else if (fNewFolders.contains(RemoteParent(item.to))) {
+        // Nothing is in a folder this request made but what it sent.
+        return true;
     } else if (platform::SftpEntry target; Channel().Stat(item.to, &target) == B_OK) {
         replace = fOverwrite.ReplaceRemote(item.from,
                                            double(item.size),
@@ -442,7 +447,8 @@ std::string SftpTransfer::PartialPath(const std::string &folder)
         }
         platform::SftpEntry entry;
         std::string path = RemoteJoin(folder, name);
-        if (Channel().Stat(path, &entry) == B_ENTRY_NOT_FOUND)
+        // Each file takes its name before the next is sent.
+        if (fNewFolders.contains(folder) || Channel().Stat(path, &entry) == B_ENTRY_NOT_FOUND)
             return path;
         if (n > 1000)
             return path;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <set>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -109,6 +110,8 @@ private:
     std::string fRemoteFolder;
     bool fStopped = false;
     bool fAborted = false;
+    // The remote folders this upload made: no Stat need ask what is in them.
+    std::set<std::string> fNewFolders;
     // The user refused the host's key, or was warned that it changed.
     bool fHostRefused = false;
     // The file in transfer: its name and the bytes already shown of it.

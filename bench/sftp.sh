@@ -108,7 +108,9 @@ if chosen many_up; then run kestrin_many_up >/dev/null; diff -r "$work/local/man
 echo "Every transfer chosen ($cases) arrived exactly."
 
 # bench_case NAME MIB: kestrin_NAME beside sftp_NAME and scp_NAME, moving
-# MIB MiB, when CASES names it.
+# MIB MiB, when CASES names it. Each tool's times are one list of words,
+# split again where they are read.
+# shellcheck disable=SC2086
 bench_case() {
     local name="$1" mib="$2" i tool
     chosen "$name" || return 0

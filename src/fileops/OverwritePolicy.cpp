@@ -74,10 +74,7 @@ bool OverwritePolicy::ReplaceRemote(const std::string &sourceName,
                                     time_t targetModified)
 {
     return Replace(modified, targetModified, [&] {
-        Ask({sourceName,
-             targetPath,
-             Describe(targetSize, targetModified),
-             Describe(size, modified)});
+        Ask({sourceName, targetPath, Describe(targetSize, targetModified), Describe(size, modified)});
     });
 }
 

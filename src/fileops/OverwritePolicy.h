@@ -70,9 +70,7 @@ public:
 
 private:
     // What both kinds of copy decide: the standing answer, or `ask`.
-    bool Replace(time_t sourceModified,
-                 time_t targetModified,
-                 const std::function<void()> &ask);
+    bool Replace(time_t sourceModified, time_t targetModified, const std::function<void()> &ask);
     // The move's question: the target first, then the source.
     void AskMove(const platform::Entry &target, const platform::Entry &source);
 

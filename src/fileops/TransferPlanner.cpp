@@ -112,9 +112,9 @@ constexpr PlaceRow kPlaces[] = {
 
 const PlaceRow &PlaceOf(Kind kind)
 {
-    const auto row = std::find_if(std::begin(kPlaces), std::end(kPlaces), [&](const PlaceRow &each) {
-        return each.kind == kind;
-    });
+    const auto row = std::find_if(std::begin(kPlaces),
+                                  std::end(kPlaces),
+                                  [&](const PlaceRow &each) { return each.kind == kind; });
     return row != std::end(kPlaces) ? *row : kPlaces[0];
 }
 

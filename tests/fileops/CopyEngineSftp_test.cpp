@@ -75,10 +75,12 @@ std::map<std::string, std::string> Facts(const std::string &root)
     for (const auto &entry : fs::recursive_directory_iterator(root)) {
         struct stat info = {};
         EXPECT_EQ(lstat(entry.path().c_str(), &info), 0);
-        facts[fs::relative(entry.path(), root).string()]
-            = std::to_string(info.st_mode & 07777) + " "
-              + (S_ISDIR(info.st_mode) ? "-" : std::to_string(info.st_atime)) + " "
-              + std::to_string(info.st_mtime);
+        facts[fs::relative(entry.path(), root).string()] = std::to_string(info.st_mode & 07777)
+                                                           + " "
+                                                           + (S_ISDIR(info.st_mode)
+                                                                  ? "-"
+                                                                  : std::to_string(info.st_atime))
+                                                           + " " + std::to_string(info.st_mtime);
     }
     return facts;
 }

@@ -224,8 +224,11 @@ TEST(TransferPlanner, DecidesEveryPairingOfPlacesAndOperations)
         row.expected = sftp(row.expected);
         rows.push_back(row);
     }
-    const Kind kinds[]
-        = {Kind::Folder, Kind::QueryResults, Kind::FtpFolder, Kind::Archive, Kind::SftpFolder};
+    const Kind kinds[] = {Kind::Folder,
+                          Kind::QueryResults,
+                          Kind::FtpFolder,
+                          Kind::Archive,
+                          Kind::SftpFolder};
     for (Operation operation : operations) {
         for (Kind from : {Kind::FtpFolder, Kind::SftpFolder})
             for (Kind to : {Kind::FtpFolder, Kind::SftpFolder})

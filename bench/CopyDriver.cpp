@@ -1,6 +1,8 @@
 // kestrin-copy-driver [--pack] SOURCE... DESTINATION
 // kestrin-copy-driver --unpack ARCHIVE DESTINATION MEMBER...
 // kestrin-copy-driver --download PORT FTPPATH DESTINATION NAME...
+// kestrin-copy-driver --sftp-download PORT FOLDER DESTINATION NAME...
+// kestrin-copy-driver --sftp-upload PORT FOLDER SOURCE...
 // Copies with Kestrin's copy engine and no window: what the progress window
 // would show is dropped, and an existing target is replaced. --pack packs the
 // sources into a zip in DESTINATION as Ctrl+F5 does; --unpack unpacks the
@@ -8,6 +10,9 @@
 // archive's pane does. --download fetches the NAMEs (a folder's name ends in
 // "/") of the folder FTPPATH from the FTP server on 127.0.0.1:PORT, as an
 // anonymous user, with the request F5 sends from an FTP pane.
+// --sftp-download does the same from the remote FOLDER of the SSH server on
+// 127.0.0.1:PORT, and --sftp-upload sends the SOURCEs into it, as $USER with
+// the keys and known hosts of $HOME/.ssh.
 
 #include "fileops/CopyControl.h"
 #include "fileops/CopyEngine.h"
@@ -15,6 +20,7 @@
 #include "platform/Entry.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -53,7 +59,9 @@ int Usage()
     fprintf(stderr,
             "usage: kestrin-copy-driver [--pack] SOURCE... DESTINATION\n"
             "       kestrin-copy-driver --unpack ARCHIVE DESTINATION MEMBER...\n"
-            "       kestrin-copy-driver --download PORT FTPPATH DESTINATION NAME...\n");
+            "       kestrin-copy-driver --download PORT FTPPATH DESTINATION NAME...\n"
+            "       kestrin-copy-driver --sftp-download PORT FOLDER DESTINATION NAME...\n"
+            "       kestrin-copy-driver --sftp-upload PORT FOLDER SOURCE...\n");
     return 2;
 }
 
@@ -72,16 +80,26 @@ platform::Message UnpackRequest(const char *archive, const std::vector<std::stri
     return request;
 }
 
-platform::Message DownloadRequest(const std::string &port,
+// The server's fields of a request to the server on 127.0.0.1:PORT.
+platform::Message ServerRequest(uint32_t what, const std::string &port, const std::string &ftpPath)
+{
+    const bool sftp = what != kestrin::kMsgFtpDownload;
+    const char *user = getenv("USER");
+    platform::Message request(what);
+    request.AddString("Host", "127.0.0.1");
+    request.AddString("User", sftp ? (user != nullptr ? user : "") : "anonymous");
+    request.AddString("Password", sftp ? "" : "kestrin@localhost");
+    request.AddString("FtpPath", ftpPath);
+    request.AddInt32("Port", int32_t(std::stol(port)));
+    return request;
+}
+
+platform::Message DownloadRequest(uint32_t what,
+                                  const std::string &port,
                                   const std::string &ftpPath,
                                   const std::vector<std::string> &names)
 {
-    platform::Message request(kestrin::kMsgFtpDownload);
-    request.AddString("Host", "127.0.0.1");
-    request.AddString("User", "anonymous");
-    request.AddString("Password", "kestrin@localhost");
-    request.AddString("FtpPath", ftpPath);
-    request.AddInt32("Port", int32_t(std::stol(port)));
+    platform::Message request = ServerRequest(what, port, ftpPath);
     for (std::string name : names) {
         const bool folder = name.back() == '/';
         if (folder)
@@ -112,16 +130,26 @@ int main(int argc, char **argv)
     const std::string mode = !args.empty() && args[0].rfind("--", 0) == 0 ? args[0] : "";
     if (!mode.empty())
         args.erase(args.begin());
+    const bool download = mode == "--download" || mode == "--sftp-download";
     if (args.size() < 2
-        || (mode != "" && mode != "--pack" && mode != "--unpack" && mode != "--download")
-        || (mode == "--download" && args.size() < 4))
+        || (mode != "" && mode != "--pack" && mode != "--unpack" && !download
+            && mode != "--sftp-upload")
+        || (download && args.size() < 4) || (mode == "--sftp-upload" && args.size() < 3))
         return Usage();
 
     platform::Message request;
     std::string destination;
-    if (mode == "--download") {
+    if (download) {
         destination = args[2];
-        request = DownloadRequest(args[0], args[1], {args.begin() + 3, args.end()});
+        request = DownloadRequest(mode == "--download" ? kestrin::kMsgFtpDownload
+                                                       : kestrin::kMsgSftpDownload,
+                                  args[0],
+                                  args[1],
+                                  {args.begin() + 3, args.end()});
+    } else if (mode == "--sftp-upload") {
+        request = ServerRequest(kestrin::kMsgSftpUpload, args[0], args[1]);
+        if (!AddRefs(&request, {args.begin() + 2, args.end()}))
+            return 1;
     } else if (mode == "--unpack") {
         destination = args[1];
         request = UnpackRequest(args[0].c_str(), {args.begin() + 2, args.end()});

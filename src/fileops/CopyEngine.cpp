@@ -7,6 +7,7 @@
 #include "fileops/FtpTransfer.h"
 #include "fileops/KestrinEntry.h"
 #include "fileops/OverwritePolicy.h"
+#include "fileops/SftpTransfer.h"
 #include "fileops/Trash.h"
 #include "platform/Directory.h"
 #include "platform/PathNames.h"
@@ -62,6 +63,10 @@ void CopyEngine::Run()
         break;
     case kMsgFtpDownload:
         PerformFtp();
+        break;
+    case kMsgSftpDownload:
+    case kMsgSftpUpload:
+        SftpTransfer(fRequest, fDestination, fControl).Run();
         break;
     case kMsgPackRequest:
         ArchivePacker(fRequest, fDestination, fControl).Run();

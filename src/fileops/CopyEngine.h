@@ -17,7 +17,8 @@ class Trash;
 // between the Trash and deleting for good), or unpack members of an archive
 // into it (618, see ArchiveExtractor), or pack the "refs" of a 615 into a
 // zip there (ArchivePacker), or upload the "refs" of a 'DATA' with "Session"
-// to an FTP server or download the items of a 604 from one (FtpTransfer).
+// to an FTP server or download the items of a 604 from one (FtpTransfer),
+// or the same with an SFTP server, 651 and 650 (SftpTransfer).
 //
 // Run() does the whole request synchronously on the calling thread: a test
 // calls it directly, the progress window calls it on a worker thread. Progress,

@@ -53,7 +53,8 @@ bool NeedsNoOverallBar(const platform::Message &request)
             return false;
         return !platform::Entry(ref).IsDirectory();
     }
-    return count > 1 && request.HasField("Session");
+    // An SFTP transfer measures its trees first: its overall bar counts bytes.
+    return count > 1 && request.what == kMsgCopyRequest && request.HasField("Session");
 }
 
 QIcon PauseIcon()

@@ -45,7 +45,7 @@ int32_t OverwritePolicy::Ask(const OverwriteQuestion &question)
 
 bool OverwritePolicy::ReplaceOnCopy(KestrinEntry &source, const std::string &targetPath)
 {
-    return Replace(ModificationTime(source), targetPath, [&] {
+    return Replace(ModificationTime(source), ModificationTime(platform::Entry(targetPath)), [&] {
         std::string sourcePath;
         source.GetPath(&sourcePath);
         source.Overwrite(sourcePath, targetPath, *this);
@@ -57,8 +57,8 @@ bool OverwritePolicy::ReplaceWith(const std::string &sourceName,
                                   time_t modified,
                                   const std::string &targetPath)
 {
-    return Replace(modified, targetPath, [&] {
-        const platform::Entry target(targetPath);
+    const platform::Entry target(targetPath);
+    return Replace(modified, ModificationTime(target), [&] {
         Ask({sourceName,
              targetPath,
              Describe(Size(target), ModificationTime(target)),
@@ -66,8 +66,20 @@ bool OverwritePolicy::ReplaceWith(const std::string &sourceName,
     });
 }
 
+bool OverwritePolicy::ReplaceRemote(const std::string &sourceName,
+                                    double size,
+                                    time_t modified,
+                                    const std::string &targetPath,
+                                    double targetSize,
+                                    time_t targetModified)
+{
+    return Replace(modified, targetModified, [&] {
+        Ask({sourceName, targetPath, Describe(targetSize, targetModified), Describe(size, modified)});
+    });
+}
+
 bool OverwritePolicy::Replace(time_t sourceModified,
-                              const std::string &targetPath,
+                              time_t targetModified,
                               const std::function<void()> &ask)
 {
     if (fDecision == kSkipAll)
@@ -75,7 +87,7 @@ bool OverwritePolicy::Replace(time_t sourceModified,
 
     fControl.SetProgressVisible(false);
     if (fDecision == kOverwriteAllOlder)
-        return sourceModified > ModificationTime(platform::Entry(targetPath));
+        return sourceModified > targetModified;
     if (fDecision == kOverwriteAll)
         return true;
 

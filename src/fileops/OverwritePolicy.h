@@ -51,6 +51,15 @@ public:
                      time_t modified,
                      const std::string &targetPath);
 
+    // The same for a target that is no local entry (a file on a server), of
+    // `targetSize` bytes, modified at `targetModified`.
+    bool ReplaceRemote(const std::string &sourceName,
+                       double size,
+                       time_t modified,
+                       const std::string &targetPath,
+                       double targetSize,
+                       time_t targetModified);
+
     // A rename within one volume meets an existing target: true to replace it.
     // The progress window hides only while the question is shown.
     bool ReplaceOnMove(const platform::Entry &target, const platform::Entry &source);
@@ -61,9 +70,7 @@ public:
 
 private:
     // What both kinds of copy decide: the standing answer, or `ask`.
-    bool Replace(time_t sourceModified,
-                 const std::string &targetPath,
-                 const std::function<void()> &ask);
+    bool Replace(time_t sourceModified, time_t targetModified, const std::function<void()> &ask);
     // The move's question: the target first, then the source.
     void AskMove(const platform::Entry &target, const platform::Entry &source);
 

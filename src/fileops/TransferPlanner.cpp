@@ -91,18 +91,31 @@ constexpr Pairing kPairings[] = {
     {Origin::Server, true, Operation::Unpack, Route::RefuseServerToServer},
 };
 
-Origin OriginOf(Kind kind)
+// What each kind of place is to a transfer: where its rows come from, whether
+// it is a server, and the requests that fetch from it and send to it.
+struct PlaceRow
 {
-    switch (kind) {
-    case Kind::FtpFolder:
-        return Origin::Server;
-    case Kind::Archive:
-        return Origin::Archive;
-    case Kind::Folder:
-    case Kind::QueryResults:
-        break;
-    }
-    return Origin::Entries;
+    Kind kind;
+    Origin origin;
+    bool server;
+    uint32_t download;
+    uint32_t upload;
+};
+
+constexpr PlaceRow kPlaces[] = {
+    {Kind::Folder, Origin::Entries, false, 0, 0},
+    {Kind::QueryResults, Origin::Entries, false, 0, 0},
+    {Kind::FtpFolder, Origin::Server, true, kMsgFtpDownload, kMsgCopyRequest},
+    {Kind::Archive, Origin::Archive, false, 0, 0},
+    {Kind::SftpFolder, Origin::Server, true, kMsgSftpDownload, kMsgSftpUpload},
+};
+
+const PlaceRow &PlaceOf(Kind kind)
+{
+    const auto row = std::find_if(std::begin(kPlaces),
+                                  std::end(kPlaces),
+                                  [&](const PlaceRow &each) { return each.kind == kind; });
+    return row != std::end(kPlaces) ? *row : kPlaces[0];
 }
 
 platform::Alert Refusal(Route route)
@@ -168,7 +181,7 @@ platform::Message Retyped(platform::Message request, uint32_t what)
 platform::Message UploadTo(const TransferPlace &to, platform::Message request)
 {
     const FtpSession session = to.server.value_or(FtpSession{});
-    request.what = kMsgCopyRequest;
+    request.what = PlaceOf(to.kind).upload;
     request.AddString("Session", session.name);
     request.AddString("Host", session.host);
     request.AddString("User", session.user);
@@ -180,7 +193,7 @@ platform::Message UploadTo(const TransferPlace &to, platform::Message request)
 
 platform::Message StagedUpload(const TransferPlace &to)
 {
-    platform::Message request(kMsgCopyRequest);
+    platform::Message request(PlaceOf(to.kind).upload);
     request.AddString("TypeOfCopy", "Copy");
     return UploadTo(to, std::move(request));
 }
@@ -238,6 +251,7 @@ std::vector<TransferPlan::Step> StepsOf(Route route,
 {
     using Step = TransferPlan::Step;
     const platform::Message unpack = Retyped(request, kMsgUnpackRequest);
+    const platform::Message download = Retyped(request, PlaceOf(from.kind).download);
     switch (route) {
     case Route::Copy:
         return {Step{request, target}};
@@ -246,7 +260,7 @@ std::vector<TransferPlan::Step> StepsOf(Route route,
     case Route::Unpack:
         return {Step{unpack, target}};
     case Route::Download:
-        return {Step{Retyped(request, kMsgFtpDownload), target}};
+        return {Step{download, target}};
     case Route::Upload:
         return {Step{UploadTo(to, request), target}};
     case Route::PackAndUpload:
@@ -263,7 +277,7 @@ std::vector<TransferPlan::Step> StepsOf(Route route,
                 Step{StagedPack(ArchiveNaming(request)), {}, Stage::Packed, Stage::Fetched},
                 Step{StagedUpload(to), target, Stage::None, Stage::Packed}};
     case Route::DownloadAndPack:
-        return {Step{Retyped(request, kMsgFtpDownload), {}, Stage::Fetched},
+        return {Step{download, {}, Stage::Fetched},
                 Step{StagedPack(from.folder), target, Stage::None, Stage::Fetched}};
     default:
         return {};
@@ -309,8 +323,8 @@ TransferPlan TransferPlanner::Plan(const platform::Message &request,
         plan.refusal = std::move(refusal);
         return plan;
     }
-    const Origin origin = OriginOf(from.kind);
-    const bool toServer = to.kind == Kind::FtpFolder;
+    const Origin origin = PlaceOf(from.kind).origin;
+    const bool toServer = PlaceOf(to.kind).server;
     const Operation operation = OperationOf(request);
     const auto pairing = std::find_if(std::begin(kPairings),
                                       std::end(kPairings),

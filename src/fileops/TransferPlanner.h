@@ -9,7 +9,7 @@ namespace kestrin {
 // Decides what one request of the panes does between two places: a copy,
 // move, link, pack or unpack ("TypeOfCopy", or the request's code) from the
 // place the rows come from to the place they go to. Every pairing of the
-// four kinds of place and the five operations is a row of one table; the
+// five kinds of place and the five operations is a row of one table; the
 // answer is the steps the copy engine runs, or the refusal the user sees.
 // Windows and panes ask here and never decide on the kind of place.
 class TransferPlanner

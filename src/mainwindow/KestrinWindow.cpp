@@ -701,6 +701,8 @@ void KestrinWindow::MessageReceived(platform::Message &message)
         }
         break;
     case kMsgFtpDownload:
+    case kMsgSftpDownload:
+    case kMsgSftpUpload:
     case kMsgPackRequest:
     case kMsgUnpackRequest:
     case kMsgCopyRequest:

@@ -47,10 +47,12 @@ public:
     bool LoggedIn() const { return fChannel != nullptr; }
     // The connection was cut under a request: the next one logs in again.
     void ConnectionLost();
+    // Logs in anew (a transfer's own connection, or one that was lost):
+    // empty, or why it failed. The channel is then Channel().
+    std::string Login();
+    platform::SftpChannel *Channel() const { return fChannel.get(); }
 
 private:
-    // Empty, or why it failed.
-    std::string Login();
     std::string CheckHost();
     bool Authenticate();
     // Empty, or why the step failed; `folder` is where it leads.

@@ -110,6 +110,9 @@ TEST(CopyWin, SizeFollowsTheRequestAndALocalCopyWidensOnStart)
         {"upload of two items", kMsgCopyRequest, {file, folder}, true, true, false},
         {"upload of one folder", kMsgCopyRequest, {folder}, true, false, false},
         {"download", kMsgFtpDownload, {}, false, true, false},
+        // An SFTP transfer counts the bytes of its trees on the overall bar.
+        {"SFTP upload of two items", kMsgSftpUpload, {file, folder}, true, false, false},
+        {"SFTP download", kMsgSftpDownload, {}, true, false, false},
         {"pack of one file", kMsgPackRequest, {file}, false, true, false},
         {"delete of one file", kMsgDeleteRequest, {file}, false, false, false},
     };

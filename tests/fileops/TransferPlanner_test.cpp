@@ -1,4 +1,4 @@
-// Every pairing of the four kinds of place and the five operations, as the
+// Every pairing of the five kinds of place and the five operations, as the
 // planner decides it: the steps of the plan, or the refusal's exact text.
 
 #include "fileops/FileOpsMessages.h"
@@ -42,7 +42,7 @@ FtpSession Session(const std::string &name)
 
 TransferPlace PlaceOf(Kind kind, const std::string &folder)
 {
-    if (kind == Kind::FtpFolder)
+    if (kind == Kind::FtpFolder || kind == Kind::SftpFolder)
         return {kind, folder, Session(folder == "/pub" ? "target" : "origin")};
     return {kind, folder, {}};
 }
@@ -58,13 +58,15 @@ platform::Message RequestOf(Kind kind, Operation operation)
         what = kMsgUnpackRequest;
     else if (operation == Operation::Copy && kind == Kind::FtpFolder)
         what = kMsgFtpDownload;
+    else if (operation == Operation::Copy && kind == Kind::SftpFolder)
+        what = kMsgSftpDownload;
     platform::Message request(what);
     request.AddString("TypeOfCopy", types[int(operation)]);
     if (kind == Kind::Archive) {
         request.AddString("Archive", "/a/bundle.zip");
         request.AddString("CopyFrom", "");
         request.AddString("ZipFile", "m.txt");
-    } else if (kind == Kind::FtpFolder) {
+    } else if (kind == Kind::FtpFolder || kind == Kind::SftpFolder) {
         request.AddString("FtpPath", "/src");
         request.AddString("FtpFile", "f.txt");
     } else {
@@ -94,6 +96,12 @@ std::string Describe(const TransferPlan &plan)
         switch (step.request.what) {
         case kMsgFtpDownload:
             text += " download";
+            break;
+        case kMsgSftpDownload:
+            text += " sftp-download";
+            break;
+        case kMsgSftpUpload:
+            text += " sftp-upload";
             break;
         case kMsgPackRequest:
             text += " pack";
@@ -195,22 +203,51 @@ TEST(TransferPlanner, DecidesEveryPairingOfPlacesAndOperations)
         row.from = Kind::QueryResults;
         rows.push_back(row);
     }
+    // An SFTP folder plans as an FTP folder does, with requests of its own.
+    const auto sftp = [](std::string text) {
+        if (text.starts_with("refused"))
+            return text;
+        for (const char *verb : {" download", " upload"}) {
+            const std::string from = verb;
+            const std::string to = " sftp-" + from.substr(1);
+            for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + 1))
+                text.replace(at, from.size(), to);
+        }
+        return text;
+    };
+    for (size_t i = 0, count = rows.size(); i < count; i++) {
+        Pairing row = rows[i];
+        if (row.from != Kind::FtpFolder && row.to != Kind::FtpFolder)
+            continue;
+        row.from = row.from == Kind::FtpFolder ? Kind::SftpFolder : row.from;
+        row.to = row.to == Kind::FtpFolder ? Kind::SftpFolder : row.to;
+        row.expected = sftp(row.expected);
+        rows.push_back(row);
+    }
+    const Kind kinds[] = {Kind::Folder,
+                          Kind::QueryResults,
+                          Kind::FtpFolder,
+                          Kind::Archive,
+                          Kind::SftpFolder};
     for (Operation operation : operations) {
-        rows.push_back(
-            {Kind::FtpFolder, Kind::FtpFolder, operation, Refused("Foo", kServerToServer)});
-        for (Kind from : {Kind::Folder, Kind::QueryResults, Kind::FtpFolder, Kind::Archive}) {
+        for (Kind from : {Kind::FtpFolder, Kind::SftpFolder})
+            for (Kind to : {Kind::FtpFolder, Kind::SftpFolder})
+                rows.push_back({from, to, operation, Refused("Foo", kServerToServer)});
+        for (Kind from : kinds) {
             rows.push_back({from, Kind::QueryResults, operation, Refused("foo", kQueryRefusal)});
             rows.push_back({from, Kind::Archive, operation, Refused("foo", kArchiveRefusal)});
         }
     }
-    ASSERT_EQ(rows.size(), 4u * 4u * 5u);
+    ASSERT_EQ(rows.size(), 5u * 5u * 5u);
     for (const Pairing &row : rows) {
-        const std::string folder = row.to == Kind::FtpFolder ? "/pub" : "/dst";
+        const auto server = [](Kind kind) {
+            return kind == Kind::FtpFolder || kind == Kind::SftpFolder;
+        };
         const TransferPlan plan = TransferPlanner::Plan(RequestOf(row.from, row.operation),
                                                         PlaceOf(row.from,
-                                                                row.from == Kind::FtpFolder ? "/src"
-                                                                                            : "/a"),
-                                                        PlaceOf(row.to, folder));
+                                                                server(row.from) ? "/src" : "/a"),
+                                                        PlaceOf(row.to,
+                                                                server(row.to) ? "/pub" : "/dst"));
         EXPECT_EQ(Describe(plan), row.expected) << "from " << int(row.from) << " to " << int(row.to)
                                                 << ", operation " << int(row.operation);
     }

@@ -144,6 +144,20 @@ public:
     {
         return nullptr;
     }
+    // Likewise the same place once `row` is renamed to `name`, or once
+    // `rows` are given the permissions `mode`; null where the pane does it
+    // on disk, or where it cannot be done.
+    virtual std::unique_ptr<PaneSource> WithRenamed(const DirListItem &, const std::string &) const
+    {
+        return nullptr;
+    }
+    virtual std::unique_ptr<PaneSource> WithMode(const std::vector<const DirListItem *> &,
+                                                 mode_t) const
+    {
+        return nullptr;
+    }
+    // Rows can be renamed in place: on disk, or by the place itself.
+    virtual bool RenamesRows() const { return IsLocalFolder(); }
     virtual CopyOut CopyRequest() const;
     // What F3 asks of the main window to show a file row in the viewer;
     // nothing where there is no way to.

@@ -28,6 +28,11 @@ public:
     // can (PaneSource::Recall), else made anew.
     static std::unique_ptr<PaneSource> Recall(const std::string &recalled, const PaneSource &shown);
 
+    // A new connection with the stored session `sessionFile` (".ftp" or
+    // ".sftp"), in a place of its kind.
+    static std::unique_ptr<PaneSource> Session(const std::string &sessionFile,
+                                               const std::string &standing);
+
     // The texts that RecalledPlace gives for an archive's folder (`inside`
     // "" at its top, else ending in "/") and for a server's folder.
     static std::string ArchivePlace(const std::string &archive, const std::string &inside);

@@ -153,8 +153,10 @@ std::string SftpFolderClient::Step(const SftpRequest &request, std::string *fold
 {
     using Step = SftpRequest::Step;
     *folder = request.base;
+    // Enter also takes a whole path, typed into the pane's path field.
+    const bool wholePath = request.step == Step::Enter && request.name.starts_with('/');
     if (request.step != Step::Connect && request.step != Step::Stay && request.step != Step::Up
-        && !IsPlainName(request.name) && request.entries.empty())
+        && !wholePath && !IsPlainName(request.name) && request.entries.empty())
         return "\"" + request.name + "\" is not a name of this folder.";
     std::string error;
     switch (request.step) {
@@ -171,7 +173,7 @@ std::string SftpFolderClient::Step(const SftpRequest &request, std::string *fold
         *folder = ParentOf(request.base);
         return {};
     case Step::Enter:
-        if (!Resolve(Join(request.base, request.name), folder)) {
+        if (!Resolve(wholePath ? request.name : Join(request.base, request.name), folder)) {
             *folder = request.base;
             return fChannel->Error();
         }

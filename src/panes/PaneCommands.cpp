@@ -251,6 +251,18 @@ void PaneCommands::Identify()
     }
 }
 
+bool PaneCommands::ShowPlaceInfo() const
+{
+    bool shown = false;
+    for (const DirListItem *row : RowsToActOn()) {
+        if (std::optional<platform::Alert> info = fModel.Source().InfoOf(*row)) {
+            platform::Alerts::Go(*info);
+            shown = true;
+        }
+    }
+    return shown;
+}
+
 void PaneCommands::SetPermissions(mode_t mode)
 {
     const std::vector<DirListItem *> rows = RowsToActOn();

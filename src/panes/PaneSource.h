@@ -156,6 +156,13 @@ public:
     {
         return nullptr;
     }
+    // What Get Info shows of a row the place knows itself (an entry on a
+    // server, which no information window can read): its facts in an
+    // alert. Nothing for local entries.
+    virtual std::optional<platform::Alert> InfoOf(const DirListItem &) const
+    {
+        return std::nullopt;
+    }
     // Rows can be renamed in place: on disk, or by the place itself.
     virtual bool RenamesRows() const { return IsLocalFolder(); }
     virtual CopyOut CopyRequest() const;

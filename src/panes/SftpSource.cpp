@@ -321,6 +321,19 @@ std::unique_ptr<PaneSource> SftpSource::WithMode(const std::vector<const DirList
     return Next(std::move(step));
 }
 
+std::optional<platform::Alert> SftpSource::InfoOf(const DirListItem &row) const
+{
+    if (row.IsParent())
+        return std::nullopt;
+    const char *kind = row.IsLink() ? "link" : row.IsFolder() ? "folder" : "file";
+    std::string text = PathOf(row) + "\nKind: " + kind;
+    if (!row.IsFolder())
+        text += "\nSize: " + std::to_string(row.Size()) + " bytes";
+    text += "\nModified: " + EntryTexts::DateText(row.ModificationTime(), "%Y-%m-%d %H:%M:%S")
+            + "\nPermissions: " + row.PermissionText();
+    return platform::Alert{"Get Info", text, {"OK"}, B_INFO_ALERT};
+}
+
 CopyOut SftpSource::CopyRequest() const
 {
     return {kMsgSftpDownload, "Copy"};

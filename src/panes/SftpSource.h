@@ -73,6 +73,9 @@ public:
                                             const std::string &name) const override;
     std::unique_ptr<PaneSource> WithMode(const std::vector<const DirListItem *> &rows,
                                          mode_t mode) const override;
+    // The entry's name, kind, size, modification time and permissions, as
+    // the listing gave them.
+    std::optional<platform::Alert> InfoOf(const DirListItem &row) const override;
     bool RenamesRows() const override { return true; }
     CopyOut CopyRequest() const override;
     // Nothing is downloaded to be viewed or edited yet: both say so.

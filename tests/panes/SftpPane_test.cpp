@@ -161,6 +161,17 @@ TEST_F(SftpPaneTest, BrowsesMakesRenamesDeletesAndSetsPermissionsWithThePanesKey
         EXPECT_NE(fAlerts.Shown()[0].text.find("SFTP server"), std::string::npos) << key;
         fAlerts.Clear();
     }
+    // Get Info tells what the listing said of the entry.
+    fs::permissions(Remote() + "/b.txt", fs::perms(0604));
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_F2); }));
+    Select("b.txt");
+    EXPECT_TRUE(list.Commands().ShowPlaceInfo());
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].title, "Get Info");
+    for (const std::string &fact : {Remote() + "/b.txt\nKind: file\nSize: 2048 bytes\nModified: ",
+                                    std::string("\nPermissions: -rw----r--")})
+        EXPECT_NE(fAlerts.Shown()[0].text.find(fact), std::string::npos) << fAlerts.Shown()[0].text;
+    fAlerts.Clear();
     // F5 asks for a download with the server's fields.
     Key(Qt::Key_F5);
     ASSERT_FALSE(fWindow.messages.empty());

@@ -114,7 +114,8 @@ std::unique_ptr<PaneSource> FtpSource::FromSaved(const std::string &saved,
 {
     const auto [session, remoteFolder] = kestrin::SavedPlace::ServerParts(saved);
     const std::string sessionFile = FtpSession::FileOfSavedPlace(session);
-    if (sessionFile.empty())
+    // An SFTP session's is SftpSource's.
+    if (!FtpSession::IsSessionFile(sessionFile))
         return nullptr;
     if (remoteFolder.empty())
         return Connect(sessionFile, localFolder);

@@ -76,6 +76,12 @@ SftpChannel::~SftpChannel()
 
 status_t SftpChannel::Failed(const std::string &what)
 {
+    // A cut connection leaves the last status of the server behind: a
+    // plain failure would read as the server refusing.
+    if (!fSession.IsConnected()) {
+        fError = what + ": the connection was lost: " + fSession.LastError();
+        return B_IO_ERROR;
+    }
     const int code = fSftp != nullptr ? sftp_get_error(fSftp) : SSH_FX_FAILURE;
     switch (code) {
     case SSH_FX_NO_SUCH_FILE:

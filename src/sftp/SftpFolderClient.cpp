@@ -128,17 +128,27 @@ void SftpFolderClient::KeepAlive()
 SftpResult SftpFolderClient::Run(const SftpRequest &request, const std::function<void()> &connected)
 {
     SftpResult result;
-    if (request.step == SftpRequest::Step::Connect || !LoggedIn()) {
+    const bool fresh = request.step == SftpRequest::Step::Connect || !LoggedIn();
+    if (fresh) {
         result.connectError = Login();
         if (!result.connectError.empty())
             return result;
         if (connected)
             connected();
     }
-    result.stepError = Step(request, &result.folder);
+    status_t listed = StepAndList(request, result);
+    if (!fresh && !fSsh->IsConnected()) {
+        // The server ended the session since the last request: logged in
+        // again at once, the request is made once more.
+        Log("The server ended the connection.");
+        result = {};
+        result.connectError = Login();
+        if (!result.connectError.empty())
+            return result;
+        listed = StepAndList(request, result);
+    }
     if (!result.stepError.empty())
         Log(result.stepError);
-    const status_t listed = fChannel->List(result.folder, &result.entries);
     if (listed == B_IO_ERROR) {
         // The connection is gone: the next request logs in again.
         result.connectError = Log("The connection was lost: " + fChannel->Error());
@@ -147,6 +157,12 @@ SftpResult SftpFolderClient::Run(const SftpRequest &request, const std::function
         result.listError = Log(fChannel->Error());
     }
     return result;
+}
+
+status_t SftpFolderClient::StepAndList(const SftpRequest &request, SftpResult &result)
+{
+    result.stepError = Step(request, &result.folder);
+    return fChannel->List(result.folder, &result.entries);
 }
 
 std::string SftpFolderClient::Step(const SftpRequest &request, std::string *folder)

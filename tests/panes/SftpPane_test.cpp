@@ -228,3 +228,32 @@ TEST_F(SftpPaneTest, ASilentServerNeverHoldsTheWindowAndDisconnectCutsIt)
     EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
     EXPECT_TRUE(fAlerts.Shown().empty());
 }
+
+// The server ends the pane's session while it is idle: the next command
+// logs in again by itself and does what it was asked; the window goes on
+// meanwhile.
+TEST_F(SftpPaneTest, ADroppedSessionIsMadeAgainByTheNextCommand)
+{
+    DirPane &pane = Open();
+    DirView &list = *pane.List();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("box.sftp"); }));
+    ASSERT_TRUE(WaitFor([&] { return Header() == "sftp: " + Remote() && !list.IsListing(); }));
+    const std::vector<std::string> top = {"..", "sub", "a.txt", "b.txt"};
+    TickGaps gaps;
+    TickGaps::OffTheWindowThread([&] { fServer.DropSessions(); });
+    Select("sub");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
+    EXPECT_EQ(Header(), "sftp: " + Remote() + "/sub");
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"..", "deep"}));
+    EXPECT_NE(LogText().find("The server ended the connection.\nConnecting to"),
+              std::string::npos)
+        << LogText();
+    EXPECT_TRUE(fAlerts.Shown().empty());
+    // Dropped again, then a refresh: the same.
+    TickGaps::OffTheWindowThread([&] { fServer.DropSessions(); });
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Backspace); }));
+    EXPECT_EQ(Header(), "sftp: " + Remote());
+    EXPECT_EQ(RowNames(list), top);
+    EXPECT_TRUE(fAlerts.Shown().empty());
+    EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
+}

@@ -64,13 +64,16 @@ std::unique_ptr<QMimeData> TextOnly(const std::vector<std::string> &lines)
 }
 
 // A server's entry as an address other programs open: the password stays out.
+// An ftp:// or sftp:// address, as the session's kind says; its port only
+// where it is not the kind's own.
 std::string FtpUrl(const FtpSession &session, const std::string &path)
 {
+    const bool sftp = session.kind == FtpSession::Kind::Sftp;
     QUrl url;
-    url.setScheme("ftp");
+    url.setScheme(sftp ? "sftp" : "ftp");
     url.setUserName(QString::fromUtf8(session.user.c_str()));
     url.setHost(QString::fromUtf8(session.host.c_str()));
-    if (session.PortNumber() != 21)
+    if (session.PortNumber() != (sftp ? 22u : 21u))
         url.setPort(int(session.PortNumber()));
     url.setPath(QString::fromUtf8(path.c_str()));
     return url.toEncoded().toStdString();
@@ -102,10 +105,15 @@ ClipboardEntries::Written ClipboardEntries::ForPlace(const TransferPlace &place,
         else
             written.data = TextOnly(paths);
         break;
-    case TransferPlace::Kind::FtpFolder: {
+    case TransferPlace::Kind::FtpFolder:
+    case TransferPlace::Kind::SftpFolder: {
         if (action == Action::Cut) {
-            written.refusal = CutRefusal("Files on an FTP server cannot be cut: Copy to Clipboard "
-                                         "copies their ftp:// addresses as text.");
+            written.refusal = CutRefusal(
+                place.kind == TransferPlace::Kind::SftpFolder
+                    ? "Files on an SFTP server cannot be cut: Copy to Clipboard copies their "
+                      "sftp:// addresses as text."
+                    : "Files on an FTP server cannot be cut: Copy to Clipboard copies their ftp:// "
+                      "addresses as text.");
             break;
         }
         std::vector<std::string> urls;

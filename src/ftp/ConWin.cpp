@@ -27,6 +27,14 @@ void NoSelection()
     MessageBox("Please select a session first.", "Hey", "OK");
 }
 
+std::string Shown(const std::string &name, FtpSession::Kind kind)
+{
+    return kind == FtpSession::Kind::Sftp ? name + " (SFTP)" : name;
+}
+
+// The session file a row stands for.
+constexpr int kFileRole = Qt::UserRole;
+
 } // namespace
 
 ConWin::ConWin(const QRect &frame, platform::Handler *target, QWidget *parent)
@@ -107,15 +115,20 @@ void ConWin::LoadConnectionList()
     // A reload keeps the row the user chose, if it is still there, and
     // selects the first row otherwise: Return and Connect always have a
     // session to act on.
-    const std::string selected = lvConnections->selectedItems().isEmpty()
-                                     ? std::string()
-                                     : lvConnections->selectedItems().first()->text().toStdString();
+    const QString selected = lvConnections->selectedItems().isEmpty()
+                                 ? QString()
+                                 : lvConnections->selectedItems().first()->data(kFileRole).toString();
     Clear();
     QListWidgetItem *chosen = nullptr;
-    for (const std::string &name : FtpSession::List()) {
-        auto *row = new QListWidgetItem(QString::fromStdString(name), lvConnections);
-        if (chosen == nullptr && name == selected)
-            chosen = row;
+    for (const FtpSession::Kind kind : {FtpSession::Kind::Ftp, FtpSession::Kind::Sftp}) {
+        for (const std::string &name : FtpSession::List(kind)) {
+            auto *row = new QListWidgetItem(QString::fromStdString(Shown(name, kind)),
+                                            lvConnections);
+            const QString file = QString::fromStdString(FtpSession::FileNameOf(name, kind));
+            row->setData(kFileRole, file);
+            if (chosen == nullptr && file == selected)
+                chosen = row;
+        }
     }
     if (chosen == nullptr)
         chosen = lvConnections->item(0);
@@ -153,11 +166,11 @@ void ConWin::MessageReceived(platform::Message &message)
         close();
         break;
     case kMsgFtpNewSession:
-        Edit(std::nullopt);
+        New();
         break;
     case kMsgFtpEditSession:
-        if (const auto name = SelectedSession())
-            Edit(FtpSession::FileNameOf(*name));
+        if (const auto selected = SelectedSession())
+            Edit(selected->file);
         break;
     case kMsgFtpDeleteSession:
         Delete();
@@ -187,45 +200,59 @@ void ConWin::ReloadSoon()
         Qt::QueuedConnection);
 }
 
-std::optional<std::string> ConWin::SelectedSession() const
+std::optional<ConWin::Selected> ConWin::SelectedSession() const
 {
     const QList<QListWidgetItem *> selected = lvConnections->selectedItems();
     if (selected.isEmpty()) {
         NoSelection();
         return std::nullopt;
     }
-    return selected.first()->text().toStdString();
+    return Selected{selected.first()->text().toStdString(),
+                    selected.first()->data(kFileRole).toString().toStdString()};
 }
 
 void ConWin::Connect()
 {
-    const auto name = SelectedSession();
-    if (!name)
+    const auto selected = SelectedSession();
+    if (!selected)
         return;
     platform::Message open(kMsgOpenFtpSession);
-    open.AddString("session", FtpSession::FileNameOf(*name));
+    open.AddString("session", selected->file);
     if (fTarget != nullptr)
         fTarget->Post(open);
     close();
 }
 
-void ConWin::Edit(const std::optional<std::string> &fileName)
+void ConWin::New()
+{
+    const int kind = platform::Alerts::Go({"New Connection",
+                                           "Which kind of server does the session connect to?",
+                                           {"Cancel", "FTP", "SFTP"},
+                                           B_INFO_ALERT});
+    if (kind == 1)
+        Edit(std::nullopt, FtpSession::Kind::Ftp);
+    else if (kind == 2)
+        Edit(std::nullopt, FtpSession::Kind::Sftp);
+}
+
+void ConWin::Edit(const std::optional<std::string> &fileName, FtpSession::Kind kind)
 {
     // Owned by the main window when there is one, so that it outlives this
     // window when the user connects before saving.
     QWidget *owner = parentWidget() != nullptr ? parentWidget() : this;
-    auto *settings = new FtpWin(geometry(), owner, fileName);
+    auto *settings = new FtpWin(geometry(), owner, fileName, kind);
     settings->setAttribute(Qt::WA_DeleteOnClose);
 }
 
 void ConWin::Delete()
 {
-    const auto name = SelectedSession();
-    if (!name)
+    const auto selected = SelectedSession();
+    if (!selected)
         return;
-    const std::string question = "Are you sure you want to delete the session: " + *name + "?";
+    const std::string question = "Are you sure you want to delete the session: " + selected->shown
+                                 + "?";
     if (MessageBox(question.c_str(), "Hey", "Cancel", "Delete") == 1)
-        FtpSession::Remove(FtpSession::FileNameOf(*name));
+        FtpSession::Remove(selected->file);
 }
 
 } // namespace kestrin

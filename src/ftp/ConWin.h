@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/FtpSession.h"
 #include "platform/Handler.h"
 
 #include <QWidget>
@@ -12,7 +13,8 @@ class QListWidget;
 namespace kestrin {
 
 // The "Ftp Sessions" window: the stored sessions in the order the settings
-// folder lists them, kept in step with the folder by node monitoring, and the
+// folder lists them (the FTP ones, then the SFTP ones, shown as
+// "name (SFTP)"), kept in step with the folder by node monitoring, and the
 // buttons to connect to one (handing it to the main window), make, edit or
 // delete one.
 //
@@ -35,13 +37,21 @@ public:
 
 private:
     QLayout *BuildButtons(QWidget *container);
-    // The selected session's name; none, after telling the user, without one.
-    std::optional<std::string> SelectedSession() const;
+    struct Selected
+    {
+        std::string shown; // as the list shows it
+        std::string file;  // "<name>.ftp" or "<name>.sftp"
+    };
+    // The selected session; none, after telling the user, without one.
+    std::optional<Selected> SelectedSession() const;
+    // Asks which kind of session to make, then opens its window.
+    void New();
     void Watch();
     void ReloadSoon();
     void Connect();
     // Opens a settings window on a session file, or on a new session.
-    void Edit(const std::optional<std::string> &fileName);
+    void Edit(const std::optional<std::string> &fileName,
+              FtpSession::Kind kind = FtpSession::Kind::Ftp);
     void Delete();
 
     platform::Handler *fTarget;

@@ -16,14 +16,37 @@ namespace kestrin {
 
 namespace {
 
-constexpr const char *kExtension = ".ftp";
+const char *ExtensionOf(FtpSession::Kind kind)
+{
+    return kind == FtpSession::Kind::Sftp ? ".sftp" : ".ftp";
+}
 
 } // namespace
 
-bool FtpSession::IsSessionFile(const std::string &fileName)
+bool FtpSession::IsSessionFile(const std::string &fileName, Kind kind)
 {
     const size_t dot = fileName.rfind('.');
-    return dot != std::string::npos && fileName.compare(dot, std::string::npos, kExtension) == 0;
+    return dot != std::string::npos
+           && fileName.compare(dot, std::string::npos, ExtensionOf(kind)) == 0;
+}
+
+std::string FtpSession::FileNameOf(const std::string &name, Kind kind)
+{
+    return name + ExtensionOf(kind);
+}
+
+std::optional<FtpSession::Kind> FtpSession::KindOf(const std::string &fileName)
+{
+    for (const Kind kind : {Kind::Ftp, Kind::Sftp}) {
+        if (IsSessionFile(fileName, kind))
+            return kind;
+    }
+    return std::nullopt;
+}
+
+const char *FtpSession::DefaultPort(Kind kind)
+{
+    return kind == Kind::Sftp ? "22" : "21";
 }
 
 std::string FtpSession::NameOf(const std::string &fileName)
@@ -39,7 +62,7 @@ std::string FtpSession::Folder()
     return settings + "/" + kSettingsFolder;
 }
 
-std::vector<std::string> FtpSession::List()
+std::vector<std::string> FtpSession::List(Kind kind)
 {
     std::vector<std::string> names;
     const std::string folder = Folder();
@@ -50,7 +73,7 @@ std::vector<std::string> FtpSession::List()
     while (directory.GetNextEntry(&entry) == B_OK) {
         std::string leaf;
         entry.GetName(&leaf);
-        if (IsSessionFile(leaf))
+        if (IsSessionFile(leaf, kind))
             names.push_back(NameOf(leaf));
     }
     return names;
@@ -60,6 +83,7 @@ FtpSession FtpSession::Read(const std::string &fileName)
 {
     FtpSession session;
     session.name = NameOf(fileName);
+    session.kind = KindOf(fileName).value_or(Kind::Ftp);
     std::string buffer = session.name;
     const std::array<std::pair<const char *, std::string *>, 6> keys{{
         {"Host", &session.host},
@@ -110,7 +134,7 @@ bool FtpSession::WriteAnew(const std::string &fileName) const
 
 bool FtpSession::Write() const
 {
-    const std::string fileName = FileNameOf(name);
+    const std::string fileName = FileNameOf(name, kind);
     SessionOptions options = SessionOptions::Read(fileName);
     const bool anew = passwordInKeyring || options.PasswordInKeyring();
     if (!(anew ? WriteAnew(fileName) : WriteKeys(fileName, pass)))
@@ -131,8 +155,10 @@ bool FtpSession::Remove(const std::string &fileName)
         SessionPassword::ForgetLater(NameOf(fileName));
     SessionOptions::Remove(fileName);
     // What Kestrin kept of it goes too: a new session of the same name must
-    // not inherit a trusted certificate.
-    FtpSecurity::Remove(NameOf(fileName));
+    // not inherit a trusted certificate. (An SFTP session has none: the FTP
+    // session of its name keeps its own.)
+    if (IsSessionFile(fileName))
+        FtpSecurity::Remove(NameOf(fileName));
     return true;
 }
 
@@ -140,9 +166,19 @@ std::string FtpSession::FileOfSavedPlace(const std::string &savedPlace)
 {
     if (savedPlace.empty() || savedPlace[0] == '/')
         return {};
-    const std::string file = FileNameOf(savedPlace);
     struct stat info;
-    return platform::StatPath(Folder() + "/" + file, &info) == B_OK ? file : "";
+    const std::string file = FileNameOf(savedPlace);
+    if (platform::StatPath(Folder() + "/" + file, &info) == B_OK)
+        return file;
+    if (IsSessionFile(savedPlace, Kind::Sftp)
+        && platform::StatPath(Folder() + "/" + savedPlace, &info) == B_OK)
+        return savedPlace;
+    return {};
+}
+
+std::string FtpSession::SavedPlace() const
+{
+    return kind == Kind::Sftp ? FileNameOf(name, kind) : name;
 }
 
 unsigned FtpSession::PortNumber() const

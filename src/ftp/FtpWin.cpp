@@ -31,8 +31,12 @@ constexpr std::pair<FtpTls::Choice, const char *> kTlsChoices[] = {
 
 } // namespace
 
-FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::string> &sessionFile)
+FtpWin::FtpWin(const QRect &frame,
+               QWidget *owner,
+               const std::optional<std::string> &sessionFile,
+               FtpSession::Kind kind)
     : QWidget(owner, Qt::Window)
+    , fKind(sessionFile ? FtpSession::KindOf(*sessionFile).value_or(kind) : kind)
 {
     setWindowTitle("Ftp Connection");
     auto *container = new QWidget(this);
@@ -44,14 +48,17 @@ FtpWin::FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::stri
     text1 = AddField("Session:", "text1");
     text2 = AddField("Host:", "text2");
     text3 = AddField("Port:", "text3");
-    text3->setText("21");
+    text3->setText(FtpSession::DefaultPort(fKind));
     text4 = AddField("User Name:", "text4");
     // Shown as typed: the user is told above that it is stored so too.
     text5 = AddField("Password:", "text5");
-    fKeyring = new KeyringOption(fFields, text5);
+    const bool ftp = fKind == FtpSession::Kind::Ftp;
+    if (ftp)
+        fKeyring = new KeyringOption(fFields, text5);
     text6 = AddField("Remote Dir:", "text6");
     text7 = AddField("Local Dir:", "text7");
-    BuildSecurity();
+    if (ftp)
+        BuildSecurity();
     auto *outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     outer->addWidget(container);
@@ -144,6 +151,8 @@ void FtpWin::LoadFtpSettings(const std::string &sessionFile)
         if (!value->empty())
             field->setText(QString::fromStdString(*value));
     }
+    if (fKeyring == nullptr)
+        return;
     fKeyring->Load(session);
     const FtpSecurity security = FtpSecurity::Read(session.name);
     for (int i = 0; i < fTls->count(); i++) {
@@ -186,7 +195,8 @@ FtpSession FtpWin::Fields() const
     session.port = text3->text().toStdString();
     session.user = text4->text().toStdString();
     session.pass = text5->text().toStdString();
-    session.passwordInKeyring = fKeyring->Chosen();
+    session.passwordInKeyring = fKeyring != nullptr && fKeyring->Chosen();
+    session.kind = fKind;
     session.remoteDir = text6->text().toStdString();
     session.localDir = text7->text().toStdString();
     return session;
@@ -197,6 +207,8 @@ bool FtpWin::SetFtpSetting()
     const FtpSession session = Fields();
     if (!session.Write())
         return false;
+    if (fKind == FtpSession::Kind::Sftp)
+        return true;
     FtpSecurity security;
     security.tls = kTlsChoices[std::max(fTls->currentIndex(), 0)].first;
     security.trustedCertificate = fTrustedCertificate;
@@ -214,6 +226,11 @@ void FtpWin::MessageReceived(platform::Message &message)
             break;
         // A file that could not be made has been reported; there is nothing
         // more this window can do about it.
+        if (fKeyring == nullptr) {
+            SetFtpSetting();
+            close();
+            break;
+        }
         fKeyring->Keep(Fields(), [this] {
             SetFtpSetting();
             close();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftp/FtpSession.h"
 #include "platform/Handler.h"
 
 #include <QWidget>
@@ -14,7 +15,6 @@ class QLineEdit;
 namespace kestrin {
 
 class KeyringOption;
-struct FtpSession;
 
 // The "Ftp Connection" window: the settings of one stored session, new or
 // read from its file. "OK" saves once the session, host, port and user name
@@ -30,8 +30,13 @@ class FtpWin : public QWidget, public platform::Handler
 
 public:
     // Shows itself centred on `frame`, on the session file `sessionFile`
-    // ("<name>.ftp") or on a new session.
-    FtpWin(const QRect &frame, QWidget *owner, const std::optional<std::string> &sessionFile);
+    // ("<name>.ftp" or "<name>.sftp") or on a new session of `kind`. An SFTP
+    // session has no TLS choice, and its password is not offered to the
+    // keyring, whose entries are an FTP session's by name.
+    FtpWin(const QRect &frame,
+           QWidget *owner,
+           const std::optional<std::string> &sessionFile,
+           FtpSession::Kind kind = FtpSession::Kind::Ftp);
 
     // Fills the fields from a session file; a field keeps its text where the
     // file gives an empty value.
@@ -61,7 +66,8 @@ private:
     QLineEdit *text5 = nullptr; // Password:
     QLineEdit *text6 = nullptr; // Remote Dir:
     QLineEdit *text7 = nullptr; // Local Dir:
-    // Whether the password is kept in the desktop keyring instead.
+    FtpSession::Kind fKind;
+    // Whether the password is kept in the desktop keyring instead (FTP).
     KeyringOption *fKeyring = nullptr;
     QComboBox *fTls = nullptr;
     QLabel *fTrusted = nullptr;

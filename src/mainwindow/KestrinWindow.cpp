@@ -478,6 +478,9 @@ void KestrinWindow::DoGetSpace()
 
 void KestrinWindow::OpenInfoWindows(DirView *list)
 {
+    // An entry on a server is told by its place.
+    if (list->Commands().ShowPlaceInfo())
+        return;
     // Each file's type is worked out afresh first, so the kind shown is
     // what the content says.
     list->Commands().Identify();

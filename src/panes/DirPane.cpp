@@ -5,7 +5,6 @@
 #include "ftp/FtpMessages.h"
 #include "panes/DirView.h"
 #include "panes/FolderSource.h"
-#include "panes/FtpSource.h"
 #include "panes/KsFtr.h"
 #include "panes/KsHeader.h"
 #include "panes/KsTree.h"
@@ -241,7 +240,7 @@ void DirPane::DoZip(const std::string &archive)
 
 void DirPane::DoFtp(const std::string &sessionFile)
 {
-    Follow(FtpSource::Connect(sessionFile, fList->Source().Folder()));
+    Follow(SavedPlace::Session(sessionFile, fList->Source().Folder()));
 }
 
 void DirPane::Restore(const std::string &saved)

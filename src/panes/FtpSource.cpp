@@ -70,13 +70,6 @@ void MakeRows(const FtpResult &result, const RowStyle &style, FolderLister::Job 
     job.done = job.total.load();
 }
 
-std::string LocalFolderOf(const FtpSession &session, const std::string &standing)
-{
-    if (!session.localDir.empty() && platform::IsFolder(session.localDir))
-        return session.localDir;
-    return standing.empty() ? "/" : standing;
-}
-
 bool ConfirmNotEmpty(const std::string &)
 {
     return platform::Alerts::Go({"Sir?",
@@ -92,6 +85,13 @@ platform::Alert PathRefusal(const std::string &text)
 }
 
 } // namespace
+
+std::string FtpSource::LocalFolderOf(const FtpSession &session, const std::string &standing)
+{
+    if (!session.localDir.empty() && platform::IsFolder(session.localDir))
+        return session.localDir;
+    return standing.empty() ? "/" : standing;
+}
 
 FtpSource::FtpSource(std::shared_ptr<FtpConversation> conversation,
                      const std::string &localFolder,
@@ -115,7 +115,8 @@ std::unique_ptr<PaneSource> FtpSource::FromSaved(const std::string &saved,
 {
     const auto [session, remoteFolder] = PlaceText::ServerParts(saved);
     const std::string sessionFile = FtpSession::FileOfSavedPlace(session);
-    if (sessionFile.empty())
+    // An SFTP session's is SftpSource's.
+    if (!FtpSession::IsSessionFile(sessionFile))
         return nullptr;
     if (remoteFolder.empty())
         return Connect(sessionFile, localFolder);
@@ -275,57 +276,63 @@ Opening FtpSource::Open(const DirListItem &row) const
     return opening;
 }
 
-std::unique_ptr<PaneSource> FtpSource::TypedPath(const std::string &typed,
-                                                 std::optional<platform::Alert> *refusal) const
+std::string FtpSource::TypedRemotePath(const std::string &typed,
+                                       const FtpSession &session,
+                                       const std::string &folder,
+                                       const std::string &scheme,
+                                       std::optional<platform::Alert> *refusal)
 {
     const QString text = QString::fromStdString(typed).trimmed().section('\n', 0, 0).trimmed();
     if (text.isEmpty())
-        return nullptr;
+        return {};
     // A stored session's name opens that session, as it does in any pane:
     // users switch servers so. A folder of that name here is "./name".
-    const std::vector<std::string> sessions = FtpSession::List();
-    if (std::find(sessions.begin(), sessions.end(), text.toStdString()) != sessions.end())
-        return nullptr;
-    const FtpSession &session = fConversation->Session();
+    for (const FtpSession::Kind kind : {FtpSession::Kind::Ftp, FtpSession::Kind::Sftp}) {
+        const std::vector<std::string> sessions = FtpSession::List(kind);
+        if (std::find(sessions.begin(), sessions.end(), text.toStdString()) != sessions.end())
+            return {};
+    }
+    const QString prefix = QString::fromStdString(scheme) + "://";
     QString path = text;
-    if (text.startsWith("ftp://", Qt::CaseInsensitive)) {
+    if (text.startsWith(prefix, Qt::CaseInsensitive)) {
         const QUrl url(text);
         if (url.host().toStdString() != session.host
             || unsigned(url.port(int(session.PortNumber()))) != session.PortNumber()) {
             *refusal = PathRefusal("\"" + url.host().toStdString()
                                    + "\" is another server than this pane's. Open its session "
                                      "with Ftp Connections.");
-            return nullptr;
+            return {};
         }
         path = url.path().isEmpty() ? "/" : url.path();
     } else if (text.startsWith('~') || text.startsWith('$') || text.contains("://")
                || text.startsWith("file:")) {
-        *refusal = PathRefusal("This pane shows a folder on an FTP server: only a path on the "
-                               "server can be gone to here. Disconnect the pane first to go to a "
-                               "folder of this computer.");
-        return nullptr;
+        const std::string kind = session.kind == FtpSession::Kind::Sftp ? "an SFTP" : "an FTP";
+        *refusal = PathRefusal("This pane shows a folder on " + kind
+                               + " server: only a path on the server can be gone to here. "
+                                 "Disconnect the pane first to go to a folder of this computer.");
+        return {};
     }
     if (!path.startsWith('/'))
-        path = QString::fromStdString(RemoteFolder()) + '/' + path;
-    return Next(FtpRequest::Of(FtpRequest::Step::Enter, {}, QDir::cleanPath(path).toStdString()));
+        path = QString::fromStdString(folder) + '/' + path;
+    return QDir::cleanPath(path).toStdString();
+}
+
+std::unique_ptr<PaneSource> FtpSource::TypedPath(const std::string &typed,
+                                                 std::optional<platform::Alert> *refusal) const
+{
+    const std::string path = TypedRemotePath(typed,
+                                             fConversation->Session(),
+                                             RemoteFolder(),
+                                             "ftp",
+                                             refusal);
+    if (path.empty())
+        return nullptr;
+    return Next(FtpRequest::Of(FtpRequest::Step::Enter, {}, path));
 }
 
 TransferPlace FtpSource::Place() const
 {
     return {TransferPlace::Kind::FtpFolder, RemoteFolder(), fConversation->Session()};
-}
-
-void FtpSource::AddServerFields(platform::Message &request) const
-{
-    const FtpSession &session = fConversation->Session();
-    // The session's name, as an upload carries it: the transfer takes its
-    // TLS choice and trusted certificate from there.
-    request.AddString("Session", session.name);
-    request.AddString("Host", session.host);
-    request.AddString("User", session.user);
-    request.AddString("Password", session.pass);
-    request.AddString("FtpPath", RemoteFolder());
-    request.AddInt32("Port", int32_t(session.PortNumber()));
 }
 
 std::unique_ptr<PaneSource> FtpSource::WithNewFolder(const std::string &name) const
@@ -364,8 +371,23 @@ std::optional<platform::Alert> FtpSource::EditRefusal() const
 platform::Message FtpSource::Request(uint32_t what,
                                      const std::vector<const DirListItem *> &rows) const
 {
+    return RowsRequest(what, fConversation->Session(), RemoteFolder(), rows);
+}
+
+platform::Message FtpSource::RowsRequest(uint32_t what,
+                                         const FtpSession &session,
+                                         const std::string &folder,
+                                         const std::vector<const DirListItem *> &rows)
+{
     platform::Message request(what);
-    AddServerFields(request);
+    // The session's name, as an upload carries it: the transfer takes its
+    // TLS choice and trusted certificate from there.
+    request.AddString("Session", session.name);
+    request.AddString("Host", session.host);
+    request.AddString("User", session.user);
+    request.AddString("Password", session.pass);
+    request.AddString("FtpPath", folder);
+    request.AddInt32("Port", int32_t(session.PortNumber()));
     std::string refused;
     bool any = false;
     for (const DirListItem *row : rows) {

@@ -92,6 +92,27 @@ public:
     const std::string &RemoteFolder() const;
     const FtpConversation &Conversation() const { return *fConversation; }
 
+    // What an FTP and an SFTP place share.
+    // The session's local folder, else `standing`.
+    static std::string LocalFolderOf(const FtpSession &session, const std::string &standing);
+    // A request of rows of the server's `folder`: the server's fields
+    // ("Session", "Host", "User", "Password", "FtpPath", "Port") and an
+    // "FtpFile" or "FtpDir" for each row. Rows whose names cannot be local
+    // names are refused with an alert; code 0 when none is left.
+    static platform::Message RowsRequest(uint32_t what,
+                                         const FtpSession &session,
+                                         const std::string &folder,
+                                         const std::vector<const DirListItem *> &rows);
+    // The absolute remote path a path typed in a pane on `folder` of
+    // `session` names: an absolute or relative path, or an address with
+    // `scheme` ("ftp", "sftp") on the session's server. Empty, with a
+    // refusal or none (nothing typed), for anything else.
+    static std::string TypedRemotePath(const std::string &typed,
+                                       const FtpSession &session,
+                                       const std::string &folder,
+                                       const std::string &scheme,
+                                       std::optional<platform::Alert> *refusal);
+
 private:
     // What a listing of the place found, shared with the listing in flight.
     struct Reached
@@ -103,8 +124,6 @@ private:
     };
 
     std::unique_ptr<PaneSource> Next(FtpRequest step) const;
-    // "Session", "Host", "User", "Password", "FtpPath" and "Port".
-    void AddServerFields(platform::Message &request) const;
 
     std::shared_ptr<FtpConversation> fConversation;
     std::string fLocalFolder;

@@ -134,7 +134,7 @@ void PaneCommands::Trash()
 void PaneCommands::Edit()
 {
     const int selection = fHost.Selection();
-    if (selection < 1 || !fModel.Source().IsLocalFolder())
+    if (selection < 1 || !fModel.Source().RenamesRows())
         return;
     fHost.EndRename();
     fHost.StartRename(selection);
@@ -152,6 +152,13 @@ bool PaneCommands::RenameRow(const DirListItem *row, const std::string &name)
     if (name.empty() || name == row->Name())
         return false;
     const std::string from = row->Name();
+    // A server renames the entry itself; the listing that follows shows it.
+    if (std::unique_ptr<PaneSource> place = fModel.Source().WithRenamed(*row, name)) {
+        fModel.Show(std::move(place), [model = &fModel, name] { model->SelectByName(name); });
+        return true;
+    }
+    if (!fModel.Source().IsLocalFolder())
+        return false;
     platform::Entry entry(fModel.PathOf(row));
     // A "/" would move the entry elsewhere: a rename stays in its folder.
     const status_t status = name.find('/') != std::string::npos || name == "." || name == ".."
@@ -168,7 +175,7 @@ bool PaneCommands::RenameRow(const DirListItem *row, const std::string &name)
 void PaneCommands::Rename(const std::string &name)
 {
     const DirListItem *row = fModel.SelectedRow();
-    if (row != nullptr && !row->IsParent() && fModel.Source().IsLocalFolder())
+    if (row != nullptr && !row->IsParent() && fModel.Source().RenamesRows())
         RenameRow(row, name);
 }
 
@@ -244,8 +251,27 @@ void PaneCommands::Identify()
     }
 }
 
+bool PaneCommands::ShowPlaceInfo() const
+{
+    bool shown = false;
+    for (const DirListItem *row : RowsToActOn()) {
+        if (std::optional<platform::Alert> info = fModel.Source().InfoOf(*row)) {
+            platform::Alerts::Go(*info);
+            shown = true;
+        }
+    }
+    return shown;
+}
+
 void PaneCommands::SetPermissions(mode_t mode)
 {
+    const std::vector<DirListItem *> rows = RowsToActOn();
+    if (std::unique_ptr<PaneSource> place = fModel.Source().WithMode({rows.begin(), rows.end()},
+                                                                     mode)) {
+        if (!rows.empty())
+            fModel.Show(std::move(place));
+        return;
+    }
     for (const std::string &path : PathsToActOn()) {
         if (const status_t status = platform::SetPermissions(path, mode); status != B_OK)
             KestrinEntry::ShowError(status);

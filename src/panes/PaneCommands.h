@@ -64,6 +64,9 @@ public:
     // Works out the type of the marked (or selected) files from their
     // content again.
     void Identify();
+    // Shows the facts of the marked (or selected) rows that the place knows
+    // itself (PaneSource::InfoOf); false when it knows none.
+    bool ShowPlaceInfo() const;
     // Gives the marked (or selected) entries the permission bits `mode`;
     // each failure shows its alert and the others still change.
     void SetPermissions(mode_t mode);

@@ -144,6 +144,27 @@ public:
     {
         return nullptr;
     }
+    // Likewise the same place once `row` is renamed to `name`, or once
+    // `rows` are given the permissions `mode`; null where the pane does it
+    // on disk, or where it cannot be done.
+    virtual std::unique_ptr<PaneSource> WithRenamed(const DirListItem &, const std::string &) const
+    {
+        return nullptr;
+    }
+    virtual std::unique_ptr<PaneSource> WithMode(const std::vector<const DirListItem *> &,
+                                                 mode_t) const
+    {
+        return nullptr;
+    }
+    // What Get Info shows of a row the place knows itself (an entry on a
+    // server, which no information window can read): its facts in an
+    // alert. Nothing for local entries.
+    virtual std::optional<platform::Alert> InfoOf(const DirListItem &) const
+    {
+        return std::nullopt;
+    }
+    // Rows can be renamed in place: on disk, or by the place itself.
+    virtual bool RenamesRows() const { return IsLocalFolder(); }
     virtual CopyOut CopyRequest() const;
     // What F3 asks of the main window to show a file row in the viewer;
     // nothing where there is no way to.

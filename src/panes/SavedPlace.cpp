@@ -4,6 +4,7 @@
 #include "panes/FolderSource.h"
 #include "panes/FtpSource.h"
 #include "panes/PlaceText.h"
+#include "panes/SftpSource.h"
 #include "platform/PathNames.h"
 
 namespace kestrin {
@@ -26,8 +27,10 @@ std::unique_ptr<PaneSource> SavedPlace::Read(const std::string &saved, const std
     if (PlaceText::IsArchivePlace(saved))
         return ArchiveFolder(saved);
     // A server's folder is kept as its session's name.
-    if (std::unique_ptr<PaneSource> server = FtpSource::FromSaved(saved, standing))
-        return server;
+    for (const auto fromSaved : {&FtpSource::FromSaved, &SftpSource::FromSaved}) {
+        if (std::unique_ptr<PaneSource> server = fromSaved(saved, standing))
+            return server;
+    }
     return std::make_unique<FolderSource>(saved);
 }
 
@@ -36,6 +39,14 @@ std::unique_ptr<PaneSource> SavedPlace::Recall(const std::string &recalled, cons
     if (std::unique_ptr<PaneSource> near = shown.Recall(recalled))
         return near;
     return Read(recalled, shown.Folder());
+}
+
+std::unique_ptr<PaneSource> SavedPlace::Session(const std::string &sessionFile,
+                                                const std::string &standing)
+{
+    if (std::unique_ptr<PaneSource> sftp = SftpSource::Connect(sessionFile, standing))
+        return sftp;
+    return FtpSource::Connect(sessionFile, standing);
 }
 
 } // namespace kestrin

@@ -24,6 +24,10 @@ public:
     // The place `recalled` reached from the one `shown`: through it where it
     // can (PaneSource::Recall), else made anew.
     static std::unique_ptr<PaneSource> Recall(const std::string &recalled, const PaneSource &shown);
+    // A new connection with the stored session `sessionFile` (".ftp" or
+    // ".sftp"), in a place of its kind.
+    static std::unique_ptr<PaneSource> Session(const std::string &sessionFile,
+                                               const std::string &standing);
 };
 
 } // namespace kestrin

@@ -4,7 +4,7 @@
 #include "ftp/FtpSession.h"
 #include "panes/ArchiveSource.h"
 #include "panes/FolderSource.h"
-#include "panes/FtpSource.h"
+#include "panes/SavedPlace.h"
 #include "platform/FolderScan.h"
 #include "platform/PathNames.h"
 #include "platform/Paths.h"
@@ -224,7 +224,7 @@ std::unique_ptr<PaneSource> TypedPlace::Source(const std::string &standing,
             inside);
     }
     case Kind::Session:
-        return FtpSource::Connect(path, standing);
+        return SavedPlace::Session(path, standing);
     default:
         return nullptr;
     }

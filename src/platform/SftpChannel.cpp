@@ -81,11 +81,10 @@ SftpChannel::~SftpChannel()
 
 status_t SftpChannel::Failed(const std::string &what)
 {
-    // A connection that went sends no code of its own: the last one the
-    // server sent would pass for this failure's, and the caller would never
-    // learn that it may go on over a new connection.
-    if (fSession.Handle() != nullptr && ssh_is_connected(fSession.Handle()) == 0) {
-        fError = what + ": the connection was lost (" + fSession.LastError() + ").";
+    // A cut connection leaves the last status of the server behind: a
+    // plain failure would read as the server refusing.
+    if (!fSession.IsConnected()) {
+        fError = what + ": the connection was lost: " + fSession.LastError();
         return B_IO_ERROR;
     }
     const int code = fSftp != nullptr ? sftp_get_error(fSftp) : SSH_FX_FAILURE;

@@ -201,6 +201,11 @@ std::string SshSession::LastError() const
     return fSession != nullptr ? ssh_get_error(fSession) : "";
 }
 
+bool SshSession::IsConnected() const
+{
+    return fSession != nullptr && ssh_is_connected(fSession) != 0;
+}
+
 void SshSession::Disconnect()
 {
     if (fSession != nullptr) {

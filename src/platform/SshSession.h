@@ -69,6 +69,8 @@ public:
 
     // libssh's last error, in its words.
     std::string LastError() const;
+    // Connected, and the connection not found cut since.
+    bool IsConnected() const;
     void Disconnect();
 
     // The libssh session, for the SFTP channel over it; null before Connect.

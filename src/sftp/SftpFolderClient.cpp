@@ -128,17 +128,27 @@ void SftpFolderClient::KeepAlive()
 SftpResult SftpFolderClient::Run(const SftpRequest &request, const std::function<void()> &connected)
 {
     SftpResult result;
-    if (request.step == SftpRequest::Step::Connect || !LoggedIn()) {
+    const bool fresh = request.step == SftpRequest::Step::Connect || !LoggedIn();
+    if (fresh) {
         result.connectError = Login();
         if (!result.connectError.empty())
             return result;
         if (connected)
             connected();
     }
-    result.stepError = Step(request, &result.folder);
+    status_t listed = StepAndList(request, result);
+    if (!fresh && !fSsh->IsConnected()) {
+        // The server ended the session since the last request: logged in
+        // again at once, the request is made once more.
+        Log("The server ended the connection.");
+        result = {};
+        result.connectError = Login();
+        if (!result.connectError.empty())
+            return result;
+        listed = StepAndList(request, result);
+    }
     if (!result.stepError.empty())
         Log(result.stepError);
-    const status_t listed = fChannel->List(result.folder, &result.entries);
     if (listed == B_IO_ERROR) {
         // The connection is gone: the next request logs in again.
         result.connectError = Log("The connection was lost: " + fChannel->Error());
@@ -149,12 +159,20 @@ SftpResult SftpFolderClient::Run(const SftpRequest &request, const std::function
     return result;
 }
 
+status_t SftpFolderClient::StepAndList(const SftpRequest &request, SftpResult &result)
+{
+    result.stepError = Step(request, &result.folder);
+    return fChannel->List(result.folder, &result.entries);
+}
+
 std::string SftpFolderClient::Step(const SftpRequest &request, std::string *folder)
 {
     using Step = SftpRequest::Step;
     *folder = request.base;
+    // Enter also takes a whole path, typed into the pane's path field.
+    const bool wholePath = request.step == Step::Enter && request.name.starts_with('/');
     if (request.step != Step::Connect && request.step != Step::Stay && request.step != Step::Up
-        && !IsPlainName(request.name) && request.entries.empty())
+        && !wholePath && !IsPlainName(request.name) && request.entries.empty())
         return "\"" + request.name + "\" is not a name of this folder.";
     std::string error;
     switch (request.step) {
@@ -171,7 +189,7 @@ std::string SftpFolderClient::Step(const SftpRequest &request, std::string *fold
         *folder = ParentOf(request.base);
         return {};
     case Step::Enter:
-        if (!Resolve(Join(request.base, request.name), folder)) {
+        if (!Resolve(wholePath ? request.name : Join(request.base, request.name), folder)) {
             *folder = request.base;
             return fChannel->Error();
         }

@@ -55,6 +55,8 @@ public:
 private:
     std::string CheckHost();
     bool Authenticate();
+    // The step, then the listing of where it led; the listing's status.
+    status_t StepAndList(const SftpRequest &request, SftpResult &result);
     // Empty, or why the step failed; `folder` is where it leads.
     std::string Step(const SftpRequest &request, std::string *folder);
     std::string Remove(const std::string &path, bool isFolder, int depth);

@@ -96,6 +96,10 @@ TEST(ClipboardEntriesTest, ArchivesAndServersGiveTheirPathsAsTextAndCannotBeCut)
     server.pass = "secret";
     FtpSession standardPort = server;
     standardPort.port = "21";
+    FtpSession sftp = server;
+    sftp.kind = FtpSession::Kind::Sftp;
+    FtpSession sftpPort = sftp;
+    sftpPort.port = "22";
     using Kind = TransferPlace::Kind;
     struct Row
     {
@@ -111,6 +115,9 @@ TEST(ClipboardEntriesTest, ArchivesAndServersGiveTheirPathsAsTextAndCannotBeCut)
         {{Kind::FtpFolder, "/", server}, Action::Copy, "/a b", "ftp://u@127.0.0.1:2350/a%20b", false},
         {{Kind::FtpFolder, "/", standardPort}, Action::Copy, "/f", "ftp://u@127.0.0.1/f", false},
         {{Kind::FtpFolder, "/", server}, Action::Cut, "/a", "", false},
+        {{Kind::SftpFolder, "/", sftp}, Action::Copy, "/a b", "sftp://u@127.0.0.1:2350/a%20b", false},
+        {{Kind::SftpFolder, "/", sftpPort}, Action::Copy, "/f", "sftp://u@127.0.0.1/f", false},
+        {{Kind::SftpFolder, "/", sftp}, Action::Cut, "/a", "", false},
     };
     for (const Row &row : rows) {
         const ClipboardEntries::Written written = ClipboardEntries::ForPlace(row.place,

@@ -205,3 +205,84 @@ TEST_F(ConWinTest, AFolderThatCannotBeWatchedIsReported)
 }
 
 } // namespace
+
+// Both kinds of session in one list, each row its kind beside the name; Connect, Edit and
+// Delete act on the row's own file, and "New Connection", reached with the keys, asks which
+// kind to make first.
+TEST_F(ConWinTest, ListsFtpAndSftpSessionsAndNewConnectionAsksTheKind)
+{
+    WriteSession("work.ftp");
+    WriteFileBytes(Folder() + "/work.sftp", "Host=h\nPort=22\nUser=s\n");
+    WriteFileBytes(Folder() + "/work.ftp.tls", "Tls=IfOffered\nCertificate=AB:CD\n");
+    auto window = Open();
+    EXPECT_TRUE(RowsAre({"work", "work (SFTP)"}));
+    QApplication::setActiveWindow(window.get());
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    // New Connection, reached with the keys alone.
+    auto *newButton = window->findChild<QPushButton *>("bNew");
+    for (int tabs = 0; tabs < 8 && QApplication::focusWidget() != newButton; tabs++)
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    ASSERT_EQ(QApplication::focusWidget(), newButton);
+    fAlerts.QueueAnswer(2); // SFTP
+    QTest::keyClick(newButton, Qt::Key_Space);
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].buttons, (std::vector<std::string>{"Cancel", "FTP", "SFTP"}));
+    auto *made = window->findChild<kestrin::FtpWin *>();
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->findChild<QLineEdit *>("text3")->text(), "22");
+    const std::pair<const char *, const char *> typed[] = {{"text1", "box"},
+                                                           {"text2", "127.0.0.1"},
+                                                           {"text4", "me"},
+                                                           {"text6", "/srv"}};
+    for (const auto &[field, text] : typed)
+        made->findChild<QLineEdit *>(field)->setText(text);
+    Click(made, "bOK");
+    EXPECT_EQ(ReadFileBytes(Folder() + "/box.sftp"),
+              "Host=127.0.0.1\nPort=22\nUser=me\nPass=\nRemoteDir=/srv\nLocalDir=\n");
+    EXPECT_EQ(fs::status(Folder() + "/box.sftp").permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return RowsAre({"box (SFTP)", "work", "work (SFTP)"}); }));
+
+    fAlerts.Clear();
+
+    struct Case
+    {
+        const char *row, *file, *user;
+    };
+    for (const Case &each : {Case{"work (SFTP)", "work.sftp", "s"}, Case{"work", "work.ftp", "u"}}) {
+        Select(each.row);
+        Click(window.get(), "bEdit");
+        auto *settings = window->findChild<kestrin::FtpWin *>();
+        ASSERT_NE(settings, nullptr) << each.row;
+        EXPECT_EQ(settings->findChild<QLineEdit *>("text4")->text(), each.user) << each.row;
+        delete settings;
+    }
+
+    Select("work (SFTP)");
+    fAlerts.QueueAnswer(1); // Delete
+    Click(window.get(), "bDelete");
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].text, "Are you sure you want to delete the session: work (SFTP)?");
+    EXPECT_FALSE(fs::exists(Folder() + "/work.sftp"));
+    // The FTP session of the same name keeps its file and its certificate.
+    EXPECT_TRUE(fs::exists(Folder() + "/work.ftp"));
+    EXPECT_TRUE(fs::exists(Folder() + "/work.ftp.tls"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return RowsAre({"box (SFTP)", "work"}); }));
+
+    // Cancel makes nothing; FTP opens the window of an FTP session.
+    fAlerts.QueueAnswer(0);
+    Click(window.get(), "bNew");
+    EXPECT_EQ(window->findChildren<kestrin::FtpWin *>().size(), 0u);
+    fAlerts.QueueAnswer(1);
+    Click(window.get(), "bNew");
+    auto *settings = window->findChild<kestrin::FtpWin *>();
+    ASSERT_NE(settings, nullptr);
+    EXPECT_EQ(settings->findChild<QLineEdit *>("text3")->text(), "21");
+
+    Select("box (SFTP)");
+    Click(window.get(), "bConnect");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !fMain.messages.empty(); }));
+    std::string session;
+    fMain.messages[0].FindString("session", &session);
+    EXPECT_EQ(session, "box.sftp");
+}

@@ -20,7 +20,7 @@ struct TestMember
     Kind kind = File;
     mode_t permissions = 0644;
     time_t modified = 1000000000;
-    std::string linkTarget;
+    std::string linkTarget = {};
     // For a Node: S_IFCHR, S_IFBLK or S_IFIFO, and the device it stands for.
     mode_t nodeType = 0;
     dev_t device = 0;

@@ -1,0 +1,259 @@
+// A pane on an SFTP server (OpenSSH's sshd): connecting, browsing, making,
+// renaming, deleting trees and setting permissions with the pane's keys, the
+// log of what was done, commands that cannot work yet saying so, and a
+// server that says nothing never holding up the window.
+
+#include "PaneTestSupport.h"
+#include "SilentServer.h"
+#include "SshdServer.h"
+#include "support/TickGaps.h"
+
+#include "fileops/FileOpsMessages.h"
+#include "ftp/FtpSession.h"
+#include "panes/DirPane.h"
+#include "panes/KsHeader.h"
+#include "panes/PathField.h"
+#include "widgets/StatusLog.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <sys/stat.h>
+
+using kestrin::DirPane;
+using kestrin::DirView;
+
+namespace {
+
+class SftpPaneTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!fServer.Unavailable().empty())
+            GTEST_SKIP() << fServer.Unavailable();
+        fs::create_directories(Local());
+        fHome.SetEnv("SSH_AUTH_SOCK", std::nullopt);
+        fs::create_directories(fHome.Home() + "/.ssh");
+        fs::copy_file(fServer.UserKey(), fHome.Home() + "/.ssh/id_ed25519");
+        WriteFileBytes(fHome.Home() + "/.ssh/known_hosts", fServer.KnownHostsLine() + "\n");
+        fs::create_directories(Remote() + "/sub/deep");
+        MakeFile(Remote() + "/sub/deep/inner.txt", 10);
+        MakeFile(Remote() + "/b.txt", 2048);
+        MakeFile(Remote() + "/a.txt", 1024);
+        Store(fServer.Port(), Remote());
+    }
+    std::string Local() const { return fHome.Root() + "/local"; }
+    std::string Remote() const { return fServer.Scratch(); }
+
+    static void Store(unsigned port, const std::string &remoteDir)
+    {
+        kestrin::FtpSession session;
+        session.kind = kestrin::FtpSession::Kind::Sftp;
+        session.name = "box";
+        session.host = "127.0.0.1";
+        session.port = std::to_string(port);
+        session.user = SshdServer::User();
+        session.remoteDir = remoteDir;
+        ASSERT_TRUE(session.Write());
+    }
+
+    DirPane &Open()
+    {
+        fPane = ShownPane(Local(), &fWindow);
+        return *fPane;
+    }
+    bool Listed(const std::function<void()> &action)
+    {
+        QSignalSpy finished(fPane->List(), &DirView::ListingFinished);
+        action();
+        return finished.wait(30000);
+    }
+    void Key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::keyClick(fPane->List(), Qt::Key(key), modifiers);
+    }
+    void Select(const std::string &name)
+    {
+        fPane->List()->Select(fPane->List()->FindItem(name));
+    }
+    std::string Header() const { return fPane->Header()->Text(); }
+    std::string LogText() const { return fPane->Log()->toPlainText().toStdString(); }
+
+    SshdServer fServer;
+    TempHome fHome;
+    platform::AlertRecorder fAlerts;
+    RecordingHandler fWindow;
+    std::unique_ptr<DirPane> fPane;
+};
+
+} // namespace
+
+TEST_F(SftpPaneTest, BrowsesMakesRenamesDeletesAndSetsPermissionsWithThePanesKeys)
+{
+    DirPane &pane = Open();
+    DirView &list = *pane.List();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("box.sftp"); }));
+    ASSERT_TRUE(WaitFor([&] { return Header() == "sftp: " + Remote() && !list.IsListing(); }))
+        << Header();
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"..", "sub", "a.txt", "b.txt"}));
+    EXPECT_TRUE(pane.Log()->isVisible());
+    EXPECT_EQ(list.Source().SavedPlace(), "box.sftp");
+    EXPECT_EQ(list.Source().Place().kind, kestrin::TransferPlace::Kind::SftpFolder);
+    EXPECT_EQ(list.Row(list.FindItem("b.txt"))->Size(), 2048);
+
+    Select("sub");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
+    EXPECT_EQ(Header(), "sftp: " + Remote() + "/sub");
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"..", "deep"}));
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Backspace); }));
+    EXPECT_EQ(Header(), "sftp: " + Remote());
+    EXPECT_EQ(list.Row(list.CurrentSelection())->Name(), "sub");
+
+    MakeFile(Remote() + "/c.txt");
+    fs::create_symlink("sub", Remote() + "/link");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_F2); }));
+    EXPECT_NE(list.FindItem("c.txt"), -1);
+    EXPECT_TRUE(list.Row(list.FindItem("link"))->IsLink());
+
+    // F7 (the window's New Folder) makes "New Folder" on the server;
+    // Shift+F6 renames it in place.
+    Key(Qt::Key_F7);
+    ASSERT_FALSE(fWindow.messages.empty());
+    EXPECT_EQ(fWindow.messages.back().what, kestrin::kMsgNewFolder);
+    ASSERT_TRUE(Listed([&] { list.Commands().NewFolder(); }));
+    ASSERT_TRUE(fs::is_directory(Remote() + "/New Folder"));
+    Select("New Folder");
+    Key(Qt::Key_F6, Qt::ShiftModifier);
+    auto *editor = list.findChild<QLineEdit *>();
+    ASSERT_NE(editor, nullptr);
+    editor->setText("made");
+    ASSERT_TRUE(Listed([&] { QTest::keyClick(editor, Qt::Key_Return); }));
+    EXPECT_TRUE(fs::is_directory(Remote() + "/made"));
+    EXPECT_FALSE(fs::exists(Remote() + "/New Folder"));
+    EXPECT_EQ(list.Row(list.CurrentSelection())->Name(), "made");
+    EXPECT_NE(LogText().find("Renaming " + Remote() + "/New Folder to made"), std::string::npos);
+
+    // Permissions on the marked rows, as the permissions window sends them.
+    Select("a.txt");
+    ASSERT_TRUE(Listed([&] { list.Commands().SetPermissions(0640); }));
+    EXPECT_EQ(fs::status(Remote() + "/a.txt").permissions() & fs::perms::all, fs::perms(0640));
+    EXPECT_EQ(list.Row(list.FindItem("a.txt"))->PermissionText().substr(1), "rw-r-----");
+
+    // F8 asks the FTP pane's question, then deletes the whole tree.
+    Select("sub");
+    fAlerts.QueueAnswer(0); // Cancel
+    Key(Qt::Key_F8);
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].text,
+              "Do you really want permanently delete the following files/folders:\n\tsub");
+    EXPECT_TRUE(fs::exists(Remote() + "/sub/deep/inner.txt"));
+    fAlerts.QueueAnswer(1); // Delete
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_F8); }));
+    EXPECT_FALSE(fs::exists(Remote() + "/sub"));
+    EXPECT_EQ(list.FindItem("sub"), -1);
+    fAlerts.Clear();
+
+    // What cannot work on a server's file yet says so.
+    Select("b.txt");
+    for (const int key : {Qt::Key_F3, Qt::Key_F4}) {
+        Key(key);
+        ASSERT_EQ(fAlerts.Count(), 1u) << key;
+        EXPECT_NE(fAlerts.Shown()[0].text.find("SFTP server"), std::string::npos) << key;
+        fAlerts.Clear();
+    }
+    // Get Info tells what the listing said of the entry.
+    fs::permissions(Remote() + "/b.txt", fs::perms(0604));
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_F2); }));
+    Select("b.txt");
+    EXPECT_TRUE(list.Commands().ShowPlaceInfo());
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_EQ(fAlerts.Shown()[0].title, "Get Info");
+    for (const std::string &fact : {Remote() + "/b.txt\nKind: file\nSize: 2048 bytes\nModified: ",
+                                    std::string("\nPermissions: -rw----r--")})
+        EXPECT_NE(fAlerts.Shown()[0].text.find(fact), std::string::npos) << fAlerts.Shown()[0].text;
+    fAlerts.Clear();
+    // F5 asks for a download with the server's fields.
+    Key(Qt::Key_F5);
+    ASSERT_FALSE(fWindow.messages.empty());
+    const platform::Message &download = fWindow.messages.back();
+    EXPECT_EQ(download.what, kestrin::kMsgSftpDownload);
+    std::string value;
+    download.FindString("FtpPath", &value);
+    EXPECT_EQ(value, Remote());
+    download.FindString("FtpFile", &value);
+    EXPECT_EQ(value, "b.txt");
+    download.FindString("Session", &value);
+    EXPECT_EQ(value, "box");
+
+    // A path on the same server, typed into the path field: a whole one, a
+    // relative one, and an sftp:// address.
+    QApplication::setActiveWindow(&pane);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&pane));
+    const auto type = [&](const std::string &text) {
+        pane.EditPath();
+        pane.PathEdit()->clear();
+        QTest::keyClicks(pane.PathEdit(), QString::fromStdString(text));
+        QTest::keyClick(pane.PathEdit(), Qt::Key_Return);
+    };
+    const std::string address = "sftp://127.0.0.1:" + std::to_string(fServer.Port());
+    const std::pair<std::string, std::string> typed[] = {{Remote() + "/made", "/made"},
+                                                         {"..", ""},
+                                                         {address + Remote() + "/made/", "/made"}};
+    for (const auto &[text, reached] : typed) {
+        ASSERT_TRUE(Listed([&] { type(text); })) << text;
+        EXPECT_EQ(Header(), "sftp: " + Remote() + reached) << text;
+    }
+    EXPECT_TRUE(fAlerts.Shown().empty());
+
+    ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
+    EXPECT_EQ(list.Mode(), kestrin::kModeFolder);
+    EXPECT_EQ(Header(), Local());
+    EXPECT_TRUE(fAlerts.Shown().empty());
+}
+
+// A server that takes the connection and never says a word: the window
+// goes on, and Disconnect returns at once and cuts the connection.
+TEST_F(SftpPaneTest, ASilentServerNeverHoldsTheWindowAndDisconnectCutsIt)
+{
+    SilentServer silent(1);
+    Store(silent.Port(), "/");
+    DirPane &pane = Open();
+    TickGaps gaps;
+    pane.DoFtp("box.sftp");
+    EXPECT_EQ(Header(), "sftp: Connecting...");
+    ASSERT_TRUE(WaitFor([&] { return silent.Accepted() == 1; }));
+    ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
+    EXPECT_EQ(Header(), Local());
+    EXPECT_TRUE(WaitFor([&] { return silent.Closed() == 1; }));
+    EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
+    EXPECT_TRUE(fAlerts.Shown().empty());
+}
+
+// The server ends the pane's session while it is idle: the next command
+// logs in again by itself and does what it was asked; the window goes on
+// meanwhile.
+TEST_F(SftpPaneTest, ADroppedSessionIsMadeAgainByTheNextCommand)
+{
+    DirPane &pane = Open();
+    DirView &list = *pane.List();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("box.sftp"); }));
+    ASSERT_TRUE(WaitFor([&] { return Header() == "sftp: " + Remote() && !list.IsListing(); }));
+    const std::vector<std::string> top = {"..", "sub", "a.txt", "b.txt"};
+    TickGaps gaps;
+    TickGaps::OffTheWindowThread([&] { fServer.DropSessions(); });
+    Select("sub");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
+    EXPECT_EQ(Header(), "sftp: " + Remote() + "/sub");
+    EXPECT_EQ(RowNames(list), (std::vector<std::string>{"..", "deep"}));
+    EXPECT_NE(LogText().find("The server ended the connection.\nConnecting to"),
+              std::string::npos)
+        << LogText();
+    EXPECT_TRUE(fAlerts.Shown().empty());
+    // Dropped again, then a refresh: the same.
+    TickGaps::OffTheWindowThread([&] { fServer.DropSessions(); });
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Backspace); }));
+    EXPECT_EQ(Header(), "sftp: " + Remote());
+    EXPECT_EQ(RowNames(list), top);
+    EXPECT_TRUE(fAlerts.Shown().empty());
+    EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
+}

@@ -334,7 +334,8 @@ TEST_F(FilesTest, QuittingWithWorkUnderWayEndsAtOnceAndLeavesNoPartialFile)
     EXPECT_TRUE(fs::is_empty(Right() + "/download")) << "the download's partial file";
     EXPECT_EQ(ReadFileBytes(Right() + "/tree/f100"), "older");
     for (const auto &entry : fs::directory_iterator(Right() + "/tree")) {
-        if (entry.path().filename() != "f100")
+        if (entry.path().filename() != "f100") {
             EXPECT_EQ(fs::file_size(entry.path()), chunk.size()) << entry.path();
+        }
     }
 }

@@ -199,7 +199,10 @@ TEST_F(SftpPaneTest, BrowsesMakesRenamesDeletesAndSetsPermissionsWithThePanesKey
     const std::pair<std::string, std::string> typed[] = {{Remote() + "/made", "/made"},
                                                          {"..", ""},
                                                          {address + Remote() + "/made/", "/made"}};
-    for (const auto &[text, reached] : typed) {
+    for (const auto &row : typed) {
+        // Named apart: clang before 16 cannot capture a structured binding in a lambda.
+        const std::string &text = row.first;
+        const std::string &reached = row.second;
         ASSERT_TRUE(Listed([&] { type(text); })) << text;
         EXPECT_EQ(Header(), "sftp: " + Remote() + reached) << text;
     }

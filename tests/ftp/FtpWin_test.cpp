@@ -80,9 +80,10 @@ public:
         calls++;
         return true;
     }
-    // Answers every call held so far with an error, so that the threads
-    // waiting on them end before the test program does: one still inside
-    // libsecret while the program's statics go would crash it.
+    // Answers every call held so far with an error. The threads waiting on
+    // them must end before the test program does (one still inside libsecret
+    // while the program's statics go crashes it); they end here at the latest
+    // when libsecret's own time-out of 25 s has passed.
     void Release(QDBusConnection &bus)
     {
         for (const QDBusMessage &message : held)

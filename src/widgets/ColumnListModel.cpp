@@ -612,10 +612,13 @@ void ColumnListModel::Sort(int32_t key, bool descending)
         fSortRows(fItems, key, descending);
     else
         SortRows(fItems, fCompare, key, descending);
-    for (size_t row = 0; row < fItems.size(); row++)
+    // One walk over the moved rows: a million of them do not fit in a
+    // cache, so a second walk would cost as much again.
+    for (size_t row = 0; row < fItems.size(); row++) {
+        fItems[row]->fRow = int(row);
         fSearchBytes[row] = fItems[row]->SearchByte();
-    fStaleFrom = 0;
-    Renumber();
+    }
+    fStaleFrom = fItems.size();
     QModelIndexList to;
     to.reserve(from.size());
     for (const QModelIndex &index : from) {

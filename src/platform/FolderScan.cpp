@@ -2,9 +2,11 @@
 
 #include "platform/DirEntries.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
+#include <thread>
 #include <unistd.h>
 
 namespace platform {
@@ -110,15 +112,38 @@ status_t FolderScan::StatEntries(std::vector<ScannedEntry> *entries,
     if (!entries)
         return B_BAD_VALUE;
     entries->clear();
-    entries->reserve(fNames.size());
-    for (const std::string &name : fNames) {
-        if (cancel && cancel->load(std::memory_order_relaxed))
-            return B_CANCELED;
-        ScannedEntry &entry = entries->emplace_back();
-        entry.name = name;
-        StatAt(fFD, name, &entry);
-        if (done)
-            done->fetch_add(1, std::memory_order_relaxed);
+    entries->resize(fNames.size());
+    // Each stat waits on the kernel's lookup of one name, and the lookups of
+    // two names do not wait on each other: in a big folder a second thread
+    // halves the time, which is most of a listing's.
+    const size_t threads = fNames.size() < kNamesForASecondThread
+                               ? 1
+                               : std::clamp<size_t>(std::thread::hardware_concurrency(), 1, kMostThreads);
+    std::atomic<bool> canceled = false;
+    auto statSlice = [&](size_t slice) {
+        const size_t begin = fNames.size() * slice / threads;
+        const size_t end = fNames.size() * (slice + 1) / threads;
+        for (size_t i = begin; i < end; i++) {
+            if (cancel && cancel->load(std::memory_order_relaxed)) {
+                canceled = true;
+                return;
+            }
+            ScannedEntry &entry = (*entries)[i];
+            entry.name = fNames[i];
+            StatAt(fFD, fNames[i], &entry);
+            if (done)
+                done->fetch_add(1, std::memory_order_relaxed);
+        }
+    };
+    {
+        std::vector<std::jthread> helpers;
+        for (size_t slice = 1; slice < threads; slice++)
+            helpers.emplace_back(statSlice, slice);
+        statSlice(0);
+    }
+    if (canceled) {
+        entries->clear();
+        return B_CANCELED;
     }
     return B_ENTRY_NOT_FOUND;
 }

@@ -68,6 +68,10 @@ public:
     static bool HasSubfolder(const std::string &path, bool followLinks = false);
 
 private:
+    // Below this many names a second thread costs more than it saves.
+    static constexpr size_t kNamesForASecondThread = 2000;
+    static constexpr size_t kMostThreads = 4;
+
     int fFD = -1;
     status_t fStatus = B_NO_INIT;
     struct stat fFolderInfo = {};

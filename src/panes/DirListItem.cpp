@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <array>
 #include <deque>
 #include <mutex>
 #include <strings.h>
@@ -34,23 +35,45 @@ struct DirListItem::Look
     std::string dateFormat;
 };
 
-const DirListItem::Look *DirListItem::SharedLook(const RowColors &colors,
-                                                 const std::string &dateFormat)
+// Once every number is taken, the last one names the newest look, so rows
+// made after that show today's colours; the looks themselves stay, so a
+// row's number always names a whole one.
+std::atomic<const DirListItem::Look *> &DirListItem::LookNumbered(uint8_t number)
 {
-    const auto same = [&](const Look &look) {
-        return look.dateFormat == dateFormat && look.colors.background == colors.background
-               && look.colors.text == colors.text && look.colors.selectedText == colors.selectedText
-               && look.colors.selectionBar == colors.selectionBar;
+    static std::array<std::atomic<const Look *>, 256> numbered{};
+    return numbered[number];
+}
+
+uint8_t DirListItem::SharedLook(const RowColors &colors, const std::string &dateFormat)
+{
+    const auto same = [&](const Look *look) {
+        return look != nullptr && look->dateFormat == dateFormat
+               && look->colors.background == colors.background && look->colors.text == colors.text
+               && look->colors.selectedText == colors.selectedText
+               && look->colors.selectionBar == colors.selectionBar;
     };
-    thread_local const Look *last = nullptr;
-    if (last != nullptr && same(*last))
-        return last;
+    thread_local int last = -1;
+    if (last >= 0 && same(LookNumbered(uint8_t(last)).load(std::memory_order_acquire)))
+        return uint8_t(last);
     static std::mutex mutex;
     static std::deque<Look> looks; // a deque keeps the looks where they are
     const std::lock_guard<std::mutex> lock(mutex);
-    const auto found = std::find_if(looks.begin(), looks.end(), same);
-    last = found != looks.end() ? &*found : &looks.emplace_back(Look{colors, dateFormat});
-    return last;
+    const size_t numbers = std::min<size_t>(looks.size(), 256);
+    for (size_t number = 0; number < numbers; number++) {
+        if (same(LookNumbered(uint8_t(number)).load(std::memory_order_relaxed))) {
+            last = int(number);
+            return uint8_t(number);
+        }
+    }
+    const auto number = uint8_t(std::min<size_t>(looks.size(), 255));
+    LookNumbered(number).store(&looks.emplace_back(Look{colors, dateFormat}), std::memory_order_release);
+    last = number;
+    return number;
+}
+
+const DirListItem::Look &DirListItem::TheLook() const
+{
+    return *LookNumbered(fLook).load(std::memory_order_acquire);
 }
 
 DirListItem::DirListItem(const platform::ScannedEntry &entry,
@@ -88,9 +111,9 @@ DirListItem::DirListItem(const std::string &name,
                          const std::string &dateText,
                          const std::string &permissionText,
                          const RowColors &colors)
-    : fName(name)
+    : fLook(SharedLook(colors, std::string()))
+    , fName(name)
     , fGiven(new GivenTexts{sizeText, dateText, permissionText, true, true, true})
-    , fLook(SharedLook(colors, std::string()))
 {
     fIsFolder = !permissionText.empty() && permissionText[0] == 'd';
     fIsLink = !permissionText.empty() && permissionText[0] == 'l';
@@ -132,7 +155,7 @@ void DirListItem::Fill(const platform::ScannedEntry &entry)
 
 const RowColors &DirListItem::Colors() const
 {
-    return fLook->colors;
+    return TheLook().colors;
 }
 
 DirListItem::GivenTexts &DirListItem::Given()
@@ -166,7 +189,7 @@ std::string DirListItem::DateText() const
 {
     if (fGiven && fGiven->hasDate)
         return fGiven->date;
-    return fHasStat ? EntryTexts::DateText(fModificationTime, fLook->dateFormat) : std::string();
+    return fHasStat ? EntryTexts::DateText(fModificationTime, TheLook().dateFormat) : std::string();
 }
 
 std::string DirListItem::PermissionText() const

@@ -103,6 +103,33 @@ TEST(DirListItem, RowsOfEntriesAndLinks)
     EXPECT_EQ(remoteFile.Size(), 1234);
 }
 
+// A row names its colours by a one-byte number; a pane whose colours were
+// changed more often than numbers go must still draw every row in whole
+// colours, its newest rows in the newest ones.
+TEST(DirListItem, RowsKeepTheirColoursWhenLooksOutnumberTheirNumbers)
+{
+    std::vector<RowColors> colors(300);
+    std::vector<std::unique_ptr<DirListItem>> rows;
+    for (size_t i = 0; i < colors.size(); i++) {
+        colors[i].background = {uint8_t(i % 256), uint8_t(i / 256), 7, 255};
+        rows.push_back(std::make_unique<DirListItem>("f", "1", "", "-rw-r--r--", colors[i]));
+    }
+    const auto same = [](const RowColors &a, const RowColors &b) {
+        return a.background == b.background && a.text == b.text;
+    };
+    size_t own = 0;
+    for (size_t i = 0; i < rows.size(); i++) {
+        const RowColors &shown = rows[i]->Colors();
+        EXPECT_TRUE(same(shown, colors[i]) || same(shown, colors.back())) << "row " << i;
+        own += same(shown, colors[i]) ? 1 : 0;
+    }
+    EXPECT_TRUE(same(rows.back()->Colors(), colors.back()));
+    EXPECT_GE(own, 200u);
+    // A look met again is found again, not given another number.
+    const DirListItem again("g", "1", "", "-rw-r--r--", colors[3]);
+    EXPECT_TRUE(same(again.Colors(), colors[3]));
+}
+
 TEST(DirListItem, PipesSocketsAndDevicesAreNeitherFoldersNorSized)
 {
     TempHome home;

@@ -3,6 +3,7 @@
 #include "panes/DirListItem.h"
 
 #include "platform/Background.h"
+#include "platform/Heap.h"
 
 namespace kestrin {
 
@@ -57,6 +58,10 @@ void FolderLister::Run(const Reader &reader, const RowStyle &style, Job &job)
         for (const std::unique_ptr<CLVListItem> &row : job.rows)
             job.files.Add(*row);
     }
+    // The stat data and the sort's keys of a big folder were a few blocks
+    // of tens of megabytes, freed by now.
+    if (job.rows.size() >= kRowsWorthATrim)
+        platform::Heap::GiveBackFreePages();
     job.finished = true;
 }
 

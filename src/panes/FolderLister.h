@@ -106,6 +106,11 @@ public:
     static void SortRows(std::vector<std::unique_ptr<CLVListItem>> &rows,
                          int32_t sortKey,
                          CLVSortMode sortMode);
+
+private:
+    // Below this, what a listing frees is too little to be worth a walk
+    // over the heap.
+    static constexpr size_t kRowsWorthATrim = 20000;
 };
 
 } // namespace kestrin

@@ -1,0 +1,12 @@
+#include "platform/Heap.h"
+
+#include <malloc.h>
+
+namespace platform {
+
+void Heap::GiveBackFreePages()
+{
+    malloc_trim(0);
+}
+
+} // namespace platform

@@ -98,8 +98,9 @@ TEST_F(KestrinEntryTest, CopiesAFolderTreeWithAttributesModesAndLinks)
     int chunks = 0;
     for (const FakeCopyControl::Chunk &chunk : control.chunks) {
         if (chunk.leafName == "b.bin") {
-            if (chunks++ == 0)
+            if (chunks++ == 0) {
                 EXPECT_LE(chunk.bytes, int64_t(FileCopier::kBufferSize));
+            }
             EXPECT_EQ(chunk.fileTotal, sum += chunk.bytes);
         }
     }

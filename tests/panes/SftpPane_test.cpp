@@ -260,3 +260,47 @@ TEST_F(SftpPaneTest, ADroppedSessionIsMadeAgainByTheNextCommand)
     EXPECT_TRUE(fAlerts.Shown().empty());
     EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
 }
+
+// No agent and no key: the password is asked for each connection and used,
+// and the session file never learns it; one the server refuses is said in
+// the log and an alert, and not asked for again and again.
+TEST_F(SftpPaneTest, AnAskedPasswordIsUsedButNeverStoredAndARefusedOneIsSaid)
+{
+    if (!fServer.PasswordUnavailable().empty())
+        GTEST_SKIP() << fServer.PasswordUnavailable();
+    fs::remove(fHome.Home() + "/.ssh/id_ed25519");
+    const std::string file = kestrin::FtpSession::Folder() + "/box.sftp";
+    const std::optional<std::string> stored = ReadFileBytes(file);
+    ASSERT_TRUE(stored);
+    const std::string refusal = "The server did not let " + SshdServer::User() + " in.";
+    const struct
+    {
+        std::string answer;
+        std::vector<std::string> alerts;
+    } rows[] = {
+        {"guess", {"Password", "Connect Failed"}},
+        {SshdServer::Password(), {"Password"}},
+    };
+    for (const auto &row : rows) {
+        fAlerts.Clear();
+        fAlerts.QueueSecret(row.answer);
+        DirPane &pane = Open();
+        ASSERT_TRUE(Listed([&] { pane.DoFtp("box.sftp"); })) << row.answer;
+        std::vector<std::string> titles;
+        for (const auto &alert : fAlerts.Shown())
+            titles.push_back(alert.title);
+        EXPECT_EQ(titles, row.alerts) << row.answer;
+        EXPECT_EQ(fAlerts.Shown()[0].text,
+                  "The password of " + SshdServer::User() + " on 127.0.0.1 (port "
+                      + std::to_string(fServer.Port()) + "):");
+        if (row.alerts.size() > 1) {
+            EXPECT_EQ(fAlerts.Shown()[1].text, refusal);
+            EXPECT_NE(LogText().find(refusal), std::string::npos) << LogText();
+        } else {
+            EXPECT_EQ(Header(), "sftp: " + Remote());
+            EXPECT_EQ(RowNames(*pane.List()), (std::vector<std::string>{"..", "sub", "a.txt", "b.txt"}));
+        }
+        EXPECT_EQ(ReadFileBytes(file), stored) << row.answer;
+        fPane.reset();
+    }
+}

@@ -7,6 +7,7 @@
 #include "SilentServer.h"
 #include "SshdServer.h"
 #include "support/TickGaps.h"
+#include "support/UnprivilegedRerun.h"
 
 #include "fileops/FileOpsMessages.h"
 #include "ftp/FtpSession.h"
@@ -303,4 +304,62 @@ TEST_F(SftpPaneTest, AnAskedPasswordIsUsedButNeverStoredAndARefusedOneIsSaid)
         EXPECT_EQ(ReadFileBytes(file), stored) << row.answer;
         fPane.reset();
     }
+}
+
+// Run by a user whom the bits bind (root is bound by none): the pane browses
+// as that user, and what the server refuses in a folder the user may not
+// write to is said in the log, the folder left as it was.
+TEST_F(SftpPaneTest, AsAUserTheBitsBindTheServersRefusalsAreSaidAndChangeNothing)
+{
+    if (UnprivilegedRerun::Delegated())
+        return;
+    const std::string locked = Remote() + "/locked";
+    fs::create_directory(locked);
+    MakeFile(locked + "/kept.txt", 4);
+    ASSERT_EQ(chmod(locked.c_str(), 0555), 0);
+    DirPane &pane = Open();
+    DirView &list = *pane.List();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("box.sftp"); }));
+    Select("locked");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
+    EXPECT_EQ(Header(), "sftp: " + locked);
+    const std::vector<std::string> rows = {"..", "kept.txt"};
+    EXPECT_EQ(RowNames(list), rows);
+
+    const auto rename = [&] {
+        Select("kept.txt");
+        Key(Qt::Key_F6, Qt::ShiftModifier);
+        auto *editor = list.findChild<QLineEdit *>();
+        ASSERT_NE(editor, nullptr);
+        editor->setText("moved.txt");
+        QTest::keyClick(editor, Qt::Key_Return);
+    };
+    const auto remove = [&] {
+        Select("kept.txt");
+        fAlerts.QueueAnswer(1); // Delete
+        Key(Qt::Key_F8);
+    };
+    const struct
+    {
+        std::function<void()> command;
+        std::string target;
+        std::string said;
+    } refused[] = {
+        {[&] { list.Commands().NewFolder(); }, "/New Folder", "Making the folder "},
+        {rename, "/kept.txt", "Renaming "},
+        {remove, "/kept.txt", "Deleting "},
+    };
+    for (const auto &row : refused) {
+        const std::string path = locked + row.target;
+        ASSERT_TRUE(Listed(row.command)) << path;
+        const std::string log = LogText();
+        EXPECT_NE(log.find(row.said + path), std::string::npos) << log;
+        EXPECT_NE(log.find("\n" + path + ": permission denied."), std::string::npos) << log;
+        EXPECT_EQ(RowNames(list), rows) << path;
+        std::vector<std::string> left;
+        for (const auto &entry : fs::directory_iterator(locked))
+            left.push_back(entry.path().filename().string());
+        EXPECT_EQ(left, std::vector<std::string>{"kept.txt"}) << path;
+    }
+    ASSERT_EQ(chmod(locked.c_str(), 0755), 0);
 }

@@ -259,7 +259,9 @@ TEST_F(CopyEngineSftp, AsAUserTheBitsBindReadOnlyTreesTravelAndARefusalIsSaid)
     {
         const char *path;
         mode_t mode;
-    } bits[] = {{"/shut/inner/data", 0444}, {"/shut/inner", 0555}, {"/shut/mine", 0400},
+    } bits[] = {{"/shut/inner/data", 0444},
+                {"/shut/inner", 0555},
+                {"/shut/mine", 0400},
                 {"/shut", 0500}};
     time_t when = 1400000000;
     for (const auto &row : bits) {

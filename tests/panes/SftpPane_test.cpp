@@ -299,7 +299,8 @@ TEST_F(SftpPaneTest, AnAskedPasswordIsUsedButNeverStoredAndARefusedOneIsSaid)
             EXPECT_NE(LogText().find(refusal), std::string::npos) << LogText();
         } else {
             EXPECT_EQ(Header(), "sftp: " + Remote());
-            EXPECT_EQ(RowNames(*pane.List()), (std::vector<std::string>{"..", "sub", "a.txt", "b.txt"}));
+            EXPECT_EQ(RowNames(*pane.List()),
+                      (std::vector<std::string>{"..", "sub", "a.txt", "b.txt"}));
         }
         EXPECT_EQ(ReadFileBytes(file), stored) << row.answer;
         fPane.reset();

@@ -41,39 +41,48 @@ SshdServer::SshdServer()
     // The user's line of shadow(5): the password, then the ageing fields of
     // an account that never expires.
     WriteFileBytes(base + "/shadow", User() + ":" + kPasswordHash + ":19000:0:99999:7:::\n");
-    const std::string config = base + "/sshd_config";
-    WriteFileBytes(config,
-                   "HostKey " + base
-                       + "/host\n"
-                         "AuthorizedKeysFile "
-                       + base
-                       + "/authorized_keys\n"
-                         "StrictModes no\n"
-                         "UsePAM no\n"
-                         "PasswordAuthentication yes\n"
-                         "KbdInteractiveAuthentication no\n"
-                         "PermitRootLogin yes\n"
-                         "Subsystem sftp internal-sftp\n"
-                         "LogLevel ERROR\n");
-    // -e: errors to the log file rather than syslog, which may be absent.
-    std::vector<std::string> argv = {kSshd, "-i", "-e", "-f", config};
-    if (CanHaveOwnShadow()) {
-        argv = WithOwnShadow(argv);
-    } else if (geteuid() == 0) {
-        fPasswordUnavailable = "sshd cannot have a mount namespace of its own here, where a "
-                               "known password lies over /etc/shadow";
-    } else {
-        fUnavailable = "sshd run by " + User() + " cannot read /etc/shadow, so finds the account "
-                       "locked, and no user namespace of its own is allowed here to give it a "
-                       "shadow file it can read";
+    const bool ownShadow = CanHaveOwnShadow();
+    if (!ownShadow && geteuid() != 0) {
+        fUnavailable = "sshd run by " + User()
+                       + " cannot read /etc/shadow, so finds the account "
+                         "locked, and no user namespace of its own is allowed here to give it a "
+                         "shadow file it can read";
         return;
     }
+    // Without a shadow file of its own, sshd would take the machine's real
+    // passwords: it takes none then.
+    if (!ownShadow)
+        fPasswordUnavailable = "sshd cannot have a mount namespace of its own here, where a "
+                               "known password lies over /etc/shadow";
+    const std::string config = WriteConfig(ownShadow);
+    // -e: errors to the log file rather than syslog, which may be absent.
+    std::vector<std::string> argv = {kSshd, "-i", "-e", "-f", config};
+    if (ownShadow)
+        argv = WithOwnShadow(argv);
     fListener = std::make_unique<InetdListener>(argv, base + "/sshd.log");
     if (!fListener->Start())
         fUnavailable = "no listening socket on 127.0.0.1";
 }
 
 SshdServer::~SshdServer() = default;
+
+std::string SshdServer::WriteConfig(bool passwords) const
+{
+    const std::string base = fDir.path().toStdString();
+    const std::string config = base + "/sshd_config";
+    WriteFileBytes(config,
+                   "HostKey " + base + "/host\n" + "AuthorizedKeysFile " + base
+                       + "/authorized_keys\n"
+                         "StrictModes no\n"
+                         "UsePAM no\n"
+                       + "PasswordAuthentication " + (passwords ? "yes" : "no")
+                       + "\n"
+                         "KbdInteractiveAuthentication no\n"
+                         "PermitRootLogin yes\n"
+                         "Subsystem sftp internal-sftp\n"
+                         "LogLevel ERROR\n");
+    return config;
+}
 
 bool SshdServer::MakeKey(const std::string &path) const
 {
@@ -109,7 +118,8 @@ bool SshdServer::CanHaveOwnShadow() const
 {
     if (access(kUnshare, X_OK) != 0)
         return false;
-    const std::vector<std::string> argv = WithOwnShadow({"grep", "-qF", kPasswordHash, "/etc/shadow"});
+    const std::vector<std::string> argv = WithOwnShadow(
+        {"grep", "-qF", kPasswordHash, "/etc/shadow"});
     QStringList arguments;
     for (size_t i = 1; i < argv.size(); i++)
         arguments << QString::fromStdString(argv[i]);

@@ -50,6 +50,8 @@ public:
 
 private:
     bool MakeKey(const std::string &path) const;
+    // sshd's configuration, with password logins or without; its path.
+    std::string WriteConfig(bool passwords) const;
     // `command` run in a mount namespace where the fixture's shadow file
     // lies over /etc/shadow.
     std::vector<std::string> WithOwnShadow(const std::vector<std::string> &command) const;

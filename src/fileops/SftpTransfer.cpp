@@ -306,10 +306,13 @@ bool SftpTransfer::MakeFolder(const Item &item)
         fNewFolders.insert(item.to);
         return true;
     }
+    // Why the server refused the folder; the look that follows would say
+    // only that there is none.
+    const std::string refusal = Channel().Error();
     platform::SftpEntry entry;
     if (Channel().Stat(item.to, &entry) == B_OK && entry.kind == platform::SftpEntry::Kind::Folder)
         return true;
-    Refuse(name, Channel().Error());
+    Refuse(name, refusal);
     return false;
 }
 
@@ -367,8 +370,11 @@ bool SftpTransfer::MoveFile(const Item &item)
             fControl.ChunkCopied(int64_t(item.size - fShown), fFileName, int64_t(item.size));
         return true;
     }
-    const std::string why = fClient->LoggedIn() ? Channel().Error()
-                                                : "the connection to the server was lost";
+    std::string why = fClient->LoggedIn() ? Channel().Error()
+                                          : "the connection to the server was lost";
+    // The partial file is the transfer's own: the user knows only the target.
+    if (const size_t at = why.find(partial); at != std::string::npos)
+        why.replace(at, partial.size(), item.to);
     RemovePartial(partial);
     if (status == B_IO_ERROR)
         fAborted = true;

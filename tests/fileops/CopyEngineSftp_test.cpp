@@ -5,6 +5,7 @@
 
 #include "CopyTestSupport.h"
 #include "SshdServer.h"
+#include "UnprivilegedRerun.h"
 #include "sftp/SftpQuestions.h"
 
 using namespace kestrin;
@@ -115,6 +116,16 @@ void MakeTree(const std::string &root)
         SetTimes(root + row.path, {{when + 7, 0}, {when, 0}});
         when += 86400;
     }
+}
+
+// Gives the owner back every right below `root`, so that the test's
+// folders can be removed by the user the bits bind.
+void OpenUp(const std::string &root)
+{
+    fs::permissions(root, fs::perms::owner_all, fs::perm_options::add);
+    for (const auto &entry : fs::recursive_directory_iterator(root))
+        if (!entry.is_symlink())
+            fs::permissions(entry.path(), fs::perms::owner_all, fs::perm_options::add);
 }
 
 } // namespace
@@ -230,4 +241,81 @@ TEST_F(CopyEngineSftp, ADroppedConnectionGoesOnWhereItBroke)
     EXPECT_TRUE(control.errors.empty()) << FirstError();
     EXPECT_TRUE(ReadFileBytes(remote + "/back/big") == bytes);
     EXPECT_EQ(Tree(remote + "/back").size(), 1u);
+}
+
+// Run by a user whom the bits bind (root is bound by none): read-only folders
+// and files travel both ways with their bits and times, which only works if
+// the bits are set once what they hold is in; and what the server refuses
+// is said, and leaves nothing behind on either side.
+TEST_F(CopyEngineSftp, AsAUserTheBitsBindReadOnlyTreesTravelAndARefusalIsSaid)
+{
+    if (UnprivilegedRerun::Delegated())
+        return;
+    const std::string tree = remote + "/tree";
+    fs::create_directories(tree + "/shut/inner");
+    WriteFileBytes(tree + "/shut/inner/data", RandomBytes(300000, 5));
+    WriteFileBytes(tree + "/shut/mine", "mine");
+    const struct
+    {
+        const char *path;
+        mode_t mode;
+    } bits[] = {{"/shut/inner/data", 0444},
+                {"/shut/inner", 0555},
+                {"/shut/mine", 0400},
+                {"/shut", 0500}};
+    time_t when = 1400000000;
+    for (const auto &row : bits) {
+        ASSERT_EQ(chmod((tree + row.path).c_str(), row.mode), 0);
+        SetTimes(tree + row.path, {{when + 5, 0}, {when, 0}});
+        when += 86400;
+    }
+    std::map<std::string, std::string> facts = Facts(tree);
+    Run(Download(tree, {}, {"shut"}), dest);
+    EXPECT_TRUE(control.errors.empty()) << FirstError();
+    EXPECT_EQ(Facts(dest), facts);
+    EXPECT_EQ(Tree(dest), Tree(tree));
+    const std::string back = remote + "/back";
+    fs::create_directory(back);
+    facts = Facts(dest);
+    Run(Upload(back, {dest + "/shut"}), dest);
+    EXPECT_TRUE(control.errors.empty()) << FirstError();
+    EXPECT_EQ(Facts(back), facts);
+    EXPECT_EQ(Tree(back), Tree(dest));
+
+    // A folder the user may not write to, a file and a folder it may not read.
+    const std::string locked = remote + "/locked";
+    fs::create_directory(locked);
+    WriteFileBytes(locked + "/kept", "kept");
+    WriteFileBytes(remote + "/secret", "secret");
+    fs::create_directories(remote + "/closed/in");
+    WriteFileBytes(src + "/new", RandomBytes(100000, 6));
+    fs::create_directories(src + "/folder/sub");
+    WriteFileBytes(src + "/folder/sub/file", "file");
+    ASSERT_EQ(chmod(locked.c_str(), 0555), 0);
+    ASSERT_EQ(chmod((remote + "/secret").c_str(), 0), 0);
+    ASSERT_EQ(chmod((remote + "/closed").c_str(), 0), 0);
+    const std::string landing = home.Root() + "/landing";
+    const struct
+    {
+        platform::Message request;
+        std::string refused;
+    } rows[] = {
+        {Upload(locked, {src + "/new"}), locked + "/new"},
+        {Upload(locked, {src + "/folder"}), locked + "/folder"},
+        {Download(remote, {"secret"}), remote + "/secret"},
+        {Download(remote, {}, {"closed"}), remote + "/closed"},
+    };
+    for (const auto &row : rows) {
+        fs::create_directory(landing);
+        control.errors.clear();
+        Run(row.request, landing);
+        ASSERT_EQ(control.errors.size(), 1u) << row.refused;
+        EXPECT_NE(FirstError().find(row.refused), std::string::npos) << FirstError();
+        EXPECT_NE(FirstError().find("permission denied"), std::string::npos) << FirstError();
+        EXPECT_TRUE(fs::is_empty(landing)) << row.refused;
+        EXPECT_EQ(Tree(locked), (std::map<std::string, std::string>{{"kept", "kept"}}));
+        fs::remove_all(landing);
+    }
+    OpenUp(remote);
+    OpenUp(dest);
 }

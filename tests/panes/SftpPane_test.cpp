@@ -7,6 +7,7 @@
 #include "SilentServer.h"
 #include "SshdServer.h"
 #include "support/TickGaps.h"
+#include "support/UnprivilegedRerun.h"
 
 #include "fileops/FileOpsMessages.h"
 #include "ftp/FtpSession.h"
@@ -259,4 +260,107 @@ TEST_F(SftpPaneTest, ADroppedSessionIsMadeAgainByTheNextCommand)
     EXPECT_EQ(RowNames(list), top);
     EXPECT_TRUE(fAlerts.Shown().empty());
     EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
+}
+
+// No agent and no key: the password is asked for each connection and used,
+// and the session file never learns it; one the server refuses is said in
+// the log and an alert, and not asked for again and again.
+TEST_F(SftpPaneTest, AnAskedPasswordIsUsedButNeverStoredAndARefusedOneIsSaid)
+{
+    if (!fServer.PasswordUnavailable().empty())
+        GTEST_SKIP() << fServer.PasswordUnavailable();
+    fs::remove(fHome.Home() + "/.ssh/id_ed25519");
+    const std::string file = kestrin::FtpSession::Folder() + "/box.sftp";
+    const std::optional<std::string> stored = ReadFileBytes(file);
+    ASSERT_TRUE(stored);
+    const std::string refusal = "The server did not let " + SshdServer::User() + " in.";
+    const struct
+    {
+        std::string answer;
+        std::vector<std::string> alerts;
+    } rows[] = {
+        {"guess", {"Password", "Connect Failed"}},
+        {SshdServer::Password(), {"Password"}},
+    };
+    for (const auto &row : rows) {
+        fAlerts.Clear();
+        fAlerts.QueueSecret(row.answer);
+        DirPane &pane = Open();
+        ASSERT_TRUE(Listed([&] { pane.DoFtp("box.sftp"); })) << row.answer;
+        std::vector<std::string> titles;
+        for (const auto &alert : fAlerts.Shown())
+            titles.push_back(alert.title);
+        EXPECT_EQ(titles, row.alerts) << row.answer;
+        EXPECT_EQ(fAlerts.Shown()[0].text,
+                  "The password of " + SshdServer::User() + " on 127.0.0.1 (port "
+                      + std::to_string(fServer.Port()) + "):");
+        if (row.alerts.size() > 1) {
+            EXPECT_EQ(fAlerts.Shown()[1].text, refusal);
+            EXPECT_NE(LogText().find(refusal), std::string::npos) << LogText();
+        } else {
+            EXPECT_EQ(Header(), "sftp: " + Remote());
+            EXPECT_EQ(RowNames(*pane.List()),
+                      (std::vector<std::string>{"..", "sub", "a.txt", "b.txt"}));
+        }
+        EXPECT_EQ(ReadFileBytes(file), stored) << row.answer;
+        fPane.reset();
+    }
+}
+
+// Run by a user whom the bits bind (root is bound by none): the pane browses
+// as that user, and what the server refuses in a folder the user may not
+// write to is said in the log, the folder left as it was.
+TEST_F(SftpPaneTest, AsAUserTheBitsBindTheServersRefusalsAreSaidAndChangeNothing)
+{
+    if (UnprivilegedRerun::Delegated())
+        return;
+    const std::string locked = Remote() + "/locked";
+    fs::create_directory(locked);
+    MakeFile(locked + "/kept.txt", 4);
+    ASSERT_EQ(chmod(locked.c_str(), 0555), 0);
+    DirPane &pane = Open();
+    DirView &list = *pane.List();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("box.sftp"); }));
+    Select("locked");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
+    EXPECT_EQ(Header(), "sftp: " + locked);
+    const std::vector<std::string> rows = {"..", "kept.txt"};
+    EXPECT_EQ(RowNames(list), rows);
+
+    const auto rename = [&] {
+        Select("kept.txt");
+        Key(Qt::Key_F6, Qt::ShiftModifier);
+        auto *editor = list.findChild<QLineEdit *>();
+        ASSERT_NE(editor, nullptr);
+        editor->setText("moved.txt");
+        QTest::keyClick(editor, Qt::Key_Return);
+    };
+    const auto remove = [&] {
+        Select("kept.txt");
+        fAlerts.QueueAnswer(1); // Delete
+        Key(Qt::Key_F8);
+    };
+    const struct
+    {
+        std::function<void()> command;
+        std::string target;
+        std::string said;
+    } refused[] = {
+        {[&] { list.Commands().NewFolder(); }, "/New Folder", "Making the folder "},
+        {rename, "/kept.txt", "Renaming "},
+        {remove, "/kept.txt", "Deleting "},
+    };
+    for (const auto &row : refused) {
+        const std::string path = locked + row.target;
+        ASSERT_TRUE(Listed(row.command)) << path;
+        const std::string log = LogText();
+        EXPECT_NE(log.find(row.said + path), std::string::npos) << log;
+        EXPECT_NE(log.find("\n" + path + ": permission denied."), std::string::npos) << log;
+        EXPECT_EQ(RowNames(list), rows) << path;
+        std::vector<std::string> left;
+        for (const auto &entry : fs::directory_iterator(locked))
+            left.push_back(entry.path().filename().string());
+        EXPECT_EQ(left, std::vector<std::string>{"kept.txt"}) << path;
+    }
+    ASSERT_EQ(chmod(locked.c_str(), 0755), 0);
 }

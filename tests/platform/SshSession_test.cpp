@@ -174,3 +174,39 @@ TEST_F(SshSessionTest, LogsInWithTheAgentOrAKeyFileAndAsksForAPassphrase)
     agent.kill();
     agent.waitForFinished();
 }
+
+TEST_F(SshSessionTest, LogsInWithTheRightPasswordOnlyAndKeepsNone)
+{
+    if (!server.PasswordUnavailable().empty())
+        GTEST_SKIP() << server.PasswordUnavailable();
+    // Each row a new connection: the passwords tried on it, in order, and
+    // whether the last let the user in.
+    const struct
+    {
+        std::vector<std::string> tried;
+        bool in;
+    } rows[] = {
+        {{"guess"}, false},
+        {{""}, false},
+        {{SshdServer::Password() + " "}, false},
+        {{SshdServer::Password()}, true},
+        // A refusal leaves the connection open for another try.
+        {{"guess", SshdServer::Password()}, true},
+    };
+    for (const auto &row : rows) {
+        SshSession session;
+        Connect(session);
+        bool in = false;
+        for (const std::string &password : row.tried)
+            in = session.AuthenticateWithPassword(password);
+        const std::string tried = row.tried.back();
+        EXPECT_EQ(in, row.in) << tried;
+        EXPECT_EQ(session.IsAuthenticated(), row.in) << tried;
+        if (!row.in)
+            EXPECT_NE(session.LastError().find("denied"), std::string::npos)
+                << tried << ": " << session.LastError();
+    }
+    // Neither a password nor the host is written anywhere under the home.
+    for (const auto &entry : fs::recursive_directory_iterator(home.Home()))
+        EXPECT_TRUE(entry.is_directory()) << entry.path();
+}

@@ -192,3 +192,50 @@ TEST_F(SftpFolderClientTest, ADroppedConnectionIsMadeAgainByTheRequestThatFindsI
         EXPECT_TRUE(client.LoggedIn()) << int(step);
     }
 }
+
+TEST_F(SftpFolderClientTest, TheSessionsPasswordIsUsedAsItIsAndAnAskedOneOnce)
+{
+    if (!server.PasswordUnavailable().empty())
+        GTEST_SKIP() << server.PasswordUnavailable();
+    const std::string right = SshdServer::Password();
+    // No agent and no key: the session's password, else the one asked for.
+    const struct
+    {
+        std::string stored;
+        std::optional<std::string> answer;
+        int asked;
+        bool in;
+    } rows[] = {
+        {right, std::nullopt, 0, true},
+        {"", right, 1, true},
+        {"", "guess", 1, false},
+        {"", std::nullopt, 1, false},
+    };
+    for (const auto &row : rows) {
+        const std::string what = "stored \"" + row.stored + "\", answered \""
+                                 + row.answer.value_or("(nothing)") + "\"";
+        session.pass = row.stored;
+        int asked = 0;
+        SftpFolderClient::Questions questions = Trusting();
+        questions.password = [&] {
+            asked++;
+            return row.answer;
+        };
+        std::vector<std::string> log;
+        SftpFolderClient client(session, 20000, questions, [&](const std::string &line) {
+            log.push_back(line);
+        });
+        const SftpResult result = client.Run({});
+        EXPECT_EQ(asked, row.asked) << what;
+        EXPECT_EQ(client.LoggedIn(), row.in) << what;
+        ASSERT_FALSE(log.empty()) << what;
+        if (row.in) {
+            EXPECT_EQ(result.connectError, "") << what;
+            EXPECT_EQ(log.back(), "Logged in as " + session.user + ".") << what;
+        } else {
+            EXPECT_EQ(result.connectError, "The server did not let " + session.user + " in.")
+                << what;
+            EXPECT_EQ(log.back(), result.connectError) << what;
+        }
+    }
+}

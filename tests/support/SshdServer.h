@@ -5,11 +5,19 @@
 #include <QTemporaryDir>
 #include <memory>
 #include <string>
+#include <vector>
 
 // OpenSSH's sshd on 127.0.0.1, for the SFTP tests, started as `sshd -i` for
-// each connection (see InetdListener). sshd runs as the
-// user who runs the test and lets that user in with the key the fixture made
-// (UserKey()); the host key is the fixture's own, and can be replaced.
+// each connection (see InetdListener). sshd runs as the user who runs the
+// test and lets that user in with the key the fixture made (UserKey()), or
+// with Password(); the host key is the fixture's own, and can be replaced.
+//
+// sshd takes the user's password, and whether the account is open at all,
+// from /etc/shadow, which the fixture may neither change nor (run by anyone
+// but root) even read. So each sshd starts in a mount namespace of its own,
+// where a shadow file the fixture wrote, with one line for the user, lies
+// over /etc/shadow; a user other than root gets that namespace inside user
+// namespaces, going back to its own user id before sshd starts.
 class SshdServer
 {
 public:
@@ -25,6 +33,10 @@ public:
     static std::string User();
     // The private key that logs the user in, without a passphrase.
     std::string UserKey() const;
+    // The password that logs the user in, and why it cannot here (empty
+    // when it can).
+    static std::string Password();
+    std::string PasswordUnavailable() const { return fPasswordUnavailable; }
     // The host key's known_hosts line, as `ssh` writes it for this server.
     std::string KnownHostsLine() const;
     // The host key's "SHA256:..." fingerprint, as ssh-keygen -l shows it.
@@ -38,8 +50,16 @@ public:
 
 private:
     bool MakeKey(const std::string &path) const;
+    // sshd's configuration, with password logins or without; its path.
+    std::string WriteConfig(bool passwords) const;
+    // `command` run in a mount namespace where the fixture's shadow file
+    // lies over /etc/shadow.
+    std::vector<std::string> WithOwnShadow(const std::vector<std::string> &command) const;
+    // Whether `command` gets the shadow file on this machine.
+    bool CanHaveOwnShadow() const;
 
     QTemporaryDir fDir;
     std::string fUnavailable;
+    std::string fPasswordUnavailable;
     std::unique_ptr<InetdListener> fListener;
 };

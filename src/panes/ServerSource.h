@@ -42,6 +42,8 @@ public:
     void Follow(QObject *context,
                 std::function<void(const std::string &line)> logLine,
                 std::function<void()> changed) const override;
+    // The conversation.
+    const void *Connection() const override { return fConversation.get(); }
 
     std::string PathOf(const DirListItem &row) const override;
     entry_ref RefOf(const DirListItem &row) const override;

@@ -137,10 +137,13 @@ TransferPlace ServerSource::Place() const
 
 std::optional<platform::Message> ServerSource::ViewRequest(const DirListItem &row) const
 {
-    platform::Message request = Request(kMsgFtpDownload, {&row});
+    const uint32_t download = CopyRequest().what;
+    platform::Message request = Request(download, {&row});
     if (request.what == 0)
         return std::nullopt;
     request.what = kMsgViewFromServer;
+    // The kind of download that brings the file.
+    request.AddInt32(kViewDownload, int32_t(download));
     return request;
 }
 

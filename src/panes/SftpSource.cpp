@@ -87,11 +87,12 @@ SftpRequest StepOf(SftpRequest::Step step, std::string name = {})
     return request;
 }
 
-platform::Alert NotYet(const char *what)
+platform::Alert EditingRefused()
 {
+    // A copy edited here would never go back to the server.
     return {"SFTP",
-            std::string("Sorry, a file on an SFTP server cannot be ") + what
-                + " yet: copy it to this computer first (F5).",
+            "Sorry, a file on an SFTP server cannot be edited yet: copy it to this computer "
+            "first (F5).",
             {"OK"},
             B_INFO_ALERT};
 }
@@ -240,15 +241,9 @@ CopyOut SftpSource::CopyRequest() const
     return {kMsgSftpDownload, "Copy"};
 }
 
-std::optional<platform::Message> SftpSource::ViewRequest(const DirListItem &) const
-{
-    platform::Alerts::Go(NotYet("viewed"));
-    return std::nullopt;
-}
-
 std::optional<platform::Alert> SftpSource::EditRefusal() const
 {
-    return NotYet("edited");
+    return EditingRefused();
 }
 
 } // namespace kestrin

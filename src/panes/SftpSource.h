@@ -54,8 +54,7 @@ public:
     std::optional<platform::Alert> InfoOf(const DirListItem &row) const override;
     bool RenamesRows() const override { return true; }
     CopyOut CopyRequest() const override;
-    // Nothing is downloaded to be viewed or edited yet: both say so.
-    std::optional<platform::Message> ViewRequest(const DirListItem &row) const override;
+    // A copy edited here would not go back to the server: F4 says so.
     std::optional<platform::Alert> EditRefusal() const override;
 
 protected:

@@ -156,14 +156,6 @@ TEST_F(SftpPaneTest, BrowsesMakesRenamesDeletesAndSetsPermissionsWithThePanesKey
     EXPECT_EQ(list.FindItem("sub"), -1);
     fAlerts.Clear();
 
-    // What cannot work on a server's file yet says so.
-    Select("b.txt");
-    for (const int key : {Qt::Key_F3, Qt::Key_F4}) {
-        Key(key);
-        ASSERT_EQ(fAlerts.Count(), 1u) << key;
-        EXPECT_NE(fAlerts.Shown()[0].text.find("SFTP server"), std::string::npos) << key;
-        fAlerts.Clear();
-    }
     // Get Info tells what the listing said of the entry.
     fs::permissions(Remote() + "/b.txt", fs::perms(0604));
     ASSERT_TRUE(Listed([&] { Key(Qt::Key_F2); }));

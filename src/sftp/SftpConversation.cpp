@@ -17,7 +17,11 @@ SftpConversation::SftpConversation(FtpSession session,
                timeoutMs,
                keepAlive](const Post &post) {
         platform::SocketInterrupt::Scope scope(worker->Interrupt());
-        SftpFolderClient client(session, timeoutMs, questions, LogThrough(post));
+        FtpSession login = session;
+        // Read before the first login, which then tries it rather than ask.
+        if (login.passwordInKeyring)
+            login.pass = KeyringPassword(login, post);
+        SftpFolderClient client(std::move(login), timeoutMs, questions, LogThrough(post));
         Serve(*worker, client, keepAlive, post, &SftpConversation::Deliver);
     });
 }

@@ -17,7 +17,10 @@ namespace kestrin {
 // pane's requests one at a time, a newer request cuts the running one short
 // at once, an idle connection is kept alive, and the log lines and results
 // arrive on the GUI thread. What the login asks the user it asks through
-// `questions` from the worker, which waits for the answer.
+// `questions` from the worker, which waits for the answer. A session whose
+// password is in the desktop keyring has it read there by the worker before
+// its first login, which tries it before asking; the session then holds it,
+// for the transfers that log in on their own.
 //
 // Made and used on the GUI thread. Destroying it cuts a request short;
 // nothing waits for the worker.

@@ -103,10 +103,7 @@ void ServerSource::Follow(QObject *context,
                      [logLine = std::move(logLine)](const QString &line) {
                          logLine(line.toStdString());
                      });
-    QObject::connect(fConversation.get(),
-                     &ServerConversation::Changed,
-                     context,
-                     std::move(changed));
+    QObject::connect(fConversation.get(), &ServerConversation::Changed, context, std::move(changed));
 }
 
 std::string ServerSource::PathOf(const DirListItem &row) const
@@ -195,9 +192,9 @@ std::string ServerSource::TypedRemotePath(const std::string &typed,
 }
 
 platform::Message ServerSource::RowsRequest(uint32_t what,
-                                         const FtpSession &session,
-                                         const std::string &folder,
-                                         const std::vector<const DirListItem *> &rows)
+                                            const FtpSession &session,
+                                            const std::string &folder,
+                                            const std::vector<const DirListItem *> &rows)
 {
     platform::Message request(what);
     // The session's name, as an upload carries it: the transfer takes its

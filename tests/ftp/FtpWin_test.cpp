@@ -56,6 +56,18 @@ protected:
 
     void Type(int field, const char *text) { fields[field]->setText(text); }
 
+    // Types the seven fields, ticks the keyring's box and saves: the window
+    // closes with nothing to say.
+    void SaveInKeyring(FtpWin *window, const std::vector<const char *> &typed)
+    {
+        for (int i = 0; i < 7; i++)
+            Type(i, typed[i]);
+        box->setChecked(true);
+        Ok(window);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isVisible(); }, 30000));
+        EXPECT_EQ(fAlerts.Count(), 0u);
+    }
+
     static void Ok(FtpWin *window)
     {
         QTest::mouseClick(window->findChild<QPushButton *>("bOK"), Qt::LeftButton);
@@ -294,13 +306,8 @@ TEST_F(FtpWinKeyring, TheOptionKeepsThePasswordInTheKeyringAndShowsItThere)
     EXPECT_EQ(note->text(), "");
     EXPECT_EQ(window->findChild<QLabel *>("label6")->text(),
               "Warning! storing password is insecure.");
-    const char *typed[] = {"site", "127.0.0.1", "2121", "me", "secret", "/pub", ""};
-    for (int i = 0; i < 7; i++)
-        Type(i, typed[i]);
-    box->setChecked(true);
-    Ok(window.get());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isVisible(); }, 30000));
-    EXPECT_EQ(fAlerts.Count(), 0u);
+    ASSERT_NO_FATAL_FAILURE(
+        SaveInKeyring(window.get(), {"site", "127.0.0.1", "2121", "me", "secret", "/pub", ""}));
     EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")),
               "Host=127.0.0.1\nPort=2121\nUser=me\nPass=\nRemoteDir=/pub\nLocalDir=\n");
     EXPECT_EQ(ReadFileBytes(PathOf("site.ftp.kestrin")), "PasswordInKeyring=1\n");
@@ -339,13 +346,8 @@ TEST_F(FtpWinKeyring, AnSftpSessionKeepsItsPasswordApartFromTheFtpOneOfItsName)
     auto window = Open(std::nullopt, FtpSession::Kind::Sftp);
     ASSERT_NE(box, nullptr);
     EXPECT_TRUE(box->isEnabled());
-    const char *typed[] = {"site", "127.0.0.1", "22", "me", "secret", "/srv", ""};
-    for (int i = 0; i < 7; i++)
-        Type(i, typed[i]);
-    box->setChecked(true);
-    Ok(window.get());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isVisible(); }, 30000));
-    EXPECT_EQ(fAlerts.Count(), 0u);
+    ASSERT_NO_FATAL_FAILURE(
+        SaveInKeyring(window.get(), {"site", "127.0.0.1", "22", "me", "secret", "/srv", ""}));
     EXPECT_EQ(ReadFileBytes(PathOf("site.sftp")),
               "Host=127.0.0.1\nPort=22\nUser=me\nPass=\nRemoteDir=/srv\nLocalDir=\n");
     EXPECT_EQ(ReadFileBytes(PathOf("site.sftp.kestrin")), "PasswordInKeyring=1\n");

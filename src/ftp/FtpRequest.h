@@ -57,6 +57,10 @@ struct FtpResult
     // The server refused TLS that the session would have used: the
     // connection, password included, goes in clear.
     bool inClear = false;
+
+    // The place is the folder named here: all went well, or the folder
+    // listed last comes again after a lost connection.
+    bool ReachedFolder() const { return connectCode == 0 || !folder.empty(); }
 };
 
 } // namespace kestrin

@@ -152,7 +152,7 @@ bool FtpSession::Remove(const std::string &fileName)
         return false;
     const SessionOptions options = SessionOptions::Read(fileName);
     if (options.PasswordInKeyring())
-        SessionPassword::ForgetLater(NameOf(fileName));
+        SessionPassword::ForgetLater(fileName);
     SessionOptions::Remove(fileName);
     // What Kestrin kept of it goes too: a new session of the same name must
     // not inherit a trusted certificate. (An SFTP session has none: the FTP

@@ -52,12 +52,10 @@ FtpWin::FtpWin(const QRect &frame,
     text4 = AddField("User Name:", "text4");
     // Shown as typed: the user is told above that it is stored so too.
     text5 = AddField("Password:", "text5");
-    const bool ftp = fKind == FtpSession::Kind::Ftp;
-    if (ftp)
-        fKeyring = new KeyringOption(fFields, text5);
+    fKeyring = new KeyringOption(fFields, text5);
     text6 = AddField("Remote Dir:", "text6");
     text7 = AddField("Local Dir:", "text7");
-    if (ftp)
+    if (fKind == FtpSession::Kind::Ftp)
         BuildSecurity();
     auto *outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
@@ -151,9 +149,9 @@ void FtpWin::LoadFtpSettings(const std::string &sessionFile)
         if (!value->empty())
             field->setText(QString::fromStdString(*value));
     }
-    if (fKeyring == nullptr)
-        return;
     fKeyring->Load(session);
+    if (fKind != FtpSession::Kind::Ftp)
+        return;
     const FtpSecurity security = FtpSecurity::Read(session.name);
     for (int i = 0; i < fTls->count(); i++) {
         if (kTlsChoices[i].first == security.tls)
@@ -195,7 +193,7 @@ FtpSession FtpWin::Fields() const
     session.port = text3->text().toStdString();
     session.user = text4->text().toStdString();
     session.pass = text5->text().toStdString();
-    session.passwordInKeyring = fKeyring != nullptr && fKeyring->Chosen();
+    session.passwordInKeyring = fKeyring->Chosen();
     session.kind = fKind;
     session.remoteDir = text6->text().toStdString();
     session.localDir = text7->text().toStdString();
@@ -226,11 +224,6 @@ void FtpWin::MessageReceived(platform::Message &message)
             break;
         // A file that could not be made has been reported; there is nothing
         // more this window can do about it.
-        if (fKeyring == nullptr) {
-            SetFtpSetting();
-            close();
-            break;
-        }
         fKeyring->Keep(Fields(), [this] {
             SetFtpSetting();
             close();

@@ -67,7 +67,7 @@ private:
     QLineEdit *text6 = nullptr; // Remote Dir:
     QLineEdit *text7 = nullptr; // Local Dir:
     FtpSession::Kind fKind;
-    // Whether the password is kept in the desktop keyring instead (FTP).
+    // Whether the password is kept in the desktop keyring instead.
     KeyringOption *fKeyring = nullptr;
     QComboBox *fTls = nullptr;
     QLabel *fTrusted = nullptr;

@@ -82,8 +82,9 @@ bool KeyringOption::Chosen() const
 void KeyringOption::Keep(const FtpSession &session, std::function<void()> saved)
 {
     if (!Chosen()) {
-        if (SessionOptions::Read(FtpSession::FileNameOf(session.name)).PasswordInKeyring())
-            SessionPassword::ForgetLater(session.name);
+        const std::string file = FtpSession::FileNameOf(session.name, session.kind);
+        if (SessionOptions::Read(file).PasswordInKeyring())
+            SessionPassword::ForgetLater(file);
         saved();
         return;
     }

@@ -17,9 +17,19 @@ const platform::Keyring &TheKeyring()
     return keyring;
 }
 
+// The session an entry belongs to: an FTP session's name, as it has always
+// been, and an SFTP session's file name, so that an FTP and an SFTP session
+// of one name keep their passwords apart.
+std::string KeyOf(const std::string &sessionFile)
+{
+    if (FtpSession::KindOf(sessionFile) == FtpSession::Kind::Sftp)
+        return sessionFile;
+    return FtpSession::NameOf(sessionFile);
+}
+
 platform::Keyring::Attributes AttributesOf(const FtpSession &session)
 {
-    return {{kSession, session.name}, {kHost, session.host}, {kUser, session.user}};
+    return {{kSession, session.SavedPlace()}, {kHost, session.host}, {kUser, session.user}};
 }
 
 } // namespace
@@ -38,24 +48,25 @@ std::string SessionPassword::Keep(const FtpSession &session, const std::string &
 {
     // A session whose host or user changed keeps one password, not one for
     // each server it ever named.
-    std::string error = Forget(session.name);
+    std::string error = Forget(FtpSession::FileNameOf(session.name, session.kind));
     if (!error.empty() || password.empty())
         return error;
-    const std::string label = "Kestrin: FTP session \"" + session.name + "\" (" + session.user + "@"
+    const std::string kind = session.kind == FtpSession::Kind::Sftp ? "SFTP" : "FTP";
+    const std::string label = "Kestrin: " + kind + " session \"" + session.name + "\" (" + session.user + "@"
                               + session.host + ")";
     return TheKeyring().Store(AttributesOf(session), label, password);
 }
 
-std::string SessionPassword::Forget(const std::string &name)
+std::string SessionPassword::Forget(const std::string &sessionFile)
 {
-    return TheKeyring().Clear({{kSession, name}});
+    return TheKeyring().Clear({{kSession, KeyOf(sessionFile)}});
 }
 
-void SessionPassword::ForgetLater(const std::string &name)
+void SessionPassword::ForgetLater(const std::string &sessionFile)
 {
     platform::Background::Start(
         nullptr,
-        [name](const platform::Background::Task &) { Forget(name); },
+        [sessionFile](const platform::Background::Task &) { Forget(sessionFile); },
         platform::Background::Thread::Own);
 }
 

@@ -2,6 +2,7 @@
 
 #include "fileops/CopyWin.h"
 #include "fileops/FileOpsMessages.h"
+#include "panes/PaneMessages.h"
 #include "platform/Alerts.h"
 #include "platform/Entry.h"
 #include "platform/PathNames.h"
@@ -36,7 +37,9 @@ void ViewFromServer::Start(const platform::Message &request, QWidget *owner, con
     }
     view->fFile = platform::JoinPath(view->Folder(), name);
     platform::Message download(request);
-    download.what = kMsgFtpDownload;
+    int32_t code = int32_t(kMsgFtpDownload);
+    request.FindInt32(kViewDownload, &code);
+    download.what = uint32_t(code);
     CopyWin *copy = start(view->Folder(), download);
     // Once the window and its worker are gone.
     connect(copy, &QObject::destroyed, view, &ViewFromServer::DownloadEnded, Qt::QueuedConnection);

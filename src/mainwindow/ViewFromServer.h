@@ -30,7 +30,8 @@ public:
     using StartCopy
         = std::function<CopyWin *(const std::string &folder, const platform::Message &download)>;
 
-    // `request`: the fields of the download of one "FtpFile" (604). The
+    // `request`: the fields of the download of one "FtpFile" (an FTP or
+    // SFTP download, as its kViewDownload field says). The
     // viewer is a window of `owner`'s, and the folder goes with `owner` too.
     static void Start(const platform::Message &request, QWidget *owner, const StartCopy &start);
 

@@ -293,6 +293,10 @@ void DirPane::Follow(std::unique_ptr<PaneSource> place, const std::string &selec
     // What the place before told the pane goes with it: a place reached
     // again through the same conversation would bring each line twice.
     fFollowing = std::make_unique<QObject>();
+    // The log tells of one connection: another server's lines would be
+    // taken for this one's.
+    if (place->Connection() != fList->Source().Connection())
+        fLog->clear();
     place->Follow(
         fFollowing.get(),
         [this](const std::string &line) {

@@ -33,6 +33,9 @@ inline constexpr uint32_t kMsgOpenViewer = platform::FourCC("View");
 // F3 on a server's file: the fields of its download (604), to a folder of
 // the main window's choosing, after which the viewer shows it.
 inline constexpr uint32_t kMsgViewFromServer = platform::FourCC("VwDl");
+// The field of kMsgViewFromServer that holds the code of the download
+// that brings the file (kMsgFtpDownload when there is none).
+inline constexpr const char *kViewDownload = "Download";
 
 // From the in-place rename field to the list.
 inline constexpr uint32_t kMsgRenameAccept = 513; // "pos" int32: the row

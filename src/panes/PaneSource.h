@@ -103,6 +103,10 @@ public:
                         std::function<void(const std::string &line)>,
                         std::function<void()>) const
     {}
+    // What tells apart the places of one connection to a server from
+    // another's (the same for every folder it reaches); null for places on
+    // no server.
+    virtual const void *Connection() const { return nullptr; }
     // The folder whose changes node monitoring reports to the pane; empty
     // for a place that changes only when it is listed again.
     virtual std::string WatchedFolder() const { return {}; }

@@ -4,7 +4,6 @@
 #include "fileops/FileOpsMessages.h"
 #include "ftp/FtpListing.h"
 #include "panes/DirListItem.h"
-#include "panes/FtpSource.h"
 #include "panes/PaneMessages.h"
 #include "panes/PlaceText.h"
 #include "platform/Alerts.h"
@@ -13,7 +12,6 @@
 #include "sftp/SftpConversation.h"
 #include "sftp/SftpQuestions.h"
 
-#include <QPointer>
 #include <utility>
 
 namespace kestrin {
@@ -33,7 +31,7 @@ char TypeLetter(platform::SftpEntry::Kind kind)
 }
 
 // The rows of a server's answer, made on the conversation's worker.
-void MakeRows(const SftpResult &result, const RowStyle &style, FolderLister::Job &job)
+void AddRows(const SftpResult &result, const RowStyle &style, FolderLister::Job &job)
 {
     if (!result.connectError.empty())
         job.problem = result.connectError;
@@ -63,6 +61,13 @@ void MakeRows(const SftpResult &result, const RowStyle &style, FolderLister::Job
     job.done = job.total.load();
 }
 
+// The rows, after which the entries are no longer needed.
+void MakeRows(SftpResult &result, const RowStyle &style, FolderLister::Job &job)
+{
+    AddRows(result, style, job);
+    result.entries.clear();
+}
+
 std::unique_ptr<PaneSource> Connected(const std::string &sessionFile,
                                       const std::string &localFolder,
                                       SftpRequest step)
@@ -82,11 +87,12 @@ SftpRequest StepOf(SftpRequest::Step step, std::string name = {})
     return request;
 }
 
-platform::Alert NotYet(const char *what)
+platform::Alert EditingRefused()
 {
+    // A copy edited here would never go back to the server.
     return {"SFTP",
-            std::string("Sorry, a file on an SFTP server cannot be ") + what
-                + " yet: copy it to this computer first (F5).",
+            "Sorry, a file on an SFTP server cannot be edited yet: copy it to this computer "
+            "first (F5).",
             {"OK"},
             B_INFO_ALERT};
 }
@@ -96,10 +102,9 @@ platform::Alert NotYet(const char *what)
 SftpSource::SftpSource(std::shared_ptr<SftpConversation> conversation,
                        const std::string &localFolder,
                        SftpRequest step)
-    : fConversation(std::move(conversation))
-    , fLocalFolder(FtpSource::LocalFolderOf(fConversation->Session(), localFolder))
+    : ServerSource(conversation, localFolder, step.base)
+    , fConversation(std::move(conversation))
     , fStep(std::move(step))
-    , fReached(std::make_shared<Reached>())
 {}
 
 std::unique_ptr<PaneSource> SftpSource::Connect(const std::string &sessionFile,
@@ -125,132 +130,38 @@ std::unique_ptr<PaneSource> SftpSource::FromSaved(const std::string &saved,
     return Connected(sessionFile, localFolder, std::move(stay));
 }
 
-int32_t SftpSource::Mode() const
+std::unique_ptr<PaneSource> SftpSource::StayAt(const std::string &folder) const
 {
-    return kModeFtp;
-}
-
-const FtpSession &SftpSource::Session() const
-{
-    return fConversation->Session();
-}
-
-const std::string &SftpSource::RemoteFolder() const
-{
-    return fReached->done ? fReached->folder : fStep.base;
-}
-
-std::string SftpSource::HeaderText() const
-{
-    if (!fConversation->Status().empty())
-        return fConversation->Status();
-    return "sftp: " + RemoteFolder();
-}
-
-std::string SftpSource::SavedPlace() const
-{
-    return Session().SavedPlace();
-}
-
-std::string SftpSource::RecalledPlace() const
-{
-    return PlaceText::ServerPlace(SavedPlace(), RemoteFolder());
-}
-
-std::unique_ptr<PaneSource> SftpSource::Recall(const std::string &recalled) const
-{
-    const auto [session, remoteFolder] = PlaceText::ServerParts(recalled);
-    if (session != SavedPlace() || remoteFolder.empty() || remoteFolder[0] != '/')
-        return nullptr;
     SftpRequest stay = StepOf(SftpRequest::Step::Stay);
-    stay.base = remoteFolder;
-    return std::make_unique<SftpSource>(fConversation, fLocalFolder, std::move(stay));
-}
-
-FolderLister::Reader SftpSource::Reader(const RowStyle &) const
-{
-    // Read only through the pane's conversation: a reader of its own would
-    // log in again each time.
-    return [](FolderLister::Job &job) {
-        job.openStatus = B_NOT_ALLOWED;
-        job.readStatus = B_ENTRY_NOT_FOUND;
-    };
+    stay.base = folder;
+    return std::make_unique<SftpSource>(fConversation, Folder(), std::move(stay));
 }
 
 std::shared_ptr<FolderLister::Job> SftpSource::StartReading(const RowStyle &style,
                                                             QObject *context,
                                                             FolderLister::Done done) const
 {
-    auto job = std::make_shared<FolderLister::Job>();
     SftpRequest request = fStep;
-    if (fReached->done) {
+    if (Found()->done) {
         request = StepOf(SftpRequest::Step::Stay);
-        request.base = fReached->folder;
+        request.base = Found()->folder;
     }
-    QPointer<QObject> guard(context);
-    fConversation->Submit(
-        std::move(request),
-        [job, style](SftpResult &result) {
-            FolderLister::Run([&result,
-                               &style](FolderLister::Job &into) { MakeRows(result, style, into); },
-                              style,
-                              *job);
-            result.entries.clear();
-        },
-        [job, guard, done = std::move(done), reached = fReached](SftpResult &result) {
-            if (result.connectError.empty() || !result.folder.empty()) {
-                reached->done = true;
-                reached->folder = result.folder;
-            }
-            if (!job->cancel && guard)
-                done(job);
-        });
-    return job;
+    return Read(*fConversation, std::move(request), style, context, std::move(done), &MakeRows);
 }
 
 void SftpSource::Listed(const FolderLister::Job &job)
 {
-    if (!job.problem.empty())
-        platform::Alerts::Go({"Connect Failed", job.problem, {"OK"}, B_WARNING_ALERT});
-}
-
-void SftpSource::Follow(QObject *context,
-                        std::function<void(const std::string &)> logLine,
-                        std::function<void()> changed) const
-{
-    QObject::connect(fConversation.get(),
-                     &SftpConversation::LogLine,
-                     context,
-                     [logLine = std::move(logLine)](const QString &line) {
-                         logLine(line.toStdString());
-                     });
-    QObject::connect(fConversation.get(), &SftpConversation::Changed, context, std::move(changed));
-}
-
-std::string SftpSource::PathOf(const DirListItem &row) const
-{
-    return platform::JoinPath(RemoteFolder(), row.Name());
-}
-
-entry_ref SftpSource::RefOf(const DirListItem &row) const
-{
-    // Not a local entry: nothing on this machine may be taken for it.
-    return entry_ref{0, 0, row.Name(), PathOf(row)};
+    ToldProblem(job);
 }
 
 std::unique_ptr<PaneSource> SftpSource::Next(SftpRequest step) const
 {
     step.base = RemoteFolder();
-    return std::make_unique<SftpSource>(fConversation, fLocalFolder, std::move(step));
+    return std::make_unique<SftpSource>(fConversation, Folder(), std::move(step));
 }
 
-std::unique_ptr<PaneSource> SftpSource::Parent(std::string *selectAfter) const
+std::unique_ptr<PaneSource> SftpSource::Up() const
 {
-    const std::string &folder = RemoteFolder();
-    if (folder.empty() || folder == "/")
-        return nullptr;
-    if (selectAfter != nullptr)
-        platform::ParentPath(folder, selectAfter);
     return Next(StepOf(SftpRequest::Step::Up));
 }
 
@@ -265,22 +176,13 @@ Opening SftpSource::Open(const DirListItem &row) const
 std::unique_ptr<PaneSource> SftpSource::TypedPath(const std::string &typed,
                                                   std::optional<platform::Alert> *refusal) const
 {
-    const std::string path = FtpSource::TypedRemotePath(typed,
-                                                        Session(),
-                                                        RemoteFolder(),
-                                                        "sftp",
-                                                        refusal);
+    const std::string path = TypedRemotePath(typed, Session(), RemoteFolder(), "sftp", refusal);
     if (path.empty())
         return nullptr;
     // Entered by its whole path: the client joins it to nothing.
     SftpRequest enter = StepOf(SftpRequest::Step::Enter, path);
     enter.base = RemoteFolder();
-    return std::make_unique<SftpSource>(fConversation, fLocalFolder, std::move(enter));
-}
-
-TransferPlace SftpSource::Place() const
-{
-    return {TransferPlace::Kind::SftpFolder, RemoteFolder(), Session()};
+    return std::make_unique<SftpSource>(fConversation, Folder(), std::move(enter));
 }
 
 std::unique_ptr<PaneSource> SftpSource::WithNewFolder(const std::string &name) const
@@ -339,21 +241,9 @@ CopyOut SftpSource::CopyRequest() const
     return {kMsgSftpDownload, "Copy"};
 }
 
-std::optional<platform::Message> SftpSource::ViewRequest(const DirListItem &) const
-{
-    platform::Alerts::Go(NotYet("viewed"));
-    return std::nullopt;
-}
-
 std::optional<platform::Alert> SftpSource::EditRefusal() const
 {
-    return NotYet("edited");
-}
-
-platform::Message SftpSource::Request(uint32_t what,
-                                      const std::vector<const DirListItem *> &rows) const
-{
-    return FtpSource::RowsRequest(what, Session(), RemoteFolder(), rows);
+    return EditingRefused();
 }
 
 } // namespace kestrin

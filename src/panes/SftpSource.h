@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panes/PaneSource.h"
+#include "panes/ServerSource.h"
 #include "sftp/SftpRequest.h"
 
 #include <memory>
@@ -8,14 +8,11 @@
 namespace kestrin {
 
 class SftpConversation;
-struct FtpSession;
 
-// A folder on an SFTP server, read through the pane's conversation as an
-// FtpSource reads an FTP folder: each place is the step that leads to it
-// from the folder before (log in, enter, up, make, delete, rename, chmod),
-// and lists again without repeating it once reached. Rows are no local
-// entries; names holding "/" or made of dots are shown but never acted on.
-class SftpSource : public PaneSource
+// A folder on an SFTP server, read through the pane's conversation as
+// every server's folder is (ServerSource); its steps are log in, enter, up,
+// make, delete, rename and chmod, and links are entered as folders.
+class SftpSource : public ServerSource
 {
 public:
     SftpSource(std::shared_ptr<SftpConversation> conversation,
@@ -31,41 +28,20 @@ public:
     static std::unique_ptr<PaneSource> FromSaved(const std::string &saved,
                                                  const std::string &localFolder);
 
-    // Moves as an FTP pane's does: the messages know no other server mode.
-    int32_t Mode() const override;
-    const std::string &Folder() const override { return fLocalFolder; }
-    std::string HeaderText() const override;
-    // The session's file name: the profile keeps it as it keeps an FTP
-    // session's name, and it says which kind of session it is.
-    std::string SavedPlace() const override;
-    std::string PathText() const override { return RemoteFolder(); }
     // An absolute or relative remote path, or an sftp:// address on the
     // session's server.
     std::unique_ptr<PaneSource> TypedPath(const std::string &typed,
                                           std::optional<platform::Alert> *refusal) const override;
-    std::string RecalledPlace() const override;
-    std::unique_ptr<PaneSource> Recall(const std::string &recalled) const override;
 
-    FolderLister::Reader Reader(const RowStyle &style) const override;
     std::shared_ptr<FolderLister::Job> StartReading(const RowStyle &style,
                                                     QObject *context,
                                                     FolderLister::Done done) const override;
     // A connection that failed is told in an alert.
     void Listed(const FolderLister::Job &job) override;
-    void Follow(QObject *context,
-                std::function<void(const std::string &line)> logLine,
-                std::function<void()> changed) const override;
 
-    std::string PathOf(const DirListItem &row) const override;
-    entry_ref RefOf(const DirListItem &row) const override;
-    std::unique_ptr<PaneSource> Parent(std::string *selectAfter) const override;
     // A folder or a link is entered (the server tells where a link leads).
     Opening Open(const DirListItem &row) const override;
 
-    bool HoldsLocalEntries() const override { return false; }
-    bool IsRemote() const override { return true; }
-    TransferPlace Place() const override;
-    bool ListsAgainAfterTransfers() const override { return true; }
     std::unique_ptr<PaneSource> WithNewFolder(const std::string &name) const override;
     std::unique_ptr<PaneSource> WithoutRows(
         const std::vector<const DirListItem *> &rows) const override;
@@ -78,28 +54,19 @@ public:
     std::optional<platform::Alert> InfoOf(const DirListItem &row) const override;
     bool RenamesRows() const override { return true; }
     CopyOut CopyRequest() const override;
-    // Nothing is downloaded to be viewed or edited yet: both say so.
-    std::optional<platform::Message> ViewRequest(const DirListItem &row) const override;
+    // A copy edited here would not go back to the server: F4 says so.
     std::optional<platform::Alert> EditRefusal() const override;
-    platform::Message Request(uint32_t what,
-                              const std::vector<const DirListItem *> &rows) const override;
 
-    const std::string &RemoteFolder() const;
+protected:
+    std::unique_ptr<PaneSource> Up() const override;
+    std::unique_ptr<PaneSource> StayAt(const std::string &folder) const override;
+    TransferPlace::Kind PlaceKind() const override { return TransferPlace::Kind::SftpFolder; }
 
 private:
-    struct Reached
-    {
-        bool done = false;
-        std::string folder;
-    };
-
     std::unique_ptr<PaneSource> Next(SftpRequest step) const;
-    const FtpSession &Session() const;
 
     std::shared_ptr<SftpConversation> fConversation;
-    std::string fLocalFolder;
     SftpRequest fStep;
-    std::shared_ptr<Reached> fReached;
 };
 
 } // namespace kestrin

@@ -1,18 +1,14 @@
 #pragma once
 
 #include "ftp/ConversationWorker.h"
-#include "ftp/FtpSession.h"
-#include "platform/Background.h"
+#include "ftp/ServerConversation.h"
 #include "sftp/SftpFolderClient.h"
 #include "sftp/SftpRequest.h"
 
-#include <QObject>
-#include <QString>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <string>
 
 namespace kestrin {
 
@@ -21,14 +17,15 @@ namespace kestrin {
 // pane's requests one at a time, a newer request cuts the running one short
 // at once, an idle connection is kept alive, and the log lines and results
 // arrive on the GUI thread. What the login asks the user it asks through
-// `questions` from the worker, which waits for the answer.
+// `questions` from the worker, which waits for the answer. A session whose
+// password is in the desktop keyring has it read there by the worker before
+// its first login, which tries it before asking; the session then holds it,
+// for the transfers that log in on their own.
 //
 // Made and used on the GUI thread. Destroying it cuts a request short;
 // nothing waits for the worker.
-class SftpConversation : public QObject
+class SftpConversation : public ServerConversation
 {
-    Q_OBJECT
-
 public:
     using Prepare = std::function<void(SftpResult &)>;
     using Done = std::function<void(SftpResult &)>;
@@ -40,35 +37,14 @@ public:
                      std::chrono::milliseconds keepAlive = kKeepAlive);
     ~SftpConversation() override;
 
-    const FtpSession &Session() const { return fSession; }
-    // "sftp: Connecting...", "sftp: Connected!", or why connecting failed;
-    // empty once a folder is listed.
-    const std::string &Status() const { return fStatus; }
     void Submit(SftpRequest request, Prepare prepare, Done done);
-
-signals:
-    void LogLine(const QString &text);
-    // The status changed, or a request was answered (after its Done).
-    void Changed();
 
 private:
     using Worker = ConversationWorker<SftpFolderClient, SftpRequest, SftpResult>;
-    using Call = std::function<void(SftpConversation &)>;
-    using Post = std::function<void(Call)>;
 
-    static void Work(const std::shared_ptr<Worker> &worker,
-                     SftpFolderClient &client,
-                     std::chrono::milliseconds keepAlive,
-                     const Post &post);
-    void Connected(uint64_t id);
     void Deliver(uint64_t id, SftpResult &result, const Done &done);
-    void SetStatus(const std::string &status);
 
-    FtpSession fSession;
     std::shared_ptr<Worker> fWorker;
-    platform::Background::Task fWork;
-    std::string fStatus;
-    uint64_t fLatest = 0;
 };
 
 } // namespace kestrin

@@ -46,6 +46,10 @@ struct SftpResult
     std::vector<platform::SftpEntry> entries;
     // Empty, or why the folder could not be listed.
     std::string listError;
+
+    // The place is the folder named here: all went well, or the folder
+    // listed last comes again after a lost connection.
+    bool ReachedFolder() const { return connectError.empty() || !folder.empty(); }
 };
 
 } // namespace kestrin

@@ -38,9 +38,10 @@ protected:
 
     // The window, once it knows whether there is a keyring (its question
     // runs on a thread of its own, which is done by then).
-    std::unique_ptr<FtpWin> Open(const std::optional<std::string> &fileName)
+    std::unique_ptr<FtpWin> Open(const std::optional<std::string> &fileName,
+                                 FtpSession::Kind kind = FtpSession::Kind::Ftp)
     {
-        auto window = std::make_unique<FtpWin>(QRect(0, 0, 800, 600), nullptr, fileName);
+        auto window = std::make_unique<FtpWin>(QRect(0, 0, 800, 600), nullptr, fileName, kind);
         for (int i = 0; i < 7; i++)
             fields[i] = window->findChild<QLineEdit *>(QString("text%1").arg(i + 1));
         box = window->findChild<QCheckBox *>("keyring");
@@ -54,6 +55,18 @@ protected:
     }
 
     void Type(int field, const char *text) { fields[field]->setText(text); }
+
+    // Types the seven fields, ticks the keyring's box and saves: the window
+    // closes with nothing to say.
+    void SaveInKeyring(FtpWin *window, const std::vector<const char *> &typed)
+    {
+        for (int i = 0; i < 7; i++)
+            Type(i, typed[i]);
+        box->setChecked(true);
+        Ok(window);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isVisible(); }, 30000));
+        EXPECT_EQ(fAlerts.Count(), 0u);
+    }
 
     static void Ok(FtpWin *window)
     {
@@ -293,13 +306,8 @@ TEST_F(FtpWinKeyring, TheOptionKeepsThePasswordInTheKeyringAndShowsItThere)
     EXPECT_EQ(note->text(), "");
     EXPECT_EQ(window->findChild<QLabel *>("label6")->text(),
               "Warning! storing password is insecure.");
-    const char *typed[] = {"site", "127.0.0.1", "2121", "me", "secret", "/pub", ""};
-    for (int i = 0; i < 7; i++)
-        Type(i, typed[i]);
-    box->setChecked(true);
-    Ok(window.get());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isVisible(); }, 30000));
-    EXPECT_EQ(fAlerts.Count(), 0u);
+    ASSERT_NO_FATAL_FAILURE(
+        SaveInKeyring(window.get(), {"site", "127.0.0.1", "2121", "me", "secret", "/pub", ""}));
     EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")),
               "Host=127.0.0.1\nPort=2121\nUser=me\nPass=\nRemoteDir=/pub\nLocalDir=\n");
     EXPECT_EQ(ReadFileBytes(PathOf("site.ftp.kestrin")), "PasswordInKeyring=1\n");
@@ -328,6 +336,36 @@ TEST_F(FtpWinKeyring, TheOptionKeepsThePasswordInTheKeyringAndShowsItThere)
     EXPECT_FALSE(fs::exists(PathOf("site.ftp.kestrin")));
     EXPECT_TRUE(QTest::qWaitFor([&] { return !SessionPassword::Lookup(Site()).secret.has_value(); },
                                 30000));
+}
+
+// An SFTP session keeps its password in the keyring as an FTP one does,
+// apart from the FTP session of its name; removing it forgets its own.
+TEST_F(FtpWinKeyring, AnSftpSessionKeepsItsPasswordApartFromTheFtpOneOfItsName)
+{
+    ASSERT_EQ(SessionPassword::Keep(Site(), "ftp word"), "");
+    auto window = Open(std::nullopt, FtpSession::Kind::Sftp);
+    ASSERT_NE(box, nullptr);
+    EXPECT_TRUE(box->isEnabled());
+    ASSERT_NO_FATAL_FAILURE(
+        SaveInKeyring(window.get(), {"site", "127.0.0.1", "22", "me", "secret", "/srv", ""}));
+    EXPECT_EQ(ReadFileBytes(PathOf("site.sftp")),
+              "Host=127.0.0.1\nPort=22\nUser=me\nPass=\nRemoteDir=/srv\nLocalDir=\n");
+    EXPECT_EQ(ReadFileBytes(PathOf("site.sftp.kestrin")), "PasswordInKeyring=1\n");
+    FtpSession sftp = Site();
+    sftp.kind = FtpSession::Kind::Sftp;
+    EXPECT_EQ(SessionPassword::Lookup(sftp).secret, "secret");
+    EXPECT_EQ(SessionPassword::Lookup(Site()).secret, "ftp word");
+
+    window = Open("site.sftp");
+    EXPECT_TRUE(box->isChecked());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !fields[4]->isReadOnly(); }, 30000));
+    EXPECT_EQ(fields[4]->text(), "secret");
+    window->close();
+
+    ASSERT_TRUE(FtpSession::Remove("site.sftp"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !SessionPassword::Lookup(sftp).secret.has_value(); },
+                                30000));
+    EXPECT_EQ(SessionPassword::Lookup(Site()).secret, "ftp word");
 }
 
 // No Secret Service on the bus: the box cannot be ticked and says why; a

@@ -6,9 +6,13 @@
 #include "MainWindowTestSupport.h"
 #include "SshdServer.h"
 
+#include "fileops/CopyWin.h"
 #include "ftp/FtpMessages.h"
 #include "ftp/FtpSession.h"
+#include "mainwindow/ViewFromServer.h"
 #include "panes/KsHeader.h"
+#include "viewer/TextPager.h"
+#include "viewer/ViewerWindow.h"
 
 namespace {
 
@@ -47,6 +51,13 @@ protected:
     {
         return WaitFor([&] { return Header(pane) == header && !List(pane)->IsListing(); });
     }
+    void OpenSession(kestrin::KestrinWindow &window)
+    {
+        window.FocusPane(window.Panes()[0]);
+        platform::Message open(kestrin::kMsgOpenFtpSession);
+        open.AddString("session", "box.sftp");
+        window.MessageReceived(open);
+    }
 
     SshdServer fServer;
 };
@@ -56,10 +67,7 @@ protected:
 TEST_F(SftpPanesTest, ConnectGoBackAndForthDisconnectAndComeBackAtStartUp)
 {
     kestrin::KestrinWindow &window = Start();
-    window.FocusPane(window.Panes()[0]);
-    platform::Message open(kestrin::kMsgOpenFtpSession);
-    open.AddString("session", "box.sftp");
-    window.MessageReceived(open);
+    OpenSession(window);
     const std::string top = "sftp: " + fServer.Scratch();
     ASSERT_TRUE(HeaderIs(0, top)) << Header(0);
     SelectIn(0, "inner");
@@ -83,4 +91,41 @@ TEST_F(SftpPanesTest, ConnectGoBackAndForthDisconnectAndComeBackAtStartUp)
     EXPECT_TRUE(List(0)->Source().IsRemote());
     EXPECT_TRUE(HeaderIs(0, top)) << Header(0);
     EXPECT_TRUE(fAlerts.Shown().empty());
+}
+
+// F3 on a file of the server shows it as on an FTP pane: downloaded with
+// the copy window into a private temporary folder, which goes when the
+// viewer closes; F4 still says why it cannot edit there.
+TEST_F(SftpPanesTest, F3ViewsAServersFileFromATemporaryCopy)
+{
+    kestrin::KestrinWindow &window = Start();
+    OpenSession(window);
+    ASSERT_TRUE(HeaderIs(0, "sftp: " + fServer.Scratch())) << Header(0);
+    const auto viewer = [&]() -> kestrin::ViewerWindow * {
+        for (auto *each : window.findChildren<kestrin::ViewerWindow *>()) {
+            if (each->isVisible())
+                return each;
+        }
+        return nullptr;
+    };
+    SelectIn(0, "down.txt");
+    QTest::keyClick(List(0), Qt::Key_F3);
+    EXPECT_TRUE(fAlerts.Shown().empty());
+    ASSERT_TRUE(WaitFor([&] { return viewer() != nullptr; }));
+    kestrin::ViewerWindow *shown = viewer();
+    EXPECT_EQ(shown->windowTitle(), "down.txt");
+    ASSERT_NE(shown->TextView(), nullptr);
+    EXPECT_TRUE(WaitFor([&] { return shown->TextView()->ShownRows().value(0) == "down"; }));
+    auto *copy = shown->findChild<kestrin::ViewFromServer *>();
+    ASSERT_NE(copy, nullptr);
+    const std::string folder = copy->Folder();
+    EXPECT_EQ(ReadFileBytes(folder + "/down.txt"), "down");
+    EXPECT_FALSE(fs::exists(Local() + "/down.txt")) << "nothing lands in a pane's folder";
+    shown->close();
+    EXPECT_TRUE(WaitFor([&] { return !fs::exists(folder); }));
+    EXPECT_TRUE(fAlerts.Shown().empty());
+
+    QTest::keyClick(List(0), Qt::Key_F4);
+    ASSERT_EQ(fAlerts.Count(), 1u);
+    EXPECT_NE(fAlerts.Shown()[0].text.find("SFTP server"), std::string::npos);
 }

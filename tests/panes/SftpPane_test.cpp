@@ -46,11 +46,14 @@ protected:
     std::string Local() const { return fHome.Root() + "/local"; }
     std::string Remote() const { return fServer.Scratch(); }
 
-    static void Store(unsigned port, const std::string &remoteDir)
+    static void Store(unsigned port,
+                      const std::string &remoteDir,
+                      const std::string &name = "box",
+                      kestrin::FtpSession::Kind kind = kestrin::FtpSession::Kind::Sftp)
     {
         kestrin::FtpSession session;
-        session.kind = kestrin::FtpSession::Kind::Sftp;
-        session.name = "box";
+        session.kind = kind;
+        session.name = name;
         session.host = "127.0.0.1";
         session.port = std::to_string(port);
         session.user = SshdServer::User();
@@ -154,14 +157,6 @@ TEST_F(SftpPaneTest, BrowsesMakesRenamesDeletesAndSetsPermissionsWithThePanesKey
     EXPECT_EQ(list.FindItem("sub"), -1);
     fAlerts.Clear();
 
-    // What cannot work on a server's file yet says so.
-    Select("b.txt");
-    for (const int key : {Qt::Key_F3, Qt::Key_F4}) {
-        Key(key);
-        ASSERT_EQ(fAlerts.Count(), 1u) << key;
-        EXPECT_NE(fAlerts.Shown()[0].text.find("SFTP server"), std::string::npos) << key;
-        fAlerts.Clear();
-    }
     // Get Info tells what the listing said of the entry.
     fs::permissions(Remote() + "/b.txt", fs::perms(0604));
     ASSERT_TRUE(Listed([&] { Key(Qt::Key_F2); }));
@@ -212,6 +207,35 @@ TEST_F(SftpPaneTest, BrowsesMakesRenamesDeletesAndSetsPermissionsWithThePanesKey
     ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
     EXPECT_EQ(list.Mode(), kestrin::kModeFolder);
     EXPECT_EQ(Header(), Local());
+    EXPECT_TRUE(fAlerts.Shown().empty());
+}
+
+// The log tells of the pane's connection: it keeps its lines from folder
+// to folder, and starts afresh with another session, on the same server or
+// on another kind of server.
+TEST_F(SftpPaneTest, TheLogStartsAfreshWithEachConnection)
+{
+    DirPane &pane = Open();
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("box.sftp"); }));
+    ASSERT_TRUE(WaitFor([&] { return Header() == "sftp: " + Remote(); })) << Header();
+    Select("sub");
+    ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
+    EXPECT_EQ(Header(), "sftp: " + Remote() + "/sub");
+    EXPECT_EQ(fPane->Log()->toPlainText().count("Logged in as"), 1) << LogText();
+
+    Store(fServer.Port(), Remote() + "/sub/deep", "other");
+    ASSERT_TRUE(Listed([&] { pane.DoFtp("other.sftp"); }));
+    ASSERT_TRUE(WaitFor([&] { return Header() == "sftp: " + Remote() + "/sub/deep"; }))
+        << Header();
+    EXPECT_EQ(fPane->Log()->toPlainText().count("Logged in as"), 1) << LogText();
+    EXPECT_EQ(fPane->Log()->toPlainText().count("Connecting to "), 1) << LogText();
+
+    SilentServer silent(1);
+    Store(silent.Port(), "/", "plain", kestrin::FtpSession::Kind::Ftp);
+    pane.DoFtp(kestrin::FtpSession::FileNameOf("plain"));
+    ASSERT_TRUE(WaitFor([&] { return silent.Accepted() == 1; }));
+    EXPECT_EQ(LogText().find("Logged in as"), std::string::npos) << LogText();
+    ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
     EXPECT_TRUE(fAlerts.Shown().empty());
 }
 

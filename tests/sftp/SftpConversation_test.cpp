@@ -2,14 +2,18 @@
 // user as alerts, results arrive on the GUI thread, and a newer request
 // replaces an older one.
 
+#include "PrivateKeyring.h"
 #include "SshdServer.h"
 #include "TempHome.h"
+#include "ftp/SessionPassword.h"
 #include "platform/AlertRecorder.h"
 #include "sftp/SftpConversation.h"
 #include "sftp/SftpQuestions.h"
 
 #include <QTest>
+#include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
@@ -126,4 +130,55 @@ TEST_F(SftpConversationTest, ANewerRequestReplacesTheOneUnderWay)
     ASSERT_TRUE(result);
     EXPECT_EQ(result->folder, enter.base + "/sub");
     EXPECT_FALSE(firstAnswered);
+}
+
+// A session whose password the desktop keyring keeps: the conversation
+// reads it there on its worker and tries it rather than asking for one, and
+// hands it on for the transfers. (This server takes keys only, so the
+// password does not let the user in.) Where the keyring holds none, the
+// log says so and the user is asked.
+TEST_F(SftpConversationTest, APasswordInTheKeyringIsTriedRatherThanAsked)
+{
+    PrivateKeyring keyring;
+    if (!keyring.Unavailable().empty())
+        GTEST_SKIP() << keyring.Unavailable();
+    std::ofstream(home.Home() + "/.ssh/known_hosts") << server.KnownHostsLine() << "\n";
+    session.kind = FtpSession::Kind::Sftp;
+    session.passwordInKeyring = true;
+    ASSERT_EQ(kestrin::SessionPassword::Keep(session, "secret"), "");
+    std::atomic<int> asked = 0;
+    kestrin::SftpFolderClient::Questions questions;
+    questions.password = [&asked]() -> std::optional<std::string> {
+        ++asked;
+        return std::nullopt;
+    };
+    const struct
+    {
+        std::string user;
+        int asked;
+        std::string pass;
+        bool toldNone;
+    } cases[] = {
+        {SshdServer::User(), 0, "secret", false},
+        {SshdServer::User() + "x", 1, "", true},
+    };
+    for (const auto &row : cases) {
+        asked = 0;
+        FtpSession stored = session;
+        stored.user = row.user;
+        SftpConversation conversation(stored, questions);
+        QStringList log;
+        QObject::connect(&conversation, &SftpConversation::LogLine, [&](const QString &line) {
+            log << line;
+        });
+        EXPECT_EQ(conversation.Session().pass, "");
+        const std::optional<SftpResult> result = Answer(conversation, {});
+        ASSERT_TRUE(result) << row.user;
+        EXPECT_NE(result->connectError, "") << row.user;
+        EXPECT_EQ(asked, row.asked) << row.user;
+        EXPECT_EQ(conversation.Session().pass, row.pass) << row.user;
+        EXPECT_EQ(log.contains("The desktop keyring holds no password for this session."),
+                  row.toldNone)
+            << log.join("|").toStdString();
+    }
 }

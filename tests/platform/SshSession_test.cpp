@@ -202,9 +202,10 @@ TEST_F(SshSessionTest, LogsInWithTheRightPasswordOnlyAndKeepsNone)
         const std::string tried = row.tried.back();
         EXPECT_EQ(in, row.in) << tried;
         EXPECT_EQ(session.IsAuthenticated(), row.in) << tried;
-        if (!row.in)
+        if (!row.in) {
             EXPECT_NE(session.LastError().find("denied"), std::string::npos)
                 << tried << ": " << session.LastError();
+        }
     }
     // Neither a password nor the host is written anywhere under the home.
     for (const auto &entry : fs::recursive_directory_iterator(home.Home()))

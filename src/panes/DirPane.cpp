@@ -62,6 +62,9 @@ DirPane::DirPane(const std::string &path, const QString &iconLabel, QWidget *par
     fFooter = new KsFtr(this);
     fLog = new StatusLog(this);
     fLog->setObjectName("FtpLog");
+    // Tab goes from pane to pane; the log is read, and its lines are
+    // selected with the mouse when they are copied.
+    fLog->setFocusPolicy(Qt::ClickFocus);
     fLog->hide();
     fHeader->setVisible(fShowHeader);
     fFooter->setVisible(fShowFooter);

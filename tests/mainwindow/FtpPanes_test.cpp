@@ -201,6 +201,29 @@ TEST_F(FtpPanesTest, PackingAndUnpackingIntoAServerPaneLandOnTheServer)
 // Back and Forward on a server go through the pane's connection while it
 // lasts, and make one anew, straight to the folder kept, after the pane has
 // left the server.
+// Tab goes from a server's pane straight to the other pane, as between two
+// folders: its log is no stop on the way, in either direction.
+TEST_F(FtpPanesTest, TabGoesFromAServersPaneToTheOtherPane)
+{
+    kestrin::KestrinWindow &window = StartOnServer(1);
+    ASSERT_TRUE(WaitFor([&] { return List(1)->FindItem("down.txt") > 0; }));
+    ASSERT_TRUE(window.Panes().at(1)->Log()->isVisible());
+    const struct
+    {
+        size_t from;
+        Qt::Key key;
+        size_t to;
+    } rows[] = {{1, Qt::Key_Tab, 0}, {0, Qt::Key_Tab, 1}, {1, Qt::Key_Backtab, 0}, {0, Qt::Key_Backtab, 1}};
+    for (const auto &row : rows) {
+        List(row.from)->setFocus();
+        ASSERT_TRUE(WaitFor([&] { return QApplication::focusWidget() == List(row.from); }));
+        QTest::keyClick(QApplication::focusWidget(), row.key);
+        EXPECT_EQ(QApplication::focusWidget(), List(row.to))
+            << row.from << " -> " << row.to << ": "
+            << (QApplication::focusWidget() ? QApplication::focusWidget()->objectName().toStdString() : "none");
+    }
+}
+
 TEST_F(FtpPanesTest, BackAndForwardOnAServerKeepTheConnection)
 {
     fs::create_directories(Upload() + "/inner");

@@ -213,14 +213,19 @@ TEST_F(FtpPanesTest, TabGoesFromAServersPaneToTheOtherPane)
         size_t from;
         Qt::Key key;
         size_t to;
-    } rows[] = {{1, Qt::Key_Tab, 0}, {0, Qt::Key_Tab, 1}, {1, Qt::Key_Backtab, 0}, {0, Qt::Key_Backtab, 1}};
+    } rows[] = {{1, Qt::Key_Tab, 0},
+                {0, Qt::Key_Tab, 1},
+                {1, Qt::Key_Backtab, 0},
+                {0, Qt::Key_Backtab, 1}};
     for (const auto &row : rows) {
         List(row.from)->setFocus();
         ASSERT_TRUE(WaitFor([&] { return QApplication::focusWidget() == List(row.from); }));
         QTest::keyClick(QApplication::focusWidget(), row.key);
         EXPECT_EQ(QApplication::focusWidget(), List(row.to))
             << row.from << " -> " << row.to << ": "
-            << (QApplication::focusWidget() ? QApplication::focusWidget()->objectName().toStdString() : "none");
+            << (QApplication::focusWidget()
+                    ? QApplication::focusWidget()->objectName().toStdString()
+                    : "none");
     }
 }
 

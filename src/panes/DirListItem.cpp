@@ -3,16 +3,19 @@
 #include "app/AppUtils.h"
 #include "app/EntryTexts.h"
 #include "panes/NameSort.h"
+#include "panes/NumberSort.h"
 #include "panes/PaneMessages.h"
 #include "platform/Entry.h"
 #include "platform/FolderScan.h"
 #include "widgets/StableMergeSort.h"
 
 #include <algorithm>
-#include <cstring>
 #include <array>
+#include <cstring>
 #include <deque>
 #include <mutex>
+#include <span>
+#include <utility>
 #include <strings.h>
 
 namespace kestrin {
@@ -299,24 +302,58 @@ bool ListedInGroups(const std::vector<RowKey> &keys)
     return i == keys.size();
 }
 
+// Where the folders start and where the files start in rows listed in
+// groups.
+std::pair<size_t, size_t> GroupStarts(const std::vector<RowKey> &keys)
+{
+    const size_t folders = !keys.empty() && keys[0].parent ? 1 : 0;
+    const auto firstFile = std::find_if(keys.begin() + long(folders), keys.end(),
+                                        [](const RowKey &key) { return !key.folder; });
+    return {folders, size_t(firstFile - keys.begin())};
+}
+
 // The compare function answers "keep the left one" for ".." against any row
 // and for a folder against a file, so rows listed in groups stay in their
-// groups and each group is ordered by name alone: a strict order, which
-// NameSort can follow without asking the compare function.
+// groups and each group is ordered by its key alone. Where that key is a
+// strict order, NameSort and NumberSort can follow it without asking the
+// compare function.
+template<typename Sorter, typename Entry>
+void SortEachGroup(std::vector<RowKey> &keys, std::vector<Entry> &entries, Sorter sort)
+{
+    const auto [folders, files] = GroupStarts(keys);
+    std::span<Entry> all(entries);
+    sort(all.subspan(folders, files - folders));
+    sort(all.subspan(files));
+    for (size_t i = 0; i < keys.size(); i++)
+        keys[i].row = entries[i].row;
+}
+
 void SortGroupsByName(std::vector<RowKey> &keys, bool caseSensitive, bool descending)
 {
     std::vector<NameSort::Entry> names(keys.size());
     for (size_t i = 0; i < keys.size(); i++)
         names[i] = {keys[i].name, keys[i].row};
-    const size_t firstRow = !keys.empty() && keys[0].parent ? 1 : 0;
-    const auto firstFile = std::find_if(keys.begin() + long(firstRow), keys.end(),
-                                        [](const RowKey &key) { return !key.folder; });
-    const size_t files = size_t(firstFile - keys.begin());
-    std::span<NameSort::Entry> all(names);
-    NameSort::Sort(all.subspan(firstRow, files - firstRow), caseSensitive, descending);
-    NameSort::Sort(all.subspan(files), caseSensitive, descending);
+    SortEachGroup(keys, names, [&](std::span<NameSort::Entry> group) {
+        NameSort::Sort(group, caseSensitive, descending);
+    });
+}
+
+void SortGroupsByNumber(std::vector<RowKey> &keys, bool descending)
+{
+    std::vector<NumberSort::Entry> numbers(keys.size());
     for (size_t i = 0; i < keys.size(); i++)
-        keys[i].row = names[i].row;
+        numbers[i] = {keys[i].number, keys[i].row};
+    SortEachGroup(keys, numbers,
+                  [&](std::span<NumberSort::Entry> group) { NumberSort::Sort(group, descending); });
+}
+
+// The size comparison subtracts the low 32 bits of two sizes; while every
+// size is below 2 GB that is the order of the numbers themselves.
+bool SizesCompareAsNumbers(const std::vector<RowKey> &keys)
+{
+    return std::all_of(keys.begin(), keys.end(), [](const RowKey &key) {
+        return key.parent || (key.number >= 0 && key.number <= INT32_MAX);
+    });
 }
 
 } // namespace
@@ -348,8 +385,12 @@ void SortDirRows(std::vector<std::unique_ptr<CLVListItem>> &rows, int32_t sortKe
         keys[i].row = uint32_t(i);
     }
     const bool caseSensitive = GetbCaseSensitiveSort();
-    if (sortKey == kColumnName && ListedInGroups(keys)) {
+    const bool grouped = ListedInGroups(keys);
+    if (grouped && sortKey == kColumnName) {
         SortGroupsByName(keys, caseSensitive, descending);
+    } else if (grouped && (sortKey == kColumnDate
+                           || (sortKey == kColumnSize && SizesCompareAsNumbers(keys)))) {
+        SortGroupsByNumber(keys, descending);
     } else {
         StableMergeSort(keys, [&](const RowKey &left, const RowKey &right) {
             const int order = CompareKeys(left, right, sortKey, caseSensitive);

@@ -212,7 +212,9 @@ TEST(DirListItem, PermissionOrderIsTheOrderOfTheTexts)
 // The keyed sort of a big list must put rows exactly where the list's merge
 // sort with the compare function puts them, quirks and ties included: ".."
 // and folders first, sizes wrapped to 32 bits, equal keys in their old order.
-std::vector<std::unique_ptr<kestrin::CLVListItem>> RowsToSort()
+// Rows with names, sizes and dates that tie often; `big`: some files beyond
+// 2 GB, whose sizes the size comparison takes by their low 32 bits.
+std::vector<std::unique_ptr<kestrin::CLVListItem>> RowsToSort(bool big)
 {
     std::vector<std::unique_ptr<kestrin::CLVListItem>> rows;
     rows.push_back(std::make_unique<DirListItem>("..", "", "", "drwxr-xr-x", RowColors()));
@@ -227,8 +229,11 @@ std::vector<std::unique_ptr<kestrin::CLVListItem>> RowsToSort()
         entry.name = names[size_t(i) % names.size()] + std::to_string(i % 7);
         entry.info.st_mode = i % 11 == 0 ? S_IFDIR | 0755
                                          : (i % 13 == 0 ? S_IFLNK : S_IFREG) | 0644;
-        entry.info.st_size = i % 17 == 0 ? (3LL << 30) + i : (i * 7919) % 50;
-        entry.info.st_mtime = 1000 + (i * 31) % 40;
+        entry.info.st_size = big && i % 17 == 0 ? (3LL << 30) + i : (i * 7919) % 50 + (i % 3) * 70000;
+        // Some before 1970, some far ahead, and some apart only in their
+        // higher bytes.
+        entry.info.st_mtime = (i % 5 == 0 ? -86400 : 1000) + (i * 31) % 40 + (i % 9 == 0 ? 65536 : 0)
+                              + (big && i % 23 == 0 ? int64_t(1) << 40 : 0);
         rows.push_back(std::make_unique<DirListItem>(entry, RowColors(), false, "%D"));
         if (i % 50 == 0)
             rows.push_back(std::make_unique<DirListItem>("f" + std::to_string(i),
@@ -242,15 +247,21 @@ std::vector<std::unique_ptr<kestrin::CLVListItem>> RowsToSort()
 
 TEST(DirListItem, KeyedSortGivesTheCompareFunctionsOrder)
 {
-    auto rows = RowsToSort();
-    // As a list has them (".." then folders then files), which the name sort
-    // takes a quicker way for, and mixed.
-    auto grouped = RowsToSort();
-    std::stable_partition(grouped.begin() + 1, grouped.end(), [](const auto &row) {
-        return static_cast<const DirListItem &>(*row).IsFolder();
-    });
+    // As a list has them (".." then folders then files), which the sorts
+    // by name, by date and by sizes below 2 GB take a quicker way for, and
+    // mixed.
+    const auto inGroups = [](bool big) {
+        auto rows = RowsToSort(big);
+        std::stable_partition(rows.begin() + 1, rows.end(), [](const auto &row) {
+            return static_cast<const DirListItem &>(*row).IsFolder();
+        });
+        return rows;
+    };
+    auto rows = RowsToSort(true);
+    auto grouped = inGroups(true);
+    auto groupedSmall = inGroups(false);
     const bool saved = kestrin::GetbCaseSensitiveSort();
-    for (auto *input : {&rows, &grouped}) {
+    for (auto *input : {&rows, &grouped, &groupedSmall}) {
         for (const bool caseSensitive : {true, false}) {
             kestrin::SetbCaseSensitiveSort(caseSensitive);
             for (int key = 1; key <= 4; key++) {
@@ -266,7 +277,9 @@ TEST(DirListItem, KeyedSortGivesTheCompareFunctionsOrder)
                     std::vector<kestrin::CLVListItem *> got;
                     for (const auto &row : *input)
                         got.push_back(row.get());
-                    EXPECT_EQ(got, expected) << key << descending << caseSensitive << (input == &grouped);
+                    EXPECT_EQ(got, expected) << key << descending << caseSensitive
+                                             << (input == &rows ? " mixed" : " grouped")
+                                             << (input == &groupedSmall ? " small" : "");
                 }
             }
         }

@@ -1,10 +1,11 @@
 // Logging in to OpenSSH's sshd on 127.0.0.1 as OpenSSH's own client does:
 // host keys checked against known_hosts, then the agent, the key files and
-// their passphrases.
+// their passphrases; as root and, again, as a user whose files are their own.
 
 #include "ProgramRun.h"
 #include "SshdServer.h"
 #include "TempHome.h"
+#include "UnprivilegedRerun.h"
 #include "platform/SshSession.h"
 
 #include <QProcess>
@@ -19,7 +20,8 @@ using platform::SshSession;
 
 namespace {
 
-class SshSessionTest : public ::testing::Test
+// The parameter: whether the test runs again as user nobody.
+class SshSessionTest : public ::testing::TestWithParam<bool>
 {
 protected:
     void SetUp() override
@@ -78,8 +80,10 @@ protected:
 
 } // namespace
 
-TEST_F(SshSessionTest, AHostKeyIsTrustedOnlyWhenAcceptedAndAChangedOneIsRefused)
+TEST_P(SshSessionTest, AHostKeyIsTrustedOnlyWhenAcceptedAndAChangedOneIsRefused)
 {
+    if (GetParam() && UnprivilegedRerun::Delegated())
+        return;
     SshSession first;
     SshHostKey key;
     ASSERT_EQ(Connect(first, &key), SshHostState::Unknown);
@@ -114,8 +118,10 @@ TEST_F(SshSessionTest, AHostKeyIsTrustedOnlyWhenAcceptedAndAChangedOneIsRefused)
     EXPECT_NE(why.find("refuses the connection"), std::string::npos) << why;
 }
 
-TEST_F(SshSessionTest, LogsInWithTheAgentOrAKeyFileAndAsksForAPassphrase)
+TEST_P(SshSessionTest, LogsInWithTheAgentOrAKeyFileAndAsksForAPassphrase)
 {
+    if (GetParam() && UnprivilegedRerun::Delegated())
+        return;
     // No agent and no keys: no way in.
     {
         SshSession session;
@@ -175,8 +181,10 @@ TEST_F(SshSessionTest, LogsInWithTheAgentOrAKeyFileAndAsksForAPassphrase)
     agent.waitForFinished();
 }
 
-TEST_F(SshSessionTest, LogsInWithTheRightPasswordOnlyAndKeepsNone)
+TEST_P(SshSessionTest, LogsInWithTheRightPasswordOnlyAndKeepsNone)
 {
+    if (GetParam() && UnprivilegedRerun::Delegated())
+        return;
     if (!server.PasswordUnavailable().empty())
         GTEST_SKIP() << server.PasswordUnavailable();
     // Each row a new connection: the passwords tried on it, in order, and
@@ -211,3 +219,10 @@ TEST_F(SshSessionTest, LogsInWithTheRightPasswordOnlyAndKeepsNone)
     for (const auto &entry : fs::recursive_directory_iterator(home.Home()))
         EXPECT_TRUE(entry.is_directory()) << entry.path();
 }
+
+INSTANTIATE_TEST_SUITE_P(Users,
+                         SshSessionTest,
+                         ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool> &info) {
+                             return std::string(info.param ? "AsNobody" : "AsThisUser");
+                         });

@@ -166,8 +166,11 @@ TEST_P(SshSessionTest, LogsInWithTheAgentOrAKeyFileAndAsksForAPassphrase)
     QProcess agent;
     agent.start("ssh-agent", {"-D", "-a", QString::fromStdString(socket)});
     ASSERT_TRUE(agent.waitForStarted());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return fs::exists(socket); }, 20000));
     home.SetEnv("SSH_AUTH_SOCK", socket);
+    // The socket's file is there once it is bound, a moment before the
+    // agent listens on it; `ssh-add -l` says 2 until it answers.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return ProgramRun::Of("ssh-add", {"-l"}).exitCode != 2; },
+                                20000));
     const ProgramRun added = ProgramRun::Of("ssh-add",
                                             {"-q", QString::fromStdString(server.UserKey())});
     EXPECT_EQ(added.exitCode, 0) << added.err.toStdString();

@@ -103,6 +103,24 @@ protected:
         return QTest::qWaitFor(
             [&] { return window.TextView() != nullptr && window.TextView()->Showing(); }, 20000);
     }
+    // Active, for its keys, and its text read.
+    static bool ShowActive(ViewerWindow &window)
+    {
+        window.show();
+        QApplication::setActiveWindow(&window);
+        return QTest::qWaitForWindowActive(&window) && TextRead(window);
+    }
+    // Types `typed` into the find field and waits for the search to end.
+    static bool FindText(ViewerWindow &window, QSignalSpy &finished, const QString &typed)
+    {
+        QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
+        auto *field = window.findChild<QLineEdit *>("findField");
+        if (!field->isVisible())
+            return false;
+        QTest::keyClicks(field, typed);
+        QTest::keyClick(field, Qt::Key_Return);
+        return finished.wait();
+    }
 
     TempHome fHome;
     platform::AlertRecorder fAlerts;
@@ -137,7 +155,6 @@ TEST_F(ViewerTest, ATextShowsWithItsMenusAndWraps)
     EXPECT_EQ(edge->data().toUInt(), platform::FourCC("edge"));
 
     TextPager *view = window.TextView();
-    ASSERT_NE(view, nullptr);
     EXPECT_EQ(view->objectName(), "TextScroll");
     EXPECT_NE(window.findChild<QWidget *>("textView"), nullptr);
     EXPECT_EQ(view->ShownRows().mid(0, 3), QStringList({"first", "second line", "\tthird"}));
@@ -260,6 +277,19 @@ TEST_F(ViewerTest, WhatIsNeitherTextNorImageOrCannotBeReadShowsNothing)
     ASSERT_TRUE(QTest::qWaitFor([&] { return fAlerts.Count() == 1; }));
     EXPECT_EQ(fAlerts.Shown()[0].text, "An error occured, don't be surprised nothing happened.");
     EXPECT_EQ(unopened.TextView(), nullptr);
+    fAlerts.Clear();
+
+    // A picture that does not decode leaves the view empty, without a word.
+    const std::string bytes = ReadFileBytes(Image("whole.png", QSize(64, 64), "png")).value();
+    ViewerWindow truncated(kFrame, File("truncated.png", bytes.substr(0, bytes.size() / 3)));
+    ViewerWindow jpeg(kFrame, Image("photo.jpg", QSize(20, 10), "jpeg"));
+    ASSERT_NE(truncated.ImageView(), nullptr);
+    ASSERT_NE(jpeg.ImageView(), nullptr);
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return truncated.ImageView()->Decoded() && jpeg.ImageView()->Decoded(); }));
+    EXPECT_TRUE(truncated.ImageView()->ImageSize().isEmpty());
+    EXPECT_EQ(jpeg.ImageView()->ImageSize(), QSize(20, 10));
+    EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
 TEST_F(ViewerTest, ImagesScaleByFactorStretchAndFitTheScreen)
@@ -334,33 +364,15 @@ TEST_F(ViewerTest, ABigPictureShowsAFirstLookThenTheWhole)
     }
 }
 
-TEST_F(ViewerTest, ImagesThatDoNotDecodeLeaveTheViewEmpty)
-{
-    const std::string whole = Image("whole.png", QSize(64, 64), "png");
-    const std::string bytes = ReadFileBytes(whole).value();
-    ViewerWindow truncated(kFrame, File("truncated.png", bytes.substr(0, bytes.size() / 3)));
-    ViewerWindow jpeg(kFrame, Image("photo.jpg", QSize(20, 10), "jpeg"));
-    ASSERT_NE(truncated.ImageView(), nullptr);
-    ASSERT_NE(jpeg.ImageView(), nullptr);
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] { return truncated.ImageView()->Decoded() && jpeg.ImageView()->Decoded(); }));
-    EXPECT_TRUE(truncated.ImageView()->ImageSize().isEmpty());
-    EXPECT_EQ(jpeg.ImageView()->ImageSize(), QSize(20, 10));
-    EXPECT_EQ(fAlerts.Count(), 0u);
-}
-
 TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
 {
     std::string text;
-    int lines = 0;
-    while (text.size() < (6u << 20))
-        text += "entry " + std::to_string(lines++) + "\n";
+    for (int i = 0; text.size() < (6u << 20); i++)
+        text += "entry " + std::to_string(i) + "\n";
     text += std::string(3 * kestrin::TextIndex::kPieceBytes, 'j') + "needle tail\n";
-    ViewerWindow window(kFrame, File("big.log", text));
-    window.show();
-    QApplication::setActiveWindow(&window);
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    ASSERT_TRUE(TextRead(window));
+    const std::string path = File("big.log", text);
+    ViewerWindow window(kFrame, path);
+    ASSERT_TRUE(ShowActive(window));
     TextPager *view = window.TextView();
     EXPECT_EQ(view->ShownRows().front(), "entry 0");
 
@@ -374,12 +386,7 @@ TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
     EXPECT_EQ(view->ShownRows().front(), "entry 1");
 
     QSignalSpy finished(view, &TextPager::SearchFinished);
-    QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
-    auto *field = window.findChild<QLineEdit *>("findField");
-    ASSERT_TRUE(field->isVisible());
-    QTest::keyClicks(field, "entry 2");
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_TRUE(finished.wait());
+    ASSERT_TRUE(FindText(window, finished, "entry 2"));
     EXPECT_EQ(view->MatchOffset(), int64_t(text.find("entry 2")));
     EXPECT_EQ(view->ShownRows().front(), "entry 2");
     QTest::keyClick(&window, Qt::Key_F3);
@@ -389,14 +396,31 @@ TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
     ASSERT_TRUE(finished.wait());
     EXPECT_EQ(view->ShownRows().front(), "entry 2");
 
-    field->setText("needle");
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_TRUE(finished.wait());
+    ASSERT_TRUE(FindText(window, finished, "needle"));
     EXPECT_EQ(view->MatchOffset(), int64_t(text.find("needle")));
     EXPECT_EQ(view->ShownRows().front(), "needle tail");
     QTest::keyClick(&window, Qt::Key_F3);
     ASSERT_TRUE(finished.wait());
     EXPECT_FALSE(finished.last().at(0).toBool());
+
+    // Cut in the middle of a line, far above the end the index knows.
+    ASSERT_TRUE(QTest::qWaitFor([view] { return view->Index().Complete(); }, 20000));
+    std::filesystem::resize_file(path, 1003);
+    QTest::keyClick(view, Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(view->ShownRows().join(""), "") << "what went reads as nothing";
+    view->viewport()->grab();
+    QTest::keyClick(view, Qt::Key_PageUp);
+    QTest::keyClick(view, Qt::Key_Home, Qt::ControlModifier);
+    const QStringList rows = view->ShownRows();
+    ASSERT_FALSE(rows.isEmpty());
+    EXPECT_EQ(rows.front(), "entry 0");
+    view->viewport()->grab();
+    ASSERT_TRUE(FindText(window, finished, "needle"));
+    EXPECT_FALSE(finished.last().at(0).toBool()) << "the end that went is not found";
+    ASSERT_TRUE(FindText(window, finished, "entry 20"));
+    EXPECT_TRUE(finished.last().at(0).toBool());
+    EXPECT_EQ(view->ShownRows().front(), "entry 20");
+    EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
 // A new find starts from the top row shown, wherever the last one ended;
@@ -413,19 +437,11 @@ TEST_F(ViewerTest, ANewFindStartsFromTheTopRowAndAFailedOneClearsTheHighlight)
     const int64_t first = int64_t(text.find("needle"));
     const int64_t second = int64_t(text.find("needle two"));
     ViewerWindow window(kFrame, File("needles.txt", text));
-    window.show();
-    QApplication::setActiveWindow(&window);
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    ASSERT_TRUE(TextRead(window));
+    ASSERT_TRUE(ShowActive(window));
     TextPager *view = window.TextView();
     QSignalSpy finished(view, &TextPager::SearchFinished);
     auto *field = window.findChild<QLineEdit *>("findField");
-    const auto find = [&](const QString &typed) {
-        QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
-        QTest::keyClicks(field, typed);
-        QTest::keyClick(field, Qt::Key_Return);
-        return finished.wait();
-    };
+    const auto find = [&](const QString &typed) { return FindText(window, finished, typed); };
 
     ASSERT_TRUE(find("needle"));
     EXPECT_EQ(view->MatchOffset(), first) << "the top row's own match counts";
@@ -485,48 +501,6 @@ TEST_F(ViewerTest, TheWindowOpensBeforeTheFileIsReadAndFillsWhenItIs)
     EXPECT_EQ(view->ShownRows().front(), "row 0");
     EXPECT_EQ(window.geometry().top() + window.height(), Screen().bottom() - 100)
         << "the window fits the text once it is read";
-    EXPECT_EQ(fAlerts.Count(), 0u);
-}
-
-TEST_F(ViewerTest, AFileThatShrinksWhileViewedShowsWhatIsLeft)
-{
-    std::string text;
-    int lines = 0;
-    while (text.size() < (6u << 20))
-        text += "entry " + std::to_string(lines++) + "\n";
-    const std::string path = File("shrinking.log", text);
-    ViewerWindow window(kFrame, path);
-    window.show();
-    QApplication::setActiveWindow(&window);
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    ASSERT_TRUE(TextRead(window));
-    TextPager *view = window.TextView();
-    ASSERT_TRUE(QTest::qWaitFor([view] { return view->Index().Complete(); }, 20000));
-
-    // Cut in the middle of a line, far above the end the index knows.
-    std::filesystem::resize_file(path, 1003);
-    QTest::keyClick(view, Qt::Key_End, Qt::ControlModifier);
-    EXPECT_EQ(view->ShownRows().join(""), "") << "what went reads as nothing";
-    view->viewport()->grab();
-    QTest::keyClick(view, Qt::Key_PageUp);
-    QTest::keyClick(view, Qt::Key_Home, Qt::ControlModifier);
-    const QStringList rows = view->ShownRows();
-    ASSERT_FALSE(rows.isEmpty());
-    EXPECT_EQ(rows.front(), "entry 0");
-    view->viewport()->grab();
-
-    QSignalSpy finished(view, &TextPager::SearchFinished);
-    QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
-    auto *field = window.findChild<QLineEdit *>("findField");
-    QTest::keyClicks(field, "entry " + QString::number(lines - 1));
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_TRUE(finished.wait());
-    EXPECT_FALSE(finished.last().at(0).toBool()) << "the end that went is not found";
-    field->setText("entry 20");
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_TRUE(finished.wait());
-    EXPECT_TRUE(finished.last().at(0).toBool());
-    EXPECT_EQ(view->ShownRows().front(), "entry 20");
     EXPECT_EQ(fAlerts.Count(), 0u);
 }
 

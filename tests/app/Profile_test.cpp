@@ -161,7 +161,7 @@ TEST_F(ProfileTest, LongLinesAndBinaryBytesAreReadSafely)
     EXPECT_EQ(Get("After"), std::string(300, 'w'));
 }
 
-TEST_F(ProfileTest, NoSettingsFolderGivesTheAlertsAndWritesNothing)
+TEST_F(ProfileTest, NoOrAnUncreatableSettingsFolderGivesTheAlertsAndWritesNothing)
 {
     fHome.SetEnv("HOME", std::nullopt);
     std::string value = "default";
@@ -178,11 +178,10 @@ TEST_F(ProfileTest, NoSettingsFolderGivesTheAlertsAndWritesNothing)
               (platform::Alert{"Hey",
                                "Could not create the application preferences file.",
                                {"Oh well"}}));
-}
 
-TEST_F(ProfileTest, AnUncreatableSettingsFolderFailsWithTheCreateAlert)
-{
     // A file where ~/.config should be: no folder can be made there, not even by root.
+    fHome.SetEnv("HOME", fHome.Home());
+    fAlerts.Clear();
     WriteFileBytes(fHome.ConfigDir(), "in the way");
     EXPECT_FALSE(CreatePrefFile("Kestrin", "Kestrin.pref"));
     EXPECT_FALSE(Set("Left", "1"));

@@ -25,6 +25,15 @@ std::vector<std::string> AllRows(const TextIndex &index)
     return rows;
 }
 
+// An index of `path` that its worker has read to the end.
+std::shared_ptr<TextIndex> Complete(const std::string &path, int64_t budget = 1 << 20)
+{
+    const auto index = std::make_shared<TextIndex>(path);
+    index->Start(budget);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return index->Complete(); }, 60000));
+    return index;
+}
+
 // "line 0\n" ... up to `bytes`.
 std::string NumberedLines(size_t bytes, int64_t *lines)
 {
@@ -45,12 +54,10 @@ TEST(TextIndex, RowsAreLinesAndPiecesOfLongLinesWithOrWithoutTheIndex)
     std::string longLine(kPiece - 1, 'x');
     longLine += "\xc3\xa9" + std::string(2 * kPiece, 'y');
     WriteFileBytes(path, "dos\r\n\n" + longLine + "\nlast");
-    const auto shared = std::make_shared<TextIndex>(path);
-    const TextIndex &indexed = *shared;
     TextIndex unindexed(path);
     ASSERT_EQ(unindexed.Open(), B_OK);
-    shared->Start(1 << 20);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return indexed.Complete(); }, 60000));
+    const auto shared = Complete(path);
+    const TextIndex &indexed = *shared;
     EXPECT_EQ(indexed.KnownRows(), 7);
     EXPECT_EQ(indexed.LongestRow().second, kPiece);
 
@@ -109,10 +116,8 @@ TEST(TextIndex, EmptyShrunkAndUnreadableFilesReadAsWhatIsLeft)
     TempHome home;
     const std::string empty = home.Root() + "/empty";
     WriteFileBytes(empty, "");
-    const auto shared = std::make_shared<TextIndex>(empty);
+    const auto shared = Complete(empty);
     const TextIndex &none = *shared;
-    shared->Start(1 << 20);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return none.Complete(); }, 60000));
     EXPECT_EQ(none.KnownRows(), 0);
     EXPECT_EQ(none.RowContaining(10), 0);
     EXPECT_EQ(none.RowAt(0).bytes, "");

@@ -103,6 +103,24 @@ protected:
         return QTest::qWaitFor(
             [&] { return window.TextView() != nullptr && window.TextView()->Showing(); }, 20000);
     }
+    // Active, for its keys, and its text read.
+    static bool ShowActive(ViewerWindow &window)
+    {
+        window.show();
+        QApplication::setActiveWindow(&window);
+        return QTest::qWaitForWindowActive(&window) && TextRead(window);
+    }
+    // Types `typed` into the find field and waits for the search to end.
+    static bool FindText(ViewerWindow &window, QSignalSpy &finished, const QString &typed)
+    {
+        QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
+        auto *field = window.findChild<QLineEdit *>("findField");
+        if (!field->isVisible())
+            return false;
+        QTest::keyClicks(field, typed);
+        QTest::keyClick(field, Qt::Key_Return);
+        return finished.wait();
+    }
 
     TempHome fHome;
     platform::AlertRecorder fAlerts;
@@ -137,7 +155,6 @@ TEST_F(ViewerTest, ATextShowsWithItsMenusAndWraps)
     EXPECT_EQ(edge->data().toUInt(), platform::FourCC("edge"));
 
     TextPager *view = window.TextView();
-    ASSERT_NE(view, nullptr);
     EXPECT_EQ(view->objectName(), "TextScroll");
     EXPECT_NE(window.findChild<QWidget *>("textView"), nullptr);
     EXPECT_EQ(view->ShownRows().mid(0, 3), QStringList({"first", "second line", "\tthird"}));
@@ -181,12 +198,23 @@ TEST_F(ViewerTest, TheWindowFitsItsTextOrPictureWithinTheScreen)
     EXPECT_EQ(small.geometry().topLeft(), kFrame.topLeft());
     EXPECT_TRUE(Room().contains(small.frameGeometry())) << Text(small.frameGeometry());
 
-    std::string wide(3000, 'w');
-    std::string tall;
-    for (int i = 0; i < 2000; i++)
+    // The window opens before the file is read, and fits it once it is. A
+    // slow disk or a network mount would hold up whoever reads the file: the
+    // GUI thread reads none of it.
+    std::string tall = std::string(3000, 'w') + "\n";
+    while (tall.size() < (4u << 20))
         tall += "row\n";
-    ViewerWindow big(kFrame, File("wide.txt", wide + "\n" + tall));
-    Show(big);
+    const std::string path = File("wide.txt", tall);
+    const std::optional<int64_t> before = BytesReadByThisThread();
+    ViewerWindow big(kFrame, path);
+    big.show();
+    const std::optional<int64_t> after = BytesReadByThisThread();
+    if (before && after)
+        EXPECT_LT(*after - *before, 64 << 10) << "bytes the GUI thread read";
+    ASSERT_NE(big.TextView(), nullptr);
+    EXPECT_FALSE(big.TextView()->Showing());
+    EXPECT_TRUE(big.TextView()->ShownRows().isEmpty());
+    EXPECT_EQ(big.size(), kFrame.size());
     ASSERT_TRUE(TextRead(big));
     EXPECT_EQ(big.geometry().left() + big.width(), Screen().right() - 100);
     EXPECT_EQ(big.geometry().top() + big.height(), Screen().bottom() - 100);
@@ -260,6 +288,19 @@ TEST_F(ViewerTest, WhatIsNeitherTextNorImageOrCannotBeReadShowsNothing)
     ASSERT_TRUE(QTest::qWaitFor([&] { return fAlerts.Count() == 1; }));
     EXPECT_EQ(fAlerts.Shown()[0].text, "An error occured, don't be surprised nothing happened.");
     EXPECT_EQ(unopened.TextView(), nullptr);
+    fAlerts.Clear();
+
+    // A picture that does not decode leaves the view empty, without a word.
+    const std::string bytes = ReadFileBytes(Image("whole.png", QSize(64, 64), "png")).value();
+    ViewerWindow truncated(kFrame, File("truncated.png", bytes.substr(0, bytes.size() / 3)));
+    ViewerWindow jpeg(kFrame, Image("photo.jpg", QSize(20, 10), "jpeg"));
+    ASSERT_NE(truncated.ImageView(), nullptr);
+    ASSERT_NE(jpeg.ImageView(), nullptr);
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return truncated.ImageView()->Decoded() && jpeg.ImageView()->Decoded(); }));
+    EXPECT_TRUE(truncated.ImageView()->ImageSize().isEmpty());
+    EXPECT_EQ(jpeg.ImageView()->ImageSize(), QSize(20, 10));
+    EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
 TEST_F(ViewerTest, ImagesScaleByFactorStretchAndFitTheScreen)
@@ -334,33 +375,15 @@ TEST_F(ViewerTest, ABigPictureShowsAFirstLookThenTheWhole)
     }
 }
 
-TEST_F(ViewerTest, ImagesThatDoNotDecodeLeaveTheViewEmpty)
-{
-    const std::string whole = Image("whole.png", QSize(64, 64), "png");
-    const std::string bytes = ReadFileBytes(whole).value();
-    ViewerWindow truncated(kFrame, File("truncated.png", bytes.substr(0, bytes.size() / 3)));
-    ViewerWindow jpeg(kFrame, Image("photo.jpg", QSize(20, 10), "jpeg"));
-    ASSERT_NE(truncated.ImageView(), nullptr);
-    ASSERT_NE(jpeg.ImageView(), nullptr);
-    ASSERT_TRUE(QTest::qWaitFor(
-        [&] { return truncated.ImageView()->Decoded() && jpeg.ImageView()->Decoded(); }));
-    EXPECT_TRUE(truncated.ImageView()->ImageSize().isEmpty());
-    EXPECT_EQ(jpeg.ImageView()->ImageSize(), QSize(20, 10));
-    EXPECT_EQ(fAlerts.Count(), 0u);
-}
-
 TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
 {
     std::string text;
-    int lines = 0;
-    while (text.size() < (6u << 20))
-        text += "entry " + std::to_string(lines++) + "\n";
+    for (int i = 0; text.size() < (6u << 20); i++)
+        text += "entry " + std::to_string(i) + "\n";
     text += std::string(3 * kestrin::TextIndex::kPieceBytes, 'j') + "needle tail\n";
-    ViewerWindow window(kFrame, File("big.log", text));
-    window.show();
-    QApplication::setActiveWindow(&window);
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    ASSERT_TRUE(TextRead(window));
+    const std::string path = File("big.log", text);
+    ViewerWindow window(kFrame, path);
+    ASSERT_TRUE(ShowActive(window));
     TextPager *view = window.TextView();
     EXPECT_EQ(view->ShownRows().front(), "entry 0");
 
@@ -374,12 +397,7 @@ TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
     EXPECT_EQ(view->ShownRows().front(), "entry 1");
 
     QSignalSpy finished(view, &TextPager::SearchFinished);
-    QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
-    auto *field = window.findChild<QLineEdit *>("findField");
-    ASSERT_TRUE(field->isVisible());
-    QTest::keyClicks(field, "entry 2");
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_TRUE(finished.wait());
+    ASSERT_TRUE(FindText(window, finished, "entry 2"));
     EXPECT_EQ(view->MatchOffset(), int64_t(text.find("entry 2")));
     EXPECT_EQ(view->ShownRows().front(), "entry 2");
     QTest::keyClick(&window, Qt::Key_F3);
@@ -389,121 +407,33 @@ TEST_F(ViewerTest, BigTextsShowTheirEndAtOnceAndFindInTheFile)
     ASSERT_TRUE(finished.wait());
     EXPECT_EQ(view->ShownRows().front(), "entry 2");
 
-    field->setText("needle");
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_TRUE(finished.wait());
+    ASSERT_TRUE(FindText(window, finished, "needle"));
     EXPECT_EQ(view->MatchOffset(), int64_t(text.find("needle")));
     EXPECT_EQ(view->ShownRows().front(), "needle tail");
-    QTest::keyClick(&window, Qt::Key_F3);
-    ASSERT_TRUE(finished.wait());
-    EXPECT_FALSE(finished.last().at(0).toBool());
-}
 
-// A new find starts from the top row shown, wherever the last one ended;
-// one that finds nothing leaves nothing highlighted.
-TEST_F(ViewerTest, ANewFindStartsFromTheTopRowAndAFailedOneClearsTheHighlight)
-{
-    std::string text = "alpha needle\n";
-    for (int i = 0; i < 200; i++)
-        text += "line " + std::to_string(i) + "\n";
-    text += "needle two\n";
-    for (int i = 0; i < 200; i++)
-        text += "more " + std::to_string(i) + "\n";
-    text += "needle three\n";
-    const int64_t first = int64_t(text.find("needle"));
-    const int64_t second = int64_t(text.find("needle two"));
-    ViewerWindow window(kFrame, File("needles.txt", text));
-    window.show();
-    QApplication::setActiveWindow(&window);
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    ASSERT_TRUE(TextRead(window));
-    TextPager *view = window.TextView();
-    QSignalSpy finished(view, &TextPager::SearchFinished);
+    // A new find starts from the top row shown, wherever the last one ended,
+    // and the top row's own match counts; one that finds nothing leaves
+    // nothing highlighted.
     auto *field = window.findChild<QLineEdit *>("findField");
-    const auto find = [&](const QString &typed) {
-        QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
-        QTest::keyClicks(field, typed);
-        QTest::keyClick(field, Qt::Key_Return);
-        return finished.wait();
-    };
-
-    ASSERT_TRUE(find("needle"));
-    EXPECT_EQ(view->MatchOffset(), first) << "the top row's own match counts";
-    QTest::keyClick(&window, Qt::Key_F3);
-    ASSERT_TRUE(finished.wait());
-    QTest::keyClick(&window, Qt::Key_F3);
-    ASSERT_TRUE(finished.wait());
-    EXPECT_EQ(view->ShownRows().front(), "needle three");
-
     view->setFocus();
     QTest::keyClick(view, Qt::Key_Home, Qt::ControlModifier);
-    ASSERT_TRUE(find("needle"));
-    EXPECT_EQ(view->MatchOffset(), first) << "from the top row, not from the last match";
+    ASSERT_TRUE(FindText(window, finished, "entry 1"));
+    EXPECT_EQ(view->MatchOffset(), int64_t(text.find("entry 1"))) << "not from the last match";
     QTest::keyClick(field, Qt::Key_Return);
     ASSERT_TRUE(finished.wait());
-    EXPECT_EQ(view->MatchOffset(), second) << "Enter again goes on";
-
-    ASSERT_TRUE(find("no such text"));
+    EXPECT_EQ(view->MatchOffset(), int64_t(text.find("entry 10"))) << "Enter again goes on";
+    ASSERT_TRUE(FindText(window, finished, "no such text"));
     EXPECT_FALSE(finished.last().at(0).toBool());
     EXPECT_EQ(view->MatchOffset(), -1) << "the old highlight is gone";
-
-    // Escape leaves the find field first, then closes the viewer.
-    QTest::keyClick(field, Qt::Key_Escape);
-    EXPECT_FALSE(field->isVisible());
-    EXPECT_TRUE(window.isVisible());
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-    EXPECT_FALSE(window.isVisible());
-}
-
-TEST_F(ViewerTest, TheWindowOpensBeforeTheFileIsReadAndFillsWhenItIs)
-{
-    // Fonts, the type database and the window machinery are read once, here.
-    ViewerWindow first(kFrame, File("first.txt", "first\n"));
-    Show(first);
-    ASSERT_TRUE(TextRead(first));
-
-    std::string text;
-    for (int i = 0; text.size() < (4u << 20); i++)
-        text += "row " + std::to_string(i) + "\n";
-    const std::string path = File("big.txt", text);
-    // A slow disk or a network mount would hold up whoever reads the file:
-    // the GUI thread reads none of it.
-    const std::optional<int64_t> before = BytesReadByThisThread();
-    ViewerWindow window(kFrame, path);
-    window.show();
-    const std::optional<int64_t> after = BytesReadByThisThread();
-    if (before && after)
-        EXPECT_LT(*after - *before, 64 << 10) << "bytes the GUI thread read";
-    TextPager *view = window.TextView();
-    ASSERT_NE(view, nullptr);
-    EXPECT_TRUE(window.isVisible());
-    EXPECT_FALSE(view->Showing());
-    EXPECT_TRUE(view->ShownRows().isEmpty());
-    EXPECT_EQ(window.size(), kFrame.size());
-
-    ASSERT_TRUE(TextRead(window));
-    EXPECT_EQ(view->ShownRows().front(), "row 0");
-    EXPECT_EQ(window.geometry().top() + window.height(), Screen().bottom() - 100)
-        << "the window fits the text once it is read";
-    EXPECT_EQ(fAlerts.Count(), 0u);
-}
-
-TEST_F(ViewerTest, AFileThatShrinksWhileViewedShowsWhatIsLeft)
-{
-    std::string text;
-    int lines = 0;
-    while (text.size() < (6u << 20))
-        text += "entry " + std::to_string(lines++) + "\n";
-    const std::string path = File("shrinking.log", text);
-    ViewerWindow window(kFrame, path);
-    window.show();
-    QApplication::setActiveWindow(&window);
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    ASSERT_TRUE(TextRead(window));
-    TextPager *view = window.TextView();
-    ASSERT_TRUE(QTest::qWaitFor([view] { return view->Index().Complete(); }, 20000));
+    ASSERT_TRUE(FindText(window, finished, "entry 1"));
+    EXPECT_EQ(view->MatchOffset(), int64_t(text.find("entry 10"))) << "the top row's own match";
+    ASSERT_TRUE(FindText(window, finished, "needle"));
+    QTest::keyClick(&window, Qt::Key_F3);
+    ASSERT_TRUE(finished.wait());
+    EXPECT_FALSE(finished.last().at(0).toBool());
 
     // Cut in the middle of a line, far above the end the index knows.
+    ASSERT_TRUE(QTest::qWaitFor([view] { return view->Index().Complete(); }, 20000));
     std::filesystem::resize_file(path, 1003);
     QTest::keyClick(view, Qt::Key_End, Qt::ControlModifier);
     EXPECT_EQ(view->ShownRows().join(""), "") << "what went reads as nothing";
@@ -514,20 +444,19 @@ TEST_F(ViewerTest, AFileThatShrinksWhileViewedShowsWhatIsLeft)
     ASSERT_FALSE(rows.isEmpty());
     EXPECT_EQ(rows.front(), "entry 0");
     view->viewport()->grab();
-
-    QSignalSpy finished(view, &TextPager::SearchFinished);
-    QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
-    auto *field = window.findChild<QLineEdit *>("findField");
-    QTest::keyClicks(field, "entry " + QString::number(lines - 1));
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_TRUE(finished.wait());
+    ASSERT_TRUE(FindText(window, finished, "needle"));
     EXPECT_FALSE(finished.last().at(0).toBool()) << "the end that went is not found";
-    field->setText("entry 20");
-    QTest::keyClick(field, Qt::Key_Return);
-    ASSERT_TRUE(finished.wait());
+    ASSERT_TRUE(FindText(window, finished, "entry 20"));
     EXPECT_TRUE(finished.last().at(0).toBool());
     EXPECT_EQ(view->ShownRows().front(), "entry 20");
     EXPECT_EQ(fAlerts.Count(), 0u);
+
+    // Escape leaves the find field first, then closes the viewer.
+    QTest::keyClick(field, Qt::Key_Escape);
+    EXPECT_FALSE(field->isVisible());
+    EXPECT_TRUE(window.isVisible());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
 }
 
 TEST_F(ViewerTest, TheOpenPanelStartsAtHomeAndOpensTheChosenFileInANewViewer)

@@ -74,6 +74,24 @@ int CompareNames(const CLVListItem *a, const CLVListItem *b, int32_t)
     return CompareRows(a, b, kNameColumn);
 }
 
+void AddFileColumns(ColumnListView &view)
+{
+    view.AddColumn("Name", 120, 40, CLV_SORT_KEYABLE);
+    view.AddColumn("Size", 80, 30, CLV_SORT_KEYABLE);
+    view.AddColumn("Kind", 60, 20, CLV_NOT_RESIZABLE);
+}
+
+void AddRow(ColumnListView &view, const QString &name, bool folder = false, int size = 0)
+{
+    view.AddItem(std::make_unique<Row>(name, folder, size));
+}
+
+void AddRows(ColumnListView &view, const QString &names)
+{
+    for (const QString &name : names.split(' ', Qt::SkipEmptyParts))
+        AddRow(view, name);
+}
+
 // A view that records its hooks.
 class Probe : public ColumnListView
 {
@@ -82,6 +100,13 @@ public:
         : ColumnListView(nullptr, tree)
     {
         resize(400, 300);
+    }
+    // With the file columns and the rows `names`, apart by blanks.
+    explicit Probe(const char *names, bool tree = false)
+        : Probe(tree)
+    {
+        AddFileColumns(*this);
+        AddRows(*this, names);
     }
 
     int selectionChanges = 0;
@@ -106,24 +131,6 @@ protected:
             onExpand(item);
     }
 };
-
-void AddFileColumns(ColumnListView &view)
-{
-    view.AddColumn("Name", 120, 40, CLV_SORT_KEYABLE);
-    view.AddColumn("Size", 80, 30, CLV_SORT_KEYABLE);
-    view.AddColumn("Kind", 60, 20, CLV_NOT_RESIZABLE);
-}
-
-void AddRow(ColumnListView &view, const QString &name, bool folder = false, int size = 0)
-{
-    view.AddItem(std::make_unique<Row>(name, folder, size));
-}
-
-void AddRows(ColumnListView &view, const QString &names)
-{
-    for (const QString &name : names.split(' ', Qt::SkipEmptyParts))
-        AddRow(view, name);
-}
 
 QString Name(const CLVListItem *item)
 {
@@ -197,8 +204,7 @@ void DragDivider(ColumnListView &view, int column, int dx)
 
 TEST(ColumnListView, LabelClicksSortToggleAndShowTheIndicator)
 {
-    Probe view;
-    AddFileColumns(view);
+    Probe view("");
     AddRow(view, "..", true);
     AddRow(view, "b", true);
     AddRow(view, "d", true);
@@ -303,9 +309,7 @@ TEST(ColumnListView, SortingKeepsFoldersFirstAndSortsSubRowsAmongThemselves)
 
 TEST(ColumnListView, SelectionStaysOnItsRowAcrossSortsInsertsAndRemoves)
 {
-    Probe view;
-    AddFileColumns(view);
-    AddRows(view, "a b c d e f g h i j k l m n o p q r s t");
+    Probe view("a b c d e f g h i j k l m n o p q r s t");
     view.SetSortFunction(CompareRows);
     Show(view);
     ClickRow(view, 7);
@@ -375,9 +379,7 @@ TEST(ColumnListView, InsertItemsGoesBeforeTheRowThatHadTheIndex)
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.expected);
-        Probe view;
-        AddFileColumns(view);
-        AddRows(view, "A B C D E");
+        Probe view("A B C D E");
         ASSERT_EQ(view.IndexOf(view.ItemAt(4)), 4);
         std::vector<std::pair<int, std::unique_ptr<CLVListItem>>> rows;
         for (const auto &[index, name] : c.rows)
@@ -387,9 +389,7 @@ TEST(ColumnListView, InsertItemsGoesBeforeTheRowThatHadTheIndex)
         ExpectConsistent(view);
     }
 
-    Probe view;
-    AddFileColumns(view);
-    AddRows(view, "A B");
+    Probe view("A B");
     view.AddItem(std::make_unique<Row>("x"), 1);
     view.AddItem(std::make_unique<Row>("y"), 0);
     EXPECT_EQ(Names(view), "y A x B");
@@ -412,9 +412,7 @@ TEST(ColumnListView, RemoveItemsHandsRowsBackInIndexOrder)
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.removed);
-        Probe view;
-        AddFileColumns(view);
-        AddRows(view, "A B C D E F G H I J");
+        Probe view("A B C D E F G H I J");
         std::vector<std::unique_ptr<CLVListItem>> removed = view.RemoveItems(c.indexes);
         QStringList names;
         for (const auto &row : removed) {
@@ -431,8 +429,7 @@ TEST(ColumnListView, TheTopRowStaysInPlaceWhileRowsComeAndGoAboveIt)
 {
     for (bool tree : {false, true}) {
         SCOPED_TRACE(tree ? "tree" : "list");
-        Probe view(tree);
-        AddFileColumns(view);
+        Probe view("", tree);
         for (int index = 0; index < 300; index++)
             AddRow(view, QString("r%1").arg(index));
         if (tree) {
@@ -496,8 +493,7 @@ TEST(ColumnListView, TheTopRowStaysInPlaceWhileRowsComeAndGoAboveIt)
 
 TEST(ColumnListView, ColumnWidthsKeepTheirMinimumAndReportOnlyTheUser)
 {
-    Probe view;
-    AddFileColumns(view);
+    Probe view("");
     view.AddColumn("Narrow", 10, 25, 0);
     Show(view);
     EXPECT_FLOAT_EQ(view.ColumnWidth(3), 25) << "added below its minimum";
@@ -587,9 +583,7 @@ TEST(ColumnListView, NotMovableAndLockedColumnsKeepTheirPlace)
 
 TEST(ColumnListView, ReturnEnterAndDoubleClickInvokeTheSelectedRow)
 {
-    Probe view;
-    AddFileColumns(view);
-    AddRows(view, "a b c d e f g h");
+    Probe view("a b c d e f g h");
     QSignalSpy invoked(&view, &ColumnListView::invoked);
     Show(view);
 
@@ -744,8 +738,7 @@ TEST(ColumnListView, TreeCellsAreDrawnIndentedAfterTheExpanderColumn)
 
 TEST(ColumnListView, ManyRowsCostOnlyTheVisibleOnesToPaint)
 {
-    Probe view;
-    AddFileColumns(view);
+    Probe view("");
     std::vector<std::unique_ptr<CLVListItem>> rows;
     for (int index = 0; index < 100000; index++)
         rows.push_back(std::make_unique<Row>(QString()));

@@ -72,13 +72,7 @@ TEST_F(DirViewTest, MarkingKeysAndTheFooterSummary)
     MakeFile(Folder() + "/f2", 2048);
     MakeFile(Folder() + "/f3", 5000);
     DirView &view = Open(Folder());
-    const auto marked = [&view] {
-        std::vector<std::string> names;
-        for (const auto *row : view.Marked().Rows())
-            names.push_back(row->Name());
-        std::sort(names.begin(), names.end());
-        return names;
-    };
+    const auto marked = [&view] { return MarkedNames(view.Marked()); };
 
     view.Select(2);
     Key(Qt::Key_Space);

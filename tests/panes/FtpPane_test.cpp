@@ -22,18 +22,7 @@ using kestrin::DirView;
 
 namespace {
 
-class FtpPaneTest : public PaneFixture
-{
-protected:
-    int LogCount(const std::string &text) const
-    {
-        const std::string log = LogText();
-        int count = 0;
-        for (size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1))
-            count++;
-        return count;
-    }
-};
+using FtpPaneTest = PaneFixture;
 
 class FtpPaneVsftpd : public FtpPaneTest
 {

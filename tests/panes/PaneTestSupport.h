@@ -103,6 +103,10 @@ protected:
     }
     std::string Header() const { return fPane->Header()->Text(); }
     std::string LogText() const { return fPane->Log()->toPlainText().toStdString(); }
+    int LogCount(const std::string &text) const
+    {
+        return int(fPane->Log()->toPlainText().count(QString::fromStdString(text)));
+    }
 
     TempHome fHome;
     platform::AlertRecorder fAlerts;

@@ -176,14 +176,14 @@ TEST_F(SftpPaneTest, TheLogStartsAfreshWithEachConnection)
     Select("sub");
     ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
     EXPECT_EQ(Header(), "sftp: " + Remote() + "/sub");
-    EXPECT_EQ(fPane->Log()->toPlainText().count("Logged in as"), 1) << LogText();
+    EXPECT_EQ(LogCount("Logged in as"), 1) << LogText();
 
     StoreSftp("other", fServer.Port(), Remote() + "/sub/deep");
     ASSERT_TRUE(Listed([&] { pane.DoFtp("other.sftp"); }));
     ASSERT_TRUE(WaitFor([&] { return Header() == "sftp: " + Remote() + "/sub/deep"; }))
         << Header();
-    EXPECT_EQ(fPane->Log()->toPlainText().count("Logged in as"), 1) << LogText();
-    EXPECT_EQ(fPane->Log()->toPlainText().count("Connecting to "), 1) << LogText();
+    EXPECT_EQ(LogCount("Logged in as"), 1) << LogText();
+    EXPECT_EQ(LogCount("Connecting to "), 1) << LogText();
 
     SilentServer silent(1);
     Store("plain", silent.Port(), "/");

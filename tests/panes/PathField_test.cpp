@@ -60,7 +60,10 @@ protected:
     }
 
     // Return, and the listing that follows.
-    void Go() { EXPECT_TRUE(Listed([] { Key(Qt::Key_Return); })); }
+    void Go()
+    {
+        EXPECT_TRUE(Listed([] { Key(Qt::Key_Return); }));
+    }
 };
 
 } // namespace

@@ -2,8 +2,6 @@
 
 #include "fileops/FileOpsMessages.h"
 #include "panes/ArchiveSource.h"
-#include "panes/DirPane.h"
-#include "panes/KsHeader.h"
 #include "support/TestArchives.h"
 
 using kestrin::DirPane;
@@ -11,12 +9,12 @@ using kestrin::DirView;
 
 namespace {
 
-class ArchivePaneTest : public ::testing::Test
+class ArchivePaneTest : public PaneFixture
 {
 protected:
     void SetUp() override
     {
-        fs::create_directories(Folder());
+        PaneFixture::SetUp();
         MakeFile(Folder() + "/aaa.txt", 3);
         WriteTestArchive(Archive(),
                          "tar.gz",
@@ -27,47 +25,15 @@ protected:
                           {"src/main.c", "int main;"},
                           {"../evil", "x"}});
     }
-    std::string Folder() const { return fHome.Root() + "/work"; }
     std::string Archive() const { return Folder() + "/bundle.tar.gz"; }
 
-    DirPane &Open()
-    {
-        fPane = ShownPane(Folder(), &fWindow);
-        return *fPane;
-    }
     // Runs `action` and waits until the list has shown every listing it led to.
     void Settle(const std::function<void()> &action)
     {
-        QSignalSpy finished(fPane->List(), &DirView::ListingFinished);
-        action();
-        EXPECT_TRUE(finished.wait(10000));
+        EXPECT_TRUE(Listed(action));
         WaitFor([this] { return !fPane->List()->IsListing(); });
     }
-    void Key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-    {
-        QTest::keyClick(fPane->List(), Qt::Key(key), modifiers);
-    }
-    std::string Selected() const
-    {
-        const auto *row = fPane->List()->Row(fPane->List()->CurrentSelection());
-        return row != nullptr ? row->Name() : "";
-    }
-
-    TempHome fHome;
-    platform::AlertRecorder fAlerts;
-    platform::LaunchRecorder fLaunches;
-    RecordingHandler fWindow;
-    std::unique_ptr<DirPane> fPane;
 };
-
-std::vector<std::string> Strings(const platform::Message &message, const char *field)
-{
-    std::vector<std::string> values;
-    std::string value;
-    for (int32_t i = 0; message.FindString(field, i, &value) == B_OK; i++)
-        values.push_back(value);
-    return values;
-}
 
 TEST_F(ArchivePaneTest, BrowsesInAndOutOfAnArchive)
 {

@@ -17,9 +17,12 @@ using kestrin::RowColors;
 
 namespace {
 
-DirListItem Local(const std::string &path)
+DirListItem Local(const std::string &path,
+                  kestrin::RowName naming = kestrin::RowName::Leaf,
+                  const char *dateFormat = "%D %R",
+                  bool parent = false)
 {
-    return DirListItem(platform::Entry(path), RowColors(), false, kestrin::RowName::Leaf, "%D %R");
+    return DirListItem(platform::Entry(path), RowColors(), parent, naming, dateFormat);
 }
 
 TEST(DirListItem, SizeAndPermissionTexts)
@@ -74,19 +77,11 @@ TEST(DirListItem, RowsOfEntriesAndLinks)
     EXPECT_EQ(dangling.SizeText(), "[Link]");
 
     // Query results show the whole path.
-    const DirListItem query(platform::Entry(root + "/file"),
-                            RowColors(),
-                            false,
-                            kestrin::RowName::Path,
-                            "%Y");
+    const DirListItem query = Local(root + "/file", kestrin::RowName::Path, "%Y");
     EXPECT_EQ(query.Name(), root + "/file");
     EXPECT_EQ(query.DateText().size(), 4u);
 
-    const DirListItem parent(platform::Entry(root + "/gone"),
-                             RowColors(),
-                             true,
-                             kestrin::RowName::Leaf,
-                             "%D");
+    const DirListItem parent = Local(root + "/gone", kestrin::RowName::Leaf, "%D", true);
     EXPECT_EQ(parent.Name(), "..");
     EXPECT_EQ(parent.SizeText(), "--");
     EXPECT_EQ(parent.PermissionText(), "--");
@@ -157,7 +152,7 @@ TEST(DirListItem, PipesSocketsAndDevicesAreNeitherFoldersNorSized)
 TEST(DirListItem, CompareFuncKeepsItsAsymmetry)
 {
     const RowColors colors;
-    const DirListItem parent(platform::Entry("/"), colors, true, kestrin::RowName::Leaf, "");
+    const DirListItem parent = Local("/", kestrin::RowName::Leaf, "", true);
     const DirListItem folder("zeta", "4096", "", "drwxr-xr-x", colors);
     const DirListItem a("a", "1", "", "-rw-r--r--", colors);
     const DirListItem B("B", "2", "", "-rw-r--r--", colors);

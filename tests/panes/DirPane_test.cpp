@@ -1,9 +1,7 @@
 #include "PaneTestSupport.h"
 
 #include "app/Profile.h"
-#include "panes/DirPane.h"
 #include "panes/KsFtr.h"
-#include "panes/KsHeader.h"
 #include "panes/KsTree.h"
 #include "panes/KsTreeListItem.h"
 #include "widgets/StatusBar.h"
@@ -14,22 +12,7 @@ using kestrin::DirPane;
 
 namespace {
 
-class DirPaneTest : public ::testing::Test
-{
-protected:
-    void SetUp() override { fs::create_directories(Folder()); }
-    std::string Folder() const { return fHome.Root() + "/work"; }
-
-    DirPane &Open(const std::string &path)
-    {
-        fPane = ShownPane(path);
-        return *fPane;
-    }
-
-    TempHome fHome;
-    platform::AlertRecorder fAlerts;
-    std::unique_ptr<DirPane> fPane;
-};
+using DirPaneTest = PaneFixture;
 
 TEST_F(DirPaneTest, HeaderAndFooterFollowTheList)
 {

@@ -16,7 +16,9 @@
 #include <QToolTip>
 #include <QVBoxLayout>
 
+using kestrin::DirRowPainter;
 using kestrin::DirView;
+using kestrin::kColumnName;
 using kestrin::PaneCommands;
 
 namespace {
@@ -28,6 +30,18 @@ std::string Text(const platform::Message &message, const char *field)
     std::string value;
     message.FindString(field, &value);
     return value;
+}
+
+// What the query window sends for `paths`.
+platform::Message QueryResults(const std::vector<std::string> &paths)
+{
+    platform::Message results(601);
+    for (const std::string &path : paths) {
+        entry_ref ref;
+        EXPECT_EQ(platform::Entry(path).GetRef(&ref), B_OK) << path;
+        results.AddRef("ref", ref);
+    }
+    return results;
 }
 
 std::vector<std::string> RefNames(const platform::Message &message)
@@ -72,13 +86,7 @@ TEST_F(DirViewTest, MarkingKeysAndTheFooterSummary)
     MakeFile(Folder() + "/f2", 2048);
     MakeFile(Folder() + "/f3", 5000);
     DirView &view = Open(Folder());
-    const auto marked = [&view] {
-        std::vector<std::string> names;
-        for (const auto *row : view.Marked().Rows())
-            names.push_back(row->Name());
-        std::sort(names.begin(), names.end());
-        return names;
-    };
+    const auto marked = [&view] { return MarkedNames(view.Marked()); };
 
     view.Select(2);
     Key(Qt::Key_Space);
@@ -98,8 +106,6 @@ TEST_F(DirViewTest, MarkingKeysAndTheFooterSummary)
     EXPECT_TRUE(marked().empty());
     Key(Qt::Key_Plus);
     EXPECT_EQ(marked(), (std::vector<std::string>{"d", "f1", "f2", "f3"}));
-    for (int i = 1; i < view.CountItems(); i++)
-        EXPECT_TRUE(view.Row(i)->IsMarked());
     view.Marked().Empty();
 
     // Row 0 is never marked from the keyboard.
@@ -405,12 +411,7 @@ TEST_F(DirViewTest, QueryResultsShowPathsAndLeadBackToTheFolder)
     fs::create_directories(Folder() + "/deep/er");
     MakeFile(Folder() + "/deep/found.txt", 3);
     DirView &view = Open(Folder());
-    platform::Message results(601); // what the query window sends
-    for (const std::string &path : {Folder() + "/deep/er", Folder() + "/deep/found.txt"}) {
-        entry_ref ref;
-        ASSERT_EQ(platform::Entry(path).GetRef(&ref), B_OK);
-        results.AddRef("ref", ref);
-    }
+    platform::Message results = QueryResults({Folder() + "/deep/er", Folder() + "/deep/found.txt"});
     results.AddString("QueryString", "(name==\"*\")");
     Relist([&] { view.Populate(results); });
 
@@ -457,39 +458,27 @@ TEST_F(DirViewTest, QueryResultsWidenTheNameColumnToTheirPaths)
     DirView &view = Open(Folder());
     fWindow->resize(1200, 400);
     view.resize(1200, 400);
-    const float names = view.ColumnWidth(kestrin::kColumnName);
-    platform::Message results(601);
-    for (const std::string &path : {deep + "/found.txt", Folder() + "/near.txt"}) {
-        entry_ref ref;
-        ASSERT_EQ(platform::Entry(path).GetRef(&ref), B_OK);
-        results.AddRef("ref", ref);
-    }
-    Relist([&] { view.Populate(results); });
+    const float names = view.ColumnWidth(kColumnName);
+    Relist([&] { view.Populate(QueryResults({deep + "/found.txt", Folder() + "/near.txt"})); });
     const kestrin::DirListItem *found = view.Row(view.FindItem(deep + "/found.txt"));
-    const int longest = kestrin::DirRowPainter::TextWidth(*found,
-                                                          kestrin::kColumnName,
-                                                          view.fontMetrics());
+    const int longest = DirRowPainter::TextWidth(*found, kColumnName, view.fontMetrics());
     const auto shown = [&] {
-        const int width = int(view.ColumnWidth(kestrin::kColumnName));
-        return kestrin::DirRowPainter::ShownText(*found,
-                                                 kestrin::kColumnName,
-                                                 width,
-                                                 view.fontMetrics())
-            .toStdString();
+        const int width = int(view.ColumnWidth(kColumnName));
+        return DirRowPainter::ShownText(*found, kColumnName, width, view.fontMetrics()).toStdString();
     };
     const auto room = [&] {
         return view.viewport()->width() - int(view.ColumnWidth(kestrin::kColumnIcon));
     };
     ASSERT_LT(longest, room());
-    EXPECT_GE(view.ColumnWidth(kestrin::kColumnName), longest);
-    EXPECT_LE(view.ColumnWidth(kestrin::kColumnName), room());
+    EXPECT_GE(view.ColumnWidth(kColumnName), longest);
+    EXPECT_LE(view.ColumnWidth(kColumnName), room());
     EXPECT_EQ(shown(), deep + "/found.txt");
-    EXPECT_EQ(view.SavedColumnWidth(kestrin::kColumnName), names);
+    EXPECT_EQ(view.SavedColumnWidth(kColumnName), names);
 
     // A narrow pane: the column fills it, and the path shows both ends.
     fWindow->resize(longest / 2, 400);
     view.resize(longest / 2, 400);
-    EXPECT_EQ(int(view.ColumnWidth(kestrin::kColumnName)), room());
+    EXPECT_EQ(int(view.ColumnWidth(kColumnName)), room());
     const std::string narrow = shown();
     EXPECT_EQ(narrow.substr(0, 10), deep.substr(0, 10)) << narrow;
     EXPECT_EQ(narrow.substr(narrow.size() - 10), "/found.txt") << narrow;
@@ -497,12 +486,9 @@ TEST_F(DirViewTest, QueryResultsWidenTheNameColumnToTheirPaths)
 
     Relist([&] { Key(Qt::Key_Backspace); });
     EXPECT_EQ(view.Mode(), kestrin::kModeFolder);
-    EXPECT_EQ(view.ColumnWidth(kestrin::kColumnName), names);
-    EXPECT_EQ(kestrin::DirRowPainter::ShownText(*view.Row(view.FindItem("near.txt")),
-                                                kestrin::kColumnName,
-                                                20,
-                                                view.fontMetrics()),
-              "near.txt")
+    EXPECT_EQ(view.ColumnWidth(kColumnName), names);
+    const kestrin::DirListItem &near = *view.Row(view.FindItem("near.txt"));
+    EXPECT_EQ(DirRowPainter::ShownText(near, kColumnName, 20, view.fontMetrics()), "near.txt")
         << "a name is cut at the edge, as ever";
 }
 
@@ -556,7 +542,7 @@ TEST_F(DirViewTest, HoveringACutNameShowsItWhole)
     DirView &view = Open(Folder());
     const auto hover = [&view](const std::string &name) {
         const QRect frame = view.ItemFrame(view.FindItem(name));
-        const QPoint point(view.header()->sectionViewportPosition(kestrin::kColumnName) + 10,
+        const QPoint point(view.header()->sectionViewportPosition(kColumnName) + 10,
                            frame.center().y());
         QHelpEvent help(QEvent::ToolTip, point, view.viewport()->mapToGlobal(point));
         QApplication::sendEvent(view.viewport(), &help);

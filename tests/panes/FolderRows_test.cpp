@@ -11,11 +11,6 @@ using kestrin::FolderRows;
 
 namespace {
 
-std::vector<std::string> Names(const kestrin::ColumnListModel &list)
-{
-    return RowNames(list);
-}
-
 TEST(FolderRows, ABatchReadBeforeTheLatestChangeIsNotApplied)
 {
     TempHome home;
@@ -41,10 +36,10 @@ TEST(FolderRows, ABatchReadBeforeTheLatestChangeIsNotApplied)
     fs::remove(folder + "/x");
     rows.Touch("x");
     rows.ApplyNow(folder, style);
-    EXPECT_TRUE(Names(list).empty());
+    EXPECT_TRUE(RowNames(list).empty());
 
     ASSERT_TRUE(WaitFor([&] { return applied; }));
-    EXPECT_TRUE(Names(list).empty()) << "the older reading brought the row back";
+    EXPECT_TRUE(RowNames(list).empty()) << "the older reading brought the row back";
 
     // A batch whose listing was replaced is dropped, not applied.
     MakeFile(folder + "/y");
@@ -55,17 +50,17 @@ TEST(FolderRows, ABatchReadBeforeTheLatestChangeIsNotApplied)
     QThreadPool::globalInstance()->waitForDone();
     QCoreApplication::processEvents();
     EXPECT_FALSE(applied);
-    EXPECT_TRUE(Names(list).empty());
+    EXPECT_TRUE(RowNames(list).empty());
 
     // A rename keeps the row's mark; both names are read again.
     rows.Touch("y");
     rows.ApplyNow(folder, style);
-    ASSERT_EQ(Names(list), std::vector<std::string>{"y"});
+    ASSERT_EQ(RowNames(list), std::vector<std::string>{"y"});
     marked.Toggle(0);
     fs::rename(folder + "/y", folder + "/z");
     rows.Rename("y", "z");
     rows.ApplyNow(folder, style);
-    ASSERT_EQ(Names(list), std::vector<std::string>{"z"});
+    ASSERT_EQ(RowNames(list), std::vector<std::string>{"z"});
     EXPECT_TRUE(static_cast<DirListItem *>(list.ItemAt(0))->IsMarked());
     ASSERT_EQ(marked.Count(), 1);
 }

@@ -11,11 +11,7 @@
 
 #include "fileops/FileOpsMessages.h"
 #include "ftp/FtpSecurity.h"
-#include "ftp/FtpSession.h"
-#include "panes/DirPane.h"
-#include "panes/KsHeader.h"
 #include "panes/PathField.h"
-#include "widgets/StatusLog.h"
 
 #include <QApplication>
 #include <fcntl.h>
@@ -26,73 +22,21 @@ using kestrin::DirView;
 
 namespace {
 
-class FtpPaneTest : public ::testing::Test
-{
-protected:
-    void SetUp() override { fs::create_directories(Local()); }
-    std::string Local() const { return fHome.Root() + "/local"; }
-
-    // Stores the session "site" for a server on 127.0.0.1.
-    void Store(unsigned port,
-               const std::string &remoteDir,
-               const std::string &user = "anonymous",
-               const std::string &pass = "kestrin@")
-    {
-        kestrin::FtpSession session;
-        session.name = "site";
-        session.host = "127.0.0.1";
-        session.port = std::to_string(port);
-        session.user = user;
-        session.pass = pass;
-        session.remoteDir = remoteDir;
-        ASSERT_TRUE(session.Write());
-    }
-
-    DirPane &Open()
-    {
-        fPane = ShownPane(Local(), &fWindow);
-        return *fPane;
-    }
-
-    // Runs `action` and waits for the listing that follows it.
-    bool Listed(const std::function<void()> &action, int timeoutMs = 20000)
-    {
-        QSignalSpy finished(fPane->List(), &DirView::ListingFinished);
-        action();
-        return finished.wait(timeoutMs);
-    }
-
-    void Key(int key) { QTest::keyClick(fPane->List(), Qt::Key(key)); }
-    std::string Header() const { return fPane->Header()->Text(); }
-    std::string LogText() const { return fPane->Log()->toPlainText().toStdString(); }
-    int LogCount(const std::string &text) const
-    {
-        const std::string log = LogText();
-        int count = 0;
-        for (size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1))
-            count++;
-        return count;
-    }
-
-    TempHome fHome;
-    platform::AlertRecorder fAlerts;
-    RecordingHandler fWindow;
-    std::unique_ptr<DirPane> fPane;
-};
+using FtpPaneTest = PaneFixture;
 
 class FtpPaneVsftpd : public FtpPaneTest
 {
 protected:
     void SetUp() override
     {
-        FtpPaneTest::SetUp();
+        PaneFixture::SetUp();
         if (!fServer.Unavailable().empty())
             GTEST_SKIP() << fServer.Unavailable();
         fs::create_directories(Upload() + "/sub");
         MakeFile(Upload() + "/sub/inner.txt", 10);
         MakeFile(Upload() + "/b.txt", 2048);
         MakeFile(Upload() + "/a.txt", 1024);
-        Store(fServer.Port(), Upload());
+        Store("site", fServer.Port(), Upload());
     }
     std::string Upload() const { return fServer.Root() + "/upload"; }
 
@@ -140,7 +84,7 @@ TEST_F(FtpPaneVsftpd, ConnectsBrowsesAndListsAgainOnOneConnection)
 
     ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
     EXPECT_EQ(list.Mode(), kestrin::kModeFolder);
-    EXPECT_EQ(Header(), Local());
+    EXPECT_EQ(Header(), Folder());
     EXPECT_FALSE(pane.Log()->isVisible());
 }
 
@@ -219,9 +163,7 @@ TEST_F(FtpPaneVsftpd, AConnectionInClearIsNeverSilent)
     DirView &list = *pane.List();
     const platform::Message request = list.Source().Request(kestrin::kMsgFtpDownload,
                                                             {list.Row(list.FindItem("a.txt"))});
-    std::string session;
-    EXPECT_EQ(request.FindString("Session", &session), B_OK);
-    EXPECT_EQ(session, "site");
+    EXPECT_EQ(Strings(request, "Session"), std::vector<std::string>{"site"});
 
     kestrin::FtpSecurity plain;
     plain.tls = kestrin::FtpTls::Choice::Off;
@@ -270,7 +212,7 @@ TEST_F(FtpPaneVsftpd, AHundredThousandEntries)
     fs::create_directories(big);
     for (int i = 0; i < 100000; i++)
         MakeFile(big + "/f" + std::to_string(i));
-    Store(fServer.Port(), big);
+    Store("site", fServer.Port(), big);
     DirPane &pane = Open();
     ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }, 60000));
     EXPECT_EQ(pane.List()->CountItems(), 100001);
@@ -302,7 +244,7 @@ TEST_F(FtpPaneTest, OddLinesAndNamesAreShownButNeverFetched)
         s.Send("226 done\r\n");
         s.WaitForClose();
     });
-    Store(server.Port(), "/");
+    Store("site", server.Port(), "/");
     DirPane &pane = Open();
     DirView &list = *pane.List();
     ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
@@ -316,19 +258,13 @@ TEST_F(FtpPaneTest, OddLinesAndNamesAreShownButNeverFetched)
     EXPECT_NE(fAlerts.Shown()[0].text.find("up/../../out"), std::string::npos);
     const platform::Message *request = fWindow.Last(kestrin::kMsgFtpDownload);
     ASSERT_NE(request, nullptr);
-    std::string text;
+    EXPECT_EQ(Strings(*request, "FtpPath"), std::vector<std::string>{"/"});
+    EXPECT_EQ(Strings(*request, "Host"), std::vector<std::string>{"127.0.0.1"});
     int32_t port = 0;
-    EXPECT_EQ(request->FindString("FtpPath", &text), B_OK);
-    EXPECT_EQ(text, "/");
-    EXPECT_EQ(request->FindString("Host", &text), B_OK);
-    EXPECT_EQ(text, "127.0.0.1");
     EXPECT_EQ(request->FindInt32("Port", &port), B_OK);
     EXPECT_EQ(port, int32_t(server.Port()));
-    EXPECT_EQ(request->FindString("FtpFile", 0, &text), B_OK);
-    EXPECT_EQ(text, "good.txt");
-    EXPECT_NE(request->FindString("FtpFile", 1, &text), B_OK);
-    EXPECT_EQ(request->FindString("FtpDir", &text), B_OK);
-    EXPECT_EQ(text, "sub");
+    EXPECT_EQ(Strings(*request, "FtpFile"), std::vector<std::string>{"good.txt"});
+    EXPECT_EQ(Strings(*request, "FtpDir"), std::vector<std::string>{"sub"});
 
     // What a transfer into the pane is planned on: the folder and the session.
     const kestrin::TransferPlace place = list.Source().Place();
@@ -369,7 +305,7 @@ TEST_F(FtpPaneTest, SlowServerNeverHoldsTheWindowAndDisconnectReturnsAtOnce)
         s.Send("500 no either\r\n");
         s.WaitForClose();
     });
-    Store(slow.Port(), "/pub");
+    Store("site", slow.Port(), "/pub");
     DirPane &pane = Open();
     qint64 longestGap = 0;
     {
@@ -387,12 +323,12 @@ TEST_F(FtpPaneTest, SlowServerNeverHoldsTheWindowAndDisconnectReturnsAtOnce)
     // A server that never answers: Disconnect does not wait for it, and the
     // connection is cut rather than left to its minute of time-out.
     SilentServer silent(1);
-    Store(silent.Port(), "/pub");
+    Store("site", silent.Port(), "/pub");
     pane.DoFtp("site.ftp");
     ASSERT_TRUE(WaitFor([&] { return silent.Accepted() == 1; }));
     ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
     EXPECT_EQ(pane.List()->Mode(), kestrin::kModeFolder);
-    EXPECT_EQ(Header(), Local());
+    EXPECT_EQ(Header(), Folder());
     EXPECT_TRUE(WaitFor([&] { return silent.Closed() == 1; }));
     EXPECT_TRUE(fAlerts.Shown().empty());
 }
@@ -499,7 +435,7 @@ TEST_F(FtpPaneTest, ADropInTheListingKeepsTheLastOneUntilTheServerIsBack)
              s.Send("226 done\r\n");
              s.WaitForClose();
          }});
-    Store(server.Port(), "/pub");
+    Store("site", server.Port(), "/pub");
     DirPane &pane = Open();
     DirView &list = *pane.List();
     ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));
@@ -540,7 +476,7 @@ TEST_F(FtpPaneTest, MachineListingsShowAndSortByExactTimes)
     PyftpdlibServer server(root);
     if (!server.Unavailable().empty())
         GTEST_SKIP() << server.Unavailable();
-    Store(server.Port(), "/", "kestrin", "secret");
+    Store("site", server.Port(), "/", "kestrin", "secret");
     DirPane &pane = Open();
     DirView &list = *pane.List();
     ASSERT_TRUE(Listed([&] { pane.DoFtp("site.ftp"); }));

@@ -6,6 +6,7 @@
 // rows.
 
 #include "panes/DirListItem.h"
+#include "panes/MarkedList.h"
 #include "panes/PaneCommands.h"
 #include "panes/PaneHost.h"
 #include "panes/PaneMessages.h"
@@ -93,6 +94,16 @@ inline std::vector<std::string> RowNames(const kestrin::ColumnListModel &list)
     return names;
 }
 
+// The names of the marked rows, sorted.
+inline std::vector<std::string> MarkedNames(const kestrin::MarkedList &marked)
+{
+    std::vector<std::string> names;
+    for (const kestrin::DirListItem *row : marked.Rows())
+        names.push_back(row->Name());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 // The list a pane's core shows its rows in, without a window: a selection
 // that stays on its row as rows come and go and goes with its row, as a
 // list's does, and the row a rename field would be open on.
@@ -159,6 +170,10 @@ protected:
     }
 
     std::vector<std::string> Names() const { return RowNames(fList); }
+    bool RowsBecome(const std::vector<std::string> &names)
+    {
+        return WaitFor([&] { return Names() == names; });
+    }
 
     kestrin::PaneCommands &Commands()
     {

@@ -1,29 +1,28 @@
 #include "PaneTestSupport.h"
 
 #include "panes/KsFtr.h"
-#include "panes/KsHeader.h"
 #include "panes/PathField.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QCompleter>
 
-using kestrin::DirPane;
 using kestrin::PathField;
 
 namespace {
 
 // A pane on ~/work, active, whose header is clicked into a path field.
-class PathFieldTest : public ::testing::Test
+class PathFieldTest : public PaneFixture
 {
 protected:
     void SetUp() override
     {
+        PaneFixture::SetUp();
         fs::create_directories(Work() + "/sub folder/deep");
         fs::create_directories(Work() + "/subway");
         fs::create_directories(Work() + "/.secret");
         WriteFileBytes(Work() + "/notes.txt", "text");
-        fPane = ShownPane(Work());
+        Open(Work());
         QApplication::setActiveWindow(fPane.get());
         ASSERT_TRUE(QTest::qWaitForWindowActive(fPane.get()));
         fPane->List()->setFocus();
@@ -63,14 +62,8 @@ protected:
     // Return, and the listing that follows.
     void Go()
     {
-        QSignalSpy finished(fPane->List(), &kestrin::DirView::ListingFinished);
-        Key(Qt::Key_Return);
-        EXPECT_TRUE(finished.wait(10000));
+        EXPECT_TRUE(Listed([] { Key(Qt::Key_Return); }));
     }
-
-    TempHome fHome;
-    platform::AlertRecorder fAlerts;
-    std::unique_ptr<DirPane> fPane;
 };
 
 } // namespace

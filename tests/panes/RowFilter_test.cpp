@@ -1,6 +1,5 @@
 #include "PaneCoreSupport.h"
 
-#include "panes/MarkedList.h"
 #include "panes/RowFilter.h"
 
 using kestrin::PaneModel;
@@ -15,15 +14,6 @@ void Filter(PaneModel &pane, const std::string &text, bool dotFiles = true)
     pane.Filter().SetText(text);
     pane.Filter().SetShowDotFiles(dotFiles);
     pane.Filter().Finish();
-}
-
-std::vector<std::string> MarkedNames(const PaneModel &pane)
-{
-    std::vector<std::string> names;
-    for (const kestrin::DirListItem *row : pane.Marked().Rows())
-        names.push_back(row->Name());
-    std::sort(names.begin(), names.end());
-    return names;
 }
 
 // Each case starts from whatever the case before left: the rows come back
@@ -79,19 +69,19 @@ TEST_F(RowFilterTest, MarksAndCommandsKeepToTheShownRows)
     pane.Marked().Toggle(pane.FindItem("c.txt"));
 
     Filter(pane, "txt", false);
-    EXPECT_EQ(MarkedNames(pane), std::vector<std::string>{"c.txt"});
+    EXPECT_EQ(MarkedNames(pane.Marked()), std::vector<std::string>{"c.txt"});
     EXPECT_EQ(Commands().PathsToActOn(), std::vector<std::string>{Folder() + "/c.txt"});
     // a.txt took over the selection from the hidden .d.txt.
     EXPECT_EQ(pane.GetFiles(), "2 of 2k in 2 of 2 files selected");
 
     pane.Marked().Mark(1, fList.CountItems() - 1); // what "+" does
-    EXPECT_EQ(MarkedNames(pane), (std::vector<std::string>{"a.txt", "c.txt"}));
+    EXPECT_EQ(MarkedNames(pane.Marked()), (std::vector<std::string>{"a.txt", "c.txt"}));
     pane.SetSortMode(kestrin::kColumnName, kestrin::Descending);
     EXPECT_EQ(Names(), (std::vector<std::string>{"..", "c.txt", "a.txt"}));
 
     Filter(pane, "", true);
     EXPECT_EQ(Names(), (std::vector<std::string>{"..", "c.txt", "b.log", "a.txt", ".d.txt"}));
-    EXPECT_EQ(MarkedNames(pane), (std::vector<std::string>{"a.txt", "b.log", "c.txt"}));
+    EXPECT_EQ(MarkedNames(pane.Marked()), (std::vector<std::string>{"a.txt", "b.log", "c.txt"}));
     EXPECT_EQ(Commands().PathsToActOn().size(), 3u);
 }
 
@@ -104,19 +94,16 @@ TEST_F(RowFilterTest, ChangesArriveThroughTheFilter)
     PaneModel &pane = Open(Folder());
     pane.Marked().Toggle(pane.FindItem("h"));
     Filter(pane, "txt");
-    const auto rowsAre = [this](std::vector<std::string> names) {
-        return WaitFor([&] { return Names() == names; });
-    };
 
     for (const char *name : {"a.txt", "j", "c", "ca"})
         MakeFile(Folder() + "/" + name, 1024);
-    EXPECT_TRUE(rowsAre({"..", "a.txt", "b.txt", "f.txt"}));
+    EXPECT_TRUE(RowsBecome({"..", "a.txt", "b.txt", "f.txt"}));
     fs::remove(Folder() + "/d");
     fs::rename(Folder() + "/h", Folder() + "/g.txt");
-    EXPECT_TRUE(rowsAre({"..", "a.txt", "b.txt", "f.txt", "g.txt"}));
-    EXPECT_EQ(MarkedNames(pane), std::vector<std::string>{"g.txt"});
+    EXPECT_TRUE(RowsBecome({"..", "a.txt", "b.txt", "f.txt", "g.txt"}));
+    EXPECT_EQ(MarkedNames(pane.Marked()), std::vector<std::string>{"g.txt"});
     fs::rename(Folder() + "/b.txt", Folder() + "/e");
-    EXPECT_TRUE(rowsAre({"..", "a.txt", "f.txt", "g.txt"}));
+    EXPECT_TRUE(RowsBecome({"..", "a.txt", "f.txt", "g.txt"}));
     // f.txt took over the selection from b.txt, which left for good.
     EXPECT_TRUE(WaitFor([&] { return pane.GetFiles() == "2 of 3k in 2 of 3 files selected"; }));
 

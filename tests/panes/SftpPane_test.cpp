@@ -11,10 +11,7 @@
 
 #include "fileops/FileOpsMessages.h"
 #include "ftp/FtpSession.h"
-#include "panes/DirPane.h"
-#include "panes/KsHeader.h"
 #include "panes/PathField.h"
-#include "widgets/StatusLog.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -25,14 +22,14 @@ using kestrin::DirView;
 
 namespace {
 
-class SftpPaneTest : public ::testing::Test
+class SftpPaneTest : public PaneFixture
 {
 protected:
     void SetUp() override
     {
         if (!fServer.Unavailable().empty())
             GTEST_SKIP() << fServer.Unavailable();
-        fs::create_directories(Local());
+        PaneFixture::SetUp();
         fHome.SetEnv("SSH_AUTH_SOCK", std::nullopt);
         fs::create_directories(fHome.Home() + "/.ssh");
         fs::copy_file(fServer.UserKey(), fHome.Home() + "/.ssh/id_ed25519");
@@ -41,53 +38,15 @@ protected:
         MakeFile(Remote() + "/sub/deep/inner.txt", 10);
         MakeFile(Remote() + "/b.txt", 2048);
         MakeFile(Remote() + "/a.txt", 1024);
-        Store(fServer.Port(), Remote());
+        StoreSftp("box", fServer.Port(), Remote());
     }
-    std::string Local() const { return fHome.Root() + "/local"; }
     std::string Remote() const { return fServer.Scratch(); }
-
-    static void Store(unsigned port,
-                      const std::string &remoteDir,
-                      const std::string &name = "box",
-                      kestrin::FtpSession::Kind kind = kestrin::FtpSession::Kind::Sftp)
+    static void StoreSftp(const std::string &name, unsigned port, const std::string &remoteDir)
     {
-        kestrin::FtpSession session;
-        session.kind = kind;
-        session.name = name;
-        session.host = "127.0.0.1";
-        session.port = std::to_string(port);
-        session.user = SshdServer::User();
-        session.remoteDir = remoteDir;
-        ASSERT_TRUE(session.Write());
+        Store(name, port, remoteDir, SshdServer::User(), "", kestrin::FtpSession::Kind::Sftp);
     }
-
-    DirPane &Open()
-    {
-        fPane = ShownPane(Local(), &fWindow);
-        return *fPane;
-    }
-    bool Listed(const std::function<void()> &action)
-    {
-        QSignalSpy finished(fPane->List(), &DirView::ListingFinished);
-        action();
-        return finished.wait(30000);
-    }
-    void Key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-    {
-        QTest::keyClick(fPane->List(), Qt::Key(key), modifiers);
-    }
-    void Select(const std::string &name)
-    {
-        fPane->List()->Select(fPane->List()->FindItem(name));
-    }
-    std::string Header() const { return fPane->Header()->Text(); }
-    std::string LogText() const { return fPane->Log()->toPlainText().toStdString(); }
 
     SshdServer fServer;
-    TempHome fHome;
-    platform::AlertRecorder fAlerts;
-    RecordingHandler fWindow;
-    std::unique_ptr<DirPane> fPane;
 };
 
 } // namespace
@@ -173,13 +132,9 @@ TEST_F(SftpPaneTest, BrowsesMakesRenamesDeletesAndSetsPermissionsWithThePanesKey
     ASSERT_FALSE(fWindow.messages.empty());
     const platform::Message &download = fWindow.messages.back();
     EXPECT_EQ(download.what, kestrin::kMsgSftpDownload);
-    std::string value;
-    download.FindString("FtpPath", &value);
-    EXPECT_EQ(value, Remote());
-    download.FindString("FtpFile", &value);
-    EXPECT_EQ(value, "b.txt");
-    download.FindString("Session", &value);
-    EXPECT_EQ(value, "box");
+    EXPECT_EQ(Strings(download, "FtpPath"), std::vector<std::string>{Remote()});
+    EXPECT_EQ(Strings(download, "FtpFile"), std::vector<std::string>{"b.txt"});
+    EXPECT_EQ(Strings(download, "Session"), std::vector<std::string>{"box"});
 
     // A path on the same server, typed into the path field: a whole one, a
     // relative one, and an sftp:// address.
@@ -206,7 +161,7 @@ TEST_F(SftpPaneTest, BrowsesMakesRenamesDeletesAndSetsPermissionsWithThePanesKey
 
     ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
     EXPECT_EQ(list.Mode(), kestrin::kModeFolder);
-    EXPECT_EQ(Header(), Local());
+    EXPECT_EQ(Header(), Folder());
     EXPECT_TRUE(fAlerts.Shown().empty());
 }
 
@@ -221,17 +176,17 @@ TEST_F(SftpPaneTest, TheLogStartsAfreshWithEachConnection)
     Select("sub");
     ASSERT_TRUE(Listed([&] { Key(Qt::Key_Return); }));
     EXPECT_EQ(Header(), "sftp: " + Remote() + "/sub");
-    EXPECT_EQ(fPane->Log()->toPlainText().count("Logged in as"), 1) << LogText();
+    EXPECT_EQ(LogCount("Logged in as"), 1) << LogText();
 
-    Store(fServer.Port(), Remote() + "/sub/deep", "other");
+    StoreSftp("other", fServer.Port(), Remote() + "/sub/deep");
     ASSERT_TRUE(Listed([&] { pane.DoFtp("other.sftp"); }));
     ASSERT_TRUE(WaitFor([&] { return Header() == "sftp: " + Remote() + "/sub/deep"; }))
         << Header();
-    EXPECT_EQ(fPane->Log()->toPlainText().count("Logged in as"), 1) << LogText();
-    EXPECT_EQ(fPane->Log()->toPlainText().count("Connecting to "), 1) << LogText();
+    EXPECT_EQ(LogCount("Logged in as"), 1) << LogText();
+    EXPECT_EQ(LogCount("Connecting to "), 1) << LogText();
 
     SilentServer silent(1);
-    Store(silent.Port(), "/", "plain", kestrin::FtpSession::Kind::Ftp);
+    Store("plain", silent.Port(), "/");
     pane.DoFtp(kestrin::FtpSession::FileNameOf("plain"));
     ASSERT_TRUE(WaitFor([&] { return silent.Accepted() == 1; }));
     EXPECT_EQ(LogText().find("Logged in as"), std::string::npos) << LogText();
@@ -244,14 +199,14 @@ TEST_F(SftpPaneTest, TheLogStartsAfreshWithEachConnection)
 TEST_F(SftpPaneTest, ASilentServerNeverHoldsTheWindowAndDisconnectCutsIt)
 {
     SilentServer silent(1);
-    Store(silent.Port(), "/");
+    StoreSftp("box", silent.Port(), "/");
     DirPane &pane = Open();
     TickGaps gaps;
     pane.DoFtp("box.sftp");
     EXPECT_EQ(Header(), "sftp: Connecting...");
     ASSERT_TRUE(WaitFor([&] { return silent.Accepted() == 1; }));
     ASSERT_TRUE(Listed([&] { pane.Disconnect(); }));
-    EXPECT_EQ(Header(), Local());
+    EXPECT_EQ(Header(), Folder());
     EXPECT_TRUE(WaitFor([&] { return silent.Closed() == 1; }));
     EXPECT_LT(gaps.Longest(), TickGaps::kBlockedMs);
     EXPECT_TRUE(fAlerts.Shown().empty());

@@ -444,12 +444,7 @@ TEST_P(CopyWinSilentServer, LeavingIsNotHeldUpAndLeavesNothing)
     platform::AlertRecorder alerts;
     const std::string dest = home.Root() + "/dest";
     fs::create_directory(dest);
-    platform::Message request(kestrin::kMsgFtpDownload);
-    request.AddString("Host", "127.0.0.1");
-    request.AddInt32("Port", int32_t(server.Port()));
-    request.AddString("User", "u");
-    request.AddString("Password", "p");
-    request.AddString("FtpPath", "/x");
+    platform::Message request = FtpRequest(kestrin::kMsgFtpDownload, server.Port(), "/x");
     request.AddString("FtpFile", "f");
 
     QPointer<CopyWin> window = new CopyWin(kFrame, "Download", dest, request, nullptr);
@@ -504,15 +499,6 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
     const std::string up = RandomBytes(4 * 1024 * 1024, 2);
     WriteFileBytes(remote + "/down", down);
     WriteFileBytes(local + "/up", up);
-    const auto request = [&](uint32_t what) {
-        platform::Message request(what);
-        request.AddString("Host", "127.0.0.1");
-        request.AddInt32("Port", int32_t(server.Port()));
-        request.AddString("User", "anonymous");
-        request.AddString("Password", "kestrin@");
-        request.AddString("FtpPath", remote);
-        return request;
-    };
     const auto hasBytes = [](const std::string &folder) {
         for (const auto &entry : fs::directory_iterator(folder)) {
             if (entry.is_regular_file() && entry.file_size() > 0)
@@ -521,7 +507,7 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
         return false;
     };
 
-    platform::Message download = request(kestrin::kMsgFtpDownload);
+    platform::Message download = FtpRequest(kestrin::kMsgFtpDownload, server.Port(), remote);
     download.AddString("FtpFile", "down");
     const std::string received = home.Root() + "/received";
     fs::create_directory(received);
@@ -546,7 +532,7 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
     EXPECT_EQ(server.Sessions(), 2u);
 
     fs::remove(remote + "/down");
-    platform::Message upload = request(kestrin::kMsgCopyRequest);
+    platform::Message upload = FtpRequest(kestrin::kMsgCopyRequest, server.Port(), remote);
     upload.AddRef("refs", RefFor(local + "/up"));
     upload.AddString("Session", "site.ftp");
     window = new CopyWin(kFrame, "Upload", remote, upload, nullptr);
@@ -567,10 +553,7 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
     TickGaps::OffTheWindowThread([&] { server.Stop(); });
     ASSERT_TRUE(ended(window));
     EXPECT_TRUE(fs::is_empty(received));
-    std::vector<std::string> texts;
-    for (const platform::Alert &alert : alerts.Shown())
-        texts.push_back(alert.text);
-    EXPECT_EQ(texts,
+    EXPECT_EQ(TextsOf(alerts.Shown()),
               std::vector<std::string>{
                   "Kestrin did not download \"again\": the connection to the server was lost."});
     EXPECT_LT(longestPause, TickGaps::kBlockedMs);

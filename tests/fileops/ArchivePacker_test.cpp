@@ -142,7 +142,8 @@ TEST_F(ArchivePackerTest, AFullDiskLeavesNoArchiveAndNoTemporaryFile)
     EXPECT_TRUE(fs::is_empty(volume.Path())) << Names(volume.Path())[0];
     ASSERT_EQ(control.errors.size(), 1u);
     EXPECT_EQ(control.errors[0].text,
-              "Kestrin could not pack \"" + volume.Path() + "/noise.zip\": cannot write the archive: No space left on device.");
+              "Kestrin could not pack \"" + volume.Path()
+                  + "/noise.zip\": cannot write the archive: No space left on device.");
     EXPECT_EQ(ReadFileBytes(src + "/noise"), noise);
 }
 

@@ -246,8 +246,7 @@ TEST(CopyWin, AnErrorOfTheEngineIsShownAsAnAlert)
     fs::create_directory(root + "/dst");
     WriteFileBytes(root + "/a", "a");
     WriteFileBytes(root + "/dst/a", "taken");
-    platform::Message request = Request(kestrin::kMsgCopyRequest, {root + "/a"});
-    request.AddString("TypeOfCopy", "Link");
+    const platform::Message request = Request(kestrin::kMsgCopyRequest, {root + "/a"}, "Link");
 
     QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
@@ -395,8 +394,9 @@ TEST(CopyWin, CopiesAFolderWithTheEngineAskingAboutAnExistingTarget)
     WriteFileBytes(root + "/src/folder/a", std::string(100000, 'a'));
     WriteFileBytes(root + "/src/folder/inner/b", "bee");
     WriteFileBytes(root + "/dst/folder/a", "old");
-    platform::Message request = Request(kestrin::kMsgCopyRequest, {root + "/src/folder"});
-    request.AddString("TypeOfCopy", "Copy");
+    const platform::Message request = Request(kestrin::kMsgCopyRequest,
+                                              {root + "/src/folder"},
+                                              "Copy");
 
     QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
     OverWin *asked = nullptr;
@@ -415,8 +415,7 @@ TEST(CopyWin, APackRequestPacksIntoTheDestinationAndCloses)
     const std::string root = home.Root();
     fs::create_directory(root + "/dst");
     WriteFileBytes(root + "/file", "content");
-    platform::Message request = Request(kestrin::kMsgPackRequest, {root + "/file"});
-    request.AddString("TypeOfCopy", "Pack");
+    const platform::Message request = Request(kestrin::kMsgPackRequest, {root + "/file"}, "Pack");
 
     QPointer<CopyWin> window = new CopyWin(kFrame, "Packing", root + "/dst", request, nullptr);
     EXPECT_EQ(window->height(), kFrame.height() - 32);

@@ -29,6 +29,7 @@
 #include <future>
 #include <gtest/gtest.h>
 #include <optional>
+#include <set>
 #include <thread>
 
 using kestrin::CopyControl;
@@ -238,23 +239,6 @@ TEST(CopyWin, ArchiveCallbacksOnTheWorkerMoveTheBars)
     EXPECT_TRUE(FinishesByItself(second, window));
 }
 
-TEST(CopyWin, AnErrorOfTheEngineIsShownAsAnAlert)
-{
-    TempHome home;
-    platform::AlertRecorder alerts;
-    const std::string root = home.Root();
-    fs::create_directory(root + "/dst");
-    WriteFileBytes(root + "/a", "a");
-    WriteFileBytes(root + "/dst/a", "taken");
-    const platform::Message request = Request(kestrin::kMsgCopyRequest, {root + "/a"}, "Link");
-
-    QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
-    ASSERT_EQ(alerts.Count(), 1u);
-    EXPECT_EQ(alerts.Shown()[0], kFileExistsAlert);
-    EXPECT_EQ(ReadFileBytes(root + "/dst/a"), "taken");
-}
-
 TEST(CopyWin, PauseHoldsTheWorkerUntilResumedAndStopWakesIt)
 {
     Gate first, second;
@@ -385,20 +369,21 @@ TEST(CopyWin, DestroyingTheWindowReleasesAWorkerWaitingForAnAlert)
     EXPECT_EQ(pressed, 0);
 }
 
-TEST(CopyWin, CopiesAFolderWithTheEngineAskingAboutAnExistingTarget)
+// With no job of its own the window runs the engine for its request: a
+// copy whose question it asks, a pack, a link whose error it shows.
+TEST(CopyWin, RunsTheEngineAsksItsQuestionsAndShowsItsErrors)
 {
     TempHome home;
+    platform::AlertRecorder alerts;
     const std::string root = home.Root();
     fs::create_directories(root + "/src/folder/inner");
     fs::create_directories(root + "/dst/folder");
     WriteFileBytes(root + "/src/folder/a", std::string(100000, 'a'));
     WriteFileBytes(root + "/src/folder/inner/b", "bee");
     WriteFileBytes(root + "/dst/folder/a", "old");
-    const platform::Message request = Request(kestrin::kMsgCopyRequest,
-                                              {root + "/src/folder"},
-                                              "Copy");
+    const platform::Message copy = Request(kestrin::kMsgCopyRequest, {root + "/src/folder"}, "Copy");
 
-    QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
+    QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", copy, nullptr);
     OverWin *asked = nullptr;
     ASSERT_TRUE(QTest::qWaitFor([&] { return (asked = OpenQuestion()) != nullptr; }));
     EXPECT_FALSE(window->isVisible());
@@ -407,22 +392,22 @@ TEST(CopyWin, CopiesAFolderWithTheEngineAskingAboutAnExistingTarget)
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
     EXPECT_EQ(ReadFileBytes(root + "/dst/folder/a"), std::string(100000, 'a'));
     EXPECT_EQ(ReadFileBytes(root + "/dst/folder/inner/b"), "bee");
-}
 
-TEST(CopyWin, APackRequestPacksIntoTheDestinationAndCloses)
-{
-    TempHome home;
-    const std::string root = home.Root();
-    fs::create_directory(root + "/dst");
     WriteFileBytes(root + "/file", "content");
-    const platform::Message request = Request(kestrin::kMsgPackRequest, {root + "/file"}, "Pack");
-
-    QPointer<CopyWin> window = new CopyWin(kFrame, "Packing", root + "/dst", request, nullptr);
-    EXPECT_EQ(window->height(), kFrame.height() - 32);
+    const platform::Message pack = Request(kestrin::kMsgPackRequest, {root + "/file"}, "Pack");
+    window = new CopyWin(kFrame, "Packing", root + "/dst", pack, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
-    EXPECT_EQ(std::vector<fs::path>(fs::directory_iterator(root + "/dst"), {}),
-              std::vector<fs::path>{root + "/dst/file.zip"});
+    EXPECT_EQ(std::set<fs::path>(fs::directory_iterator(root + "/dst"), {}),
+              (std::set<fs::path>{root + "/dst/file.zip", root + "/dst/folder"}));
     EXPECT_EQ(ReadFileBytes(root + "/file"), "content");
+
+    const platform::Message link = Request(kestrin::kMsgCopyRequest, {root + "/file"}, "Link");
+    WriteFileBytes(root + "/dst/folder/file", "taken");
+    window = new CopyWin(kFrame, "Copy", root + "/dst/folder", link, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
+    ASSERT_EQ(alerts.Count(), 1u);
+    EXPECT_EQ(alerts.Shown()[0], kFileExistsAlert);
+    EXPECT_EQ(ReadFileBytes(root + "/dst/folder/file"), "taken");
 }
 
 // How the user leaves a running download: the Stop button, or quitting,

@@ -5,8 +5,6 @@
 #include "fileops/ArchiveExtractor.h"
 #include "support/SmallVolume.h"
 
-#include <map>
-
 using namespace kestrin;
 
 namespace {

@@ -11,7 +11,6 @@
 #include "ftp/FtpSession.h"
 
 #include <atomic>
-#include <random>
 #include <regex>
 #include <sys/mount.h>
 

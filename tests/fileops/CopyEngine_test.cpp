@@ -3,7 +3,6 @@
 #include "CopyTestSupport.h"
 #include "platform/Node.h"
 
-#include <map>
 #include <sys/xattr.h>
 #include <unistd.h>
 

@@ -5,11 +5,7 @@
 #include "ScriptedServer.h"
 
 #include "fileops/ArchiveCallbacks.h"
-#include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
-#include "platform/AlertRecorder.h"
-#include "platform/Entry.h"
-#include "support/TempHome.h"
 #include "support/TickGaps.h"
 #include "widgets/StatusBar.h"
 
@@ -24,10 +20,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <filesystem>
-#include <functional>
 #include <future>
-#include <gtest/gtest.h>
 #include <optional>
 #include <set>
 #include <thread>
@@ -36,7 +29,6 @@ using kestrin::CopyControl;
 using kestrin::CopyWin;
 using kestrin::OverWin;
 using kestrin::StatusBar;
-namespace fs = std::filesystem;
 
 namespace {
 

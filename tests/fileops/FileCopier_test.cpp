@@ -5,7 +5,6 @@
 #include "support/SmallVolume.h"
 
 #include <QProcess>
-#include <fcntl.h>
 #include <fstream>
 #include <linux/fiemap.h>
 #include <linux/fs.h>

@@ -3,7 +3,6 @@
 #include "CopyTestSupport.h"
 #include "fileops/AttributeView.h"
 #include "platform/Node.h"
-#include "support/TempHome.h"
 
 #include <QLabel>
 #include <QMimeDatabase>
@@ -11,10 +10,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <cstring>
-#include <filesystem>
-#include <gtest/gtest.h>
 
-namespace fs = std::filesystem;
 using kestrin::GetInfo;
 
 namespace {

@@ -6,7 +6,6 @@
 #include "fileops/OverwritePolicy.h"
 #include "platform/Node.h"
 
-#include <map>
 #include <sys/xattr.h>
 
 using namespace kestrin;

@@ -239,12 +239,11 @@ TEST(TransferPlanner, StepsCarryTheTargetServerAndNameTheirZip)
     const platform::Message &upload = plan.steps[1].request;
     std::string text;
     int32_t port = 0;
-    EXPECT_EQ(upload.FindString("Session", &text), B_OK);
-    EXPECT_EQ(text, "target");
-    EXPECT_EQ(upload.FindString("FtpPath", &text), B_OK);
-    EXPECT_EQ(text, "/pub");
-    EXPECT_EQ(upload.FindString("Password", &text), B_OK);
-    EXPECT_EQ(text, "guest@");
+    for (const auto &[field, value] :
+         {std::pair{"Session", "target"}, {"FtpPath", "/pub"}, {"Password", "guest@"}}) {
+        EXPECT_EQ(upload.FindString(field, &text), B_OK) << field;
+        EXPECT_EQ(text, value);
+    }
     EXPECT_EQ(upload.FindInt32("Port", &port), B_OK);
     EXPECT_EQ(port, 2121);
     EXPECT_FALSE(upload.HasField("refs")) << "the packed zip is found when the step starts";

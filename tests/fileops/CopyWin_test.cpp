@@ -342,20 +342,17 @@ TEST(CopyWin, DestroyingTheWindowReleasesAWaitingWorker)
     delete asking;
     EXPECT_EQ(answer, kestrin::kCancelBatch);
     EXPECT_EQ(OpenQuestion(), nullptr);
-}
 
-// The worker waits for an alert's answer from the GUI thread; deleting the
-// window there (quitting) must end that wait, not wait for it.
-TEST(CopyWin, DestroyingTheWindowReleasesAWorkerWaitingForAnAlert)
-{
-    std::atomic<bool> asking{false};
+    // The worker waits for an alert's answer from the GUI thread; deleting
+    // the window there (quitting) must end that wait, not wait for it.
+    std::atomic<bool> alerting{false};
     int32_t pressed = -1;
     auto job = [&](CopyControl &control) {
-        asking = true;
+        alerting = true;
         pressed = control.FileError(platform::Alert{"", "Error", {"OK"}});
     };
     auto *window = OpenWindow(job);
-    while (!asking)
+    while (!alerting)
         std::this_thread::yield();
     delete window;
     EXPECT_EQ(pressed, 0);

@@ -62,6 +62,17 @@ void Answer(ScriptedServer::Session &s, const char *reply)
     s.Send(reply);
 }
 
+// What comes over a data connection until the client closes it.
+std::string ReceiveAll(platform::TcpSocket &data)
+{
+    std::string bytes;
+    char buffer[256];
+    for (ssize_t got; data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
+                      && (got = data.Receive(buffer, sizeof buffer)) > 0;)
+        bytes.append(buffer, size_t(got));
+    return bytes;
+}
+
 // Greets, takes any user and password, answers FEAT and the CWD to the
 // request's folder.
 void LogIn(ScriptedServer::Session &s)
@@ -332,10 +343,7 @@ TEST_F(CopyEngineFtpScripted, AServerWithoutTheTimeCommandsIsAskedOnce)
         platform::TcpSocket data;
         if (!s.SendPassiveData(&data)) // PASV, STOR
             return;
-        char buffer[256];
-        while (data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
-               && data.Receive(buffer, sizeof buffer) > 0) {
-        }
+        ReceiveAll(data);
         s.Send("226 done\r\n");
     };
     ScriptedServer server(
@@ -499,14 +507,6 @@ TEST_F(CopyEngineFtpScripted, CutTransfersGoOnWhereTheyBroke)
         s.Send("150 here\r\n");
         return true;
     };
-    const auto receive = [](platform::TcpSocket &data) {
-        std::string bytes;
-        char buffer[256];
-        for (ssize_t got; data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
-                          && (got = data.Receive(buffer, sizeof buffer)) > 0;)
-            bytes.append(buffer, size_t(got));
-        return bytes;
-    };
     // The file's first four bytes, then the data connection breaks; three
     // more, then the server goes, data and control alike.
     const ScriptedServer::Script cutTwice = [&](ScriptedServer::Session &s) {
@@ -540,7 +540,7 @@ TEST_F(CopyEngineFtpScripted, CutTransfersGoOnWhereTheyBroke)
         Answer(s, "200 ok\r\n"); // TYPE I
         platform::TcpSocket data;
         if (open(s, &data)) // STOR g
-            receive(data);
+            ReceiveAll(data);
     };
     std::string appended;
     const ScriptedServer::Script append = [&](ScriptedServer::Session &s) {
@@ -550,7 +550,7 @@ TEST_F(CopyEngineFtpScripted, CutTransfersGoOnWhereTheyBroke)
         platform::TcpSocket data;
         if (!open(s, &data)) // APPE g
             return;
-        appended = receive(data);
+        appended = ReceiveAll(data);
         s.Send("226 done\r\n");
         Answer(s, "502 no MFMT here\r\n");
         s.WaitForClose();

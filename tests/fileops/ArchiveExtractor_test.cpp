@@ -213,9 +213,7 @@ public:
 
 TEST_F(ArchiveExtractorTest, StopAndDamageLeaveNoPartialFile)
 {
-    std::string big(3 << 20, '\0');
-    for (size_t i = 0; i < big.size(); i++)
-        big[i] = char(i * 7919 % 251);
+    const std::string big = RandomBytes(3 << 20, 8);
     const std::string archive = src + "/big.tar.gz";
     WriteTestArchive(archive, "tar.gz", {{"big.bin", big}, {"after.txt", "after"}});
     StopAtFirstBlock stopping;

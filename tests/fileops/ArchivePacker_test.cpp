@@ -5,8 +5,6 @@
 #include "fileops/ArchiveExtractor.h"
 #include "support/SmallVolume.h"
 
-#include <map>
-
 using namespace kestrin;
 
 namespace {
@@ -63,10 +61,7 @@ TEST_F(ArchivePackerTest, PackedEntriesComeBackByteForByteWithModesTimesAndLinks
     // Names and contents that trip packers up: no bytes, every byte value
     // over several read blocks, a name that is not UTF-8, a link to nowhere.
     WriteFileBytes(src + "/tree/empty", "");
-    std::string binary(300 * 1024 + 3, '\0');
-    for (size_t i = 0; i < binary.size(); i++)
-        binary[i] = char(i * 131 + i / 7);
-    WriteFileBytes(src + "/tree/deep/bytes", binary);
+    WriteFileBytes(src + "/tree/deep/bytes", RandomBytes(300 * 1024 + 3, 1));
     WriteFileBytes(src + "/tree/raw \xff name", "raw");
     fs::create_symlink("nowhere at all", src + "/tree/dangling");
     chmod((src + "/tree/a.txt").c_str(), 0640);
@@ -85,12 +80,7 @@ TEST_F(ArchivePackerTest, PackedEntriesComeBackByteForByteWithModesTimesAndLinks
 
     const std::string out = home.Root() + "/out";
     fs::create_directory(out);
-    platform::Message unpack(kMsgUnpackRequest);
-    unpack.AddString("Archive", dest + "/src.zip");
-    unpack.AddString("CopyFrom", "");
-    unpack.AddString("ZipDir", "tree");
-    unpack.AddString("ZipFile", "solo.txt");
-    Run(unpack, out);
+    Run(Unpack(dest + "/src.zip", "", {"tree"}, {"solo.txt"}), out);
     EXPECT_EQ(Tree(out), Tree(src));
     // QTemporaryDir cannot remove names that are not UTF-8.
     fs::remove(src + "/tree/raw \xff name");
@@ -142,7 +132,8 @@ TEST_F(ArchivePackerTest, AFullDiskLeavesNoArchiveAndNoTemporaryFile)
     EXPECT_TRUE(fs::is_empty(volume.Path())) << Names(volume.Path())[0];
     ASSERT_EQ(control.errors.size(), 1u);
     EXPECT_EQ(control.errors[0].text,
-              "Kestrin could not pack \"" + volume.Path() + "/noise.zip\": cannot write the archive: No space left on device.");
+              "Kestrin could not pack \"" + volume.Path()
+                  + "/noise.zip\": cannot write the archive: No space left on device.");
     EXPECT_EQ(ReadFileBytes(src + "/noise"), noise);
 }
 

@@ -11,24 +11,12 @@
 #include "ftp/FtpSession.h"
 
 #include <atomic>
-#include <random>
 #include <regex>
 #include <sys/mount.h>
 
 using namespace kestrin;
 
 namespace {
-
-platform::Message FtpRequest(uint32_t what, unsigned port, const std::string &ftpPath)
-{
-    platform::Message request(what);
-    request.AddString("Host", "127.0.0.1");
-    request.AddString("User", "anonymous");
-    request.AddString("Password", "kestrin@");
-    request.AddString("FtpPath", ftpPath);
-    request.AddInt32("Port", int32_t(port));
-    return request;
-}
 
 platform::Message Download(unsigned port,
                            const std::string &ftpPath,
@@ -66,25 +54,35 @@ time_t Modified(const std::string &path)
     return TimesOf(path).modified.tv_sec;
 }
 
-std::vector<std::string> AlertTexts(const FakeCopyControl &control)
+using CopyEngineFtpScripted = CopyTest;
+
+void Answer(ScriptedServer::Session &s, const char *reply)
 {
-    std::vector<std::string> texts;
-    for (const platform::Alert &alert : control.errors)
-        texts.push_back(alert.text);
-    return texts;
+    s.ReadLine();
+    s.Send(reply);
 }
 
-// What a copy against a scripted server needs: a home, alerts recorded, a
-// progress window, and an empty folder to download into.
-struct ScriptedCopy
+// What comes over a data connection until the client closes it.
+std::string ReceiveAll(platform::TcpSocket &data)
 {
-    TempHome home;
-    platform::AlertRecorder alerts;
-    FakeCopyControl control;
-    const std::string dest = home.Root() + "/dest";
+    std::string bytes;
+    char buffer[256];
+    for (ssize_t got; data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
+                      && (got = data.Receive(buffer, sizeof buffer)) > 0;)
+        bytes.append(buffer, size_t(got));
+    return bytes;
+}
 
-    ScriptedCopy() { fs::create_directory(dest); }
-};
+// Greets, takes any user and password, answers FEAT and the CWD to the
+// request's folder.
+void LogIn(ScriptedServer::Session &s)
+{
+    s.Send("220 hi\r\n");
+    Answer(s, "331 pass\r\n"); // USER
+    Answer(s, "230 in\r\n");   // PASS
+    s.AnswerFeatures();
+    Answer(s, "250 ok\r\n"); // CWD /x
+}
 
 class CopyEngineFtp : public CopyTest
 {
@@ -100,14 +98,13 @@ protected:
 };
 
 // pyftpdlib, for a user with a password and for MFMT, which vsftpd lacks.
-class CopyEnginePyftpdlib : public ::testing::Test
+class CopyEnginePyftpdlib : public CopyTest
 {
 protected:
     void SetUp() override
     {
         if (!server.Unavailable().empty())
             GTEST_SKIP() << server.Unavailable();
-        fs::create_directory(local);
     }
 
     // The request as the server's one user makes it.
@@ -119,10 +116,6 @@ protected:
     }
 
     PyftpdlibServer server;
-    TempHome home;
-    platform::AlertRecorder alerts;
-    FakeCopyControl control;
-    const std::string local = home.Root() + "/local";
 };
 
 // vsftpd in TLS, and a stored session "secure" whose name the requests carry.
@@ -167,7 +160,7 @@ TEST_F(CopyEngineFtpTls, TreesTravelInTlsWithTheSessionsCertificate)
     Run(download, dest);
     ASSERT_EQ(alerts.Count(), 1u);
     EXPECT_EQ(alerts.Shown()[0].title, "Certificate");
-    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_TRUE(control.errors.empty()) << TextsOf(control.errors)[0];
     EXPECT_TRUE(fs::is_empty(dest));
 
     // Trusted for the session, and required: no question, and both ways
@@ -183,7 +176,7 @@ TEST_F(CopyEngineFtpTls, TreesTravelInTlsWithTheSessionsCertificate)
     Run(OfSession(Upload(server.Port(), upload + "/back", {dest + "/tree"})), dest);
     EXPECT_EQ(Tree(upload + "/back/tree"), Tree(dest + "/tree"));
     EXPECT_EQ(alerts.Count(), 0u) << alerts.Shown()[0].text;
-    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_TRUE(control.errors.empty()) << TextsOf(control.errors)[0];
 }
 
 TEST_F(CopyEngineFtp, DownloadsAndUploadsTreesByteForByte)
@@ -196,7 +189,7 @@ TEST_F(CopyEngineFtp, DownloadsAndUploadsTreesByteForByte)
     WriteFileBytes(upload + "/tree/sub/deeper/c", RandomBytes(5000, 2));
 
     Run(Download(server.Port(), upload, {"top.txt"}, {"tree"}), dest);
-    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_TRUE(control.errors.empty()) << TextsOf(control.errors)[0];
     EXPECT_EQ(Tree(dest + "/tree"), Tree(upload + "/tree"));
     EXPECT_EQ(ReadFileBytes(dest + "/top.txt"), "top");
     EXPECT_EQ(Tree(dest).size(), Tree(upload + "/tree").size() + 2) << "nothing else, no leftovers";
@@ -219,7 +212,7 @@ TEST_F(CopyEngineFtp, DownloadsAndUploadsTreesByteForByte)
 
     fs::create_directory(upload + "/back");
     Run(Upload(server.Port(), upload + "/back", {dest + "/tree", dest + "/top.txt"}), dest);
-    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_TRUE(control.errors.empty()) << TextsOf(control.errors)[0];
     EXPECT_EQ(Tree(upload + "/back/tree"), Tree(dest + "/tree"));
     EXPECT_EQ(ReadFileBytes(upload + "/back/top.txt"), "top");
 }
@@ -257,7 +250,7 @@ TEST_F(CopyEngineFtp, UnsafeNamesAreRefusedAndTheRestArrives)
                                                   {"tree", "/"},
                                                   {"tree/fine", "fine"}}));
     EXPECT_FALSE(Exists(home.Root() + "/secret"));
-    const std::vector<std::string> refused = AlertTexts(control);
+    const std::vector<std::string> refused = TextsOf(control.errors);
     ASSERT_EQ(refused.size(), 4u);
     EXPECT_EQ(refused[0],
               "Kestrin did not download \"../secret\": a local file cannot have that name.");
@@ -283,7 +276,7 @@ TEST_F(CopyEngineFtp, AFullDiskLeavesNoPartialFile)
 
     Run(Download(server.Port(), upload, {"big", "next"}), small);
     EXPECT_TRUE(fs::is_empty(small));
-    EXPECT_EQ(AlertTexts(control),
+    EXPECT_EQ(TextsOf(control.errors),
               std::vector<std::string>{"Cannot Copy file.\nInsufficient space on destination."});
 }
 
@@ -312,39 +305,31 @@ TEST_F(CopyEngineFtp, DownloadsKeepTheServersTimesAndUploadsGoOnWhereItSetsNone)
 
 TEST_F(CopyEnginePyftpdlib, UploadsSetTheirTimesWhereTheServerTakesThem)
 {
-    fs::create_directory(local + "/D");
-    WriteFileBytes(local + "/D/inner", "inner");
-    WriteFileBytes(local + "/after", "after");
-    SetModified(local + "/D/inner", kMay6);
-    SetModified(local + "/after", kJan2Noon);
-    CopyEngine(LoggedIn(Upload(server.Port(), "/", {local + "/D", local + "/after"})), "/", control)
-        .Run();
+    fs::create_directory(src + "/D");
+    WriteFileBytes(src + "/D/inner", "inner");
+    WriteFileBytes(src + "/after", "after");
+    SetModified(src + "/D/inner", kMay6);
+    SetModified(src + "/after", kJan2Noon);
+    Run(LoggedIn(Upload(server.Port(), "/", {src + "/D", src + "/after"})), "/");
     // It dates files only: the folder's refusal stops nothing that follows.
     EXPECT_TRUE(control.errors.empty());
     EXPECT_EQ(Modified(server.Root() + "/D/inner"), kMay6);
     EXPECT_EQ(Modified(server.Root() + "/after"), kJan2Noon);
 
     SetModified(server.Root() + "/after", kMar4Morning);
-    fs::remove(local + "/after");
-    CopyEngine(LoggedIn(Download(server.Port(), "/", {"after"})), local, control).Run();
-    EXPECT_EQ(Modified(local + "/after"), kMar4Morning);
+    fs::remove(src + "/after");
+    Run(LoggedIn(Download(server.Port(), "/", {"after"})), src);
+    EXPECT_EQ(Modified(src + "/after"), kMar4Morning);
 }
 
 // A server without MDTM and MFMT says so once for each; downloads take their
 // times from the listing, and neither direction tells the user.
-TEST(CopyEngineFtpTimes, AServerWithoutTheCommandsIsAskedOnce)
+TEST_F(CopyEngineFtpScripted, AServerWithoutTheTimeCommandsIsAskedOnce)
 {
-    const auto answer = [](ScriptedServer::Session &s, const char *reply) {
-        s.ReadLine();
-        s.Send(reply);
-    };
-    const auto logIn = [&](ScriptedServer::Session &s, const char *type) {
-        s.Send("220 hi\r\n");
-        answer(s, "331 pass\r\n"); // USER
-        answer(s, "230 in\r\n");   // PASS
-        s.AnswerFeatures();
-        for (const char *reply : {"250 ok\r\n", type})
-            answer(s, reply); // CWD /x, then CWD d or TYPE I
+    // After the log-in: CWD d, or TYPE I.
+    const auto logIn = [&](ScriptedServer::Session &s, const char *then) {
+        LogIn(s);
+        Answer(s, then);
     };
     const auto sendFile = [&](ScriptedServer::Session &s, const std::string &bytes) {
         platform::TcpSocket data;
@@ -358,16 +343,13 @@ TEST(CopyEngineFtpTimes, AServerWithoutTheCommandsIsAskedOnce)
         platform::TcpSocket data;
         if (!s.SendPassiveData(&data)) // PASV, STOR
             return;
-        char buffer[256];
-        while (data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
-               && data.Receive(buffer, sizeof buffer) > 0) {
-        }
+        ReceiveAll(data);
         s.Send("226 done\r\n");
     };
     ScriptedServer server(
         std::vector<ScriptedServer::Script>{[&](ScriptedServer::Session &s) {
                                                 logIn(s, "250 ok\r\n");
-                                                answer(s, "200 ok\r\n"); // TYPE A
+                                                Answer(s, "200 ok\r\n"); // TYPE A
                                                 platform::TcpSocket data;
                                                 if (!s.SendPassiveData(&data)) // PASV, LIST
                                                     return;
@@ -377,30 +359,27 @@ TEST(CopyEngineFtpTimes, AServerWithoutTheCommandsIsAskedOnce)
                                                 data.SendAll(listing.data(), listing.size());
                                                 data.Close();
                                                 s.Send("226 done\r\n");
-                                                answer(s, "200 ok\r\n"); // TYPE I
+                                                Answer(s, "200 ok\r\n"); // TYPE I
                                                 sendFile(s, "f");
-                                                answer(s, "502 no MDTM here\r\n");
+                                                Answer(s, "502 no MDTM here\r\n");
                                                 sendFile(s, "g");
-                                                answer(s, "250 ok\r\n"); // CDUP
+                                                Answer(s, "250 ok\r\n"); // CDUP
                                                 s.WaitForClose();
                                             },
                                             [&](ScriptedServer::Session &s) {
                                                 logIn(s, "200 ok\r\n");
                                                 receiveFile(s);
-                                                answer(s, "500 Unknown command.\r\n"); // MFMT
+                                                Answer(s, "500 Unknown command.\r\n"); // MFMT
                                                 receiveFile(s);
                                                 s.WaitForClose();
                                             }});
-    ScriptedCopy copy;
-    FakeCopyControl &control = copy.control;
-    const std::string &dest = copy.dest;
 
-    CopyEngine(Download(server.Port(), "/x", {}, {"d"}), dest, control).Run();
+    Run(Download(server.Port(), "/x", {}, {"d"}), dest);
     EXPECT_EQ(Modified(dest + "/d/f"), kJan2);
     EXPECT_EQ(Modified(dest + "/d/g"), kMar4);
-    CopyEngine(Upload(server.Port(), "/x", {dest + "/d/f", dest + "/d/g"}), dest, control).Run();
+    Run(Upload(server.Port(), "/x", {dest + "/d/f", dest + "/d/g"}), dest);
     const std::vector<std::string> received = server.Finish();
-    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_TRUE(control.errors.empty()) << TextsOf(control.errors)[0];
     const auto count = [&](const char *command) {
         return std::count_if(received.begin(), received.end(), [&](const std::string &line) {
             return line.starts_with(command);
@@ -414,12 +393,11 @@ TEST(CopyEngineFtpTimes, AServerWithoutTheCommandsIsAskedOnce)
 TEST_F(CopyEnginePyftpdlib, PasswordsAreCheckedAndFilesGoBothWays)
 {
     const std::string bytes = RandomBytes(300 * 1024, 5);
-    WriteFileBytes(local + "/f", bytes);
+    WriteFileBytes(src + "/f", bytes);
 
-    platform::Message upload = Upload(server.Port(), "/", {local + "/f"});
-    upload.ReplaceString("User", 0, "kestrin");
+    platform::Message upload = LoggedIn(Upload(server.Port(), "/", {src + "/f"}));
     upload.ReplaceString("Password", 0, "wrong");
-    CopyEngine(upload, "/", control).Run();
+    Run(upload, "/");
     ASSERT_EQ(control.errors.size(), 1u);
     EXPECT_EQ(control.errors[0],
               (platform::Alert{"Connect Failed",
@@ -429,12 +407,12 @@ TEST_F(CopyEnginePyftpdlib, PasswordsAreCheckedAndFilesGoBothWays)
                                B_WARNING_ALERT}));
 
     upload.ReplaceString("Password", 0, "secret");
-    CopyEngine(upload, "/", control).Run();
-    fs::remove(local + "/f");
+    Run(upload, "/");
+    fs::remove(src + "/f");
     control.transfers.clear();
-    CopyEngine(LoggedIn(Download(server.Port(), "/", {"f"})), local, control).Run();
+    Run(LoggedIn(Download(server.Port(), "/", {"f"})), src);
     EXPECT_EQ(control.errors.size(), 1u);
-    EXPECT_TRUE(ReadFileBytes(local + "/f") == bytes);
+    EXPECT_TRUE(ReadFileBytes(src + "/f") == bytes);
     // This server names no size when it starts sending; the bars still go
     // all the way.
     int32_t percent = 0;
@@ -447,7 +425,7 @@ TEST_F(CopyEnginePyftpdlib, PasswordsAreCheckedAndFilesGoBothWays)
 // listing names a file outside the target; the connection drops in the
 // middle of the next file, and the server turns the three attempts to take
 // it up again away, which ends the request.
-TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
+TEST_F(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
 {
     std::atomic<int> refused = 0;
     const auto refuse = [&refused](ScriptedServer::Session &s) {
@@ -456,10 +434,6 @@ TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
     };
     ScriptedServer server(
         {[](ScriptedServer::Session &s) {
-             const auto answer = [&s](const char *reply) {
-                 s.ReadLine();
-                 s.Send(reply);
-             };
              const auto activePort = [&s] {
                  unsigned h[6] = {};
                  const bool port = sscanf(s.ReadLine().c_str(),
@@ -474,13 +448,9 @@ TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
                  s.Send("200 PORT ok\r\n");
                  return port ? h[4] * 256 + h[5] : 0u;
              };
-             s.Send("220 hi\r\n");
-             answer("331 pass\r\n"); // USER
-             answer("230 in\r\n");   // PASS
-             s.AnswerFeatures();
-             for (const char *reply : {"250 ok\r\n", "250 ok\r\n", "200 ok\r\n"})
-                 answer(reply); // CWD /x, CWD d, TYPE A
-             answer("502 no passive here\r\n");
+             LogIn(s);
+             for (const char *reply : {"250 ok\r\n", "200 ok\r\n", "502 no passive here\r\n"})
+                 Answer(s, reply); // CWD d, TYPE A, PASV
              unsigned port = activePort();
              s.ReadLine(); // LIST
              platform::TcpSocket data;
@@ -494,8 +464,8 @@ TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
              data.Close();
              s.Send("226 done\r\n");
              port = activePort();
-             answer("200 ok\r\n"); // TYPE I
-             s.ReadLine();         // RETR cut
+             Answer(s, "200 ok\r\n"); // TYPE I
+             s.ReadLine();            // RETR cut
              if (!s.ConnectData(port, &data))
                  return;
              s.Send("150 Opening (100000 bytes)\r\n");
@@ -505,37 +475,23 @@ TEST(CopyEngineFtpScripted, RefusedPassiveThenADroppedConnection)
          refuse,
          refuse,
          refuse});
-    ScriptedCopy copy;
-    FakeCopyControl &control = copy.control;
-    const std::string &dest = copy.dest;
 
-    CopyEngine(Download(server.Port(), "/x", {}, {"d"}), dest, control).Run();
+    Run(Download(server.Port(), "/x", {}, {"d"}), dest);
     server.Finish();
-    EXPECT_EQ(AlertTexts(control),
+    EXPECT_EQ(TextsOf(control.errors),
               (std::vector<std::string>{
                   "Kestrin did not download \"../../evil\": a local file cannot have that name.",
                   "Kestrin did not download \"cut\": the connection to the server was lost."}));
     EXPECT_EQ(Tree(dest), (std::map<std::string, std::string>{{"d", "/"}}));
-    EXPECT_FALSE(Exists(copy.home.Root() + "/evil"));
+    EXPECT_FALSE(Exists(home.Root() + "/evil"));
     EXPECT_EQ(refused, 3);
 }
 
 // A download whose data connection breaks (426) goes on over the same
 // connection from where it broke; when the server then goes away too, over
 // a new one. An upload cut the same way is appended to.
-TEST(CopyEngineFtpScripted, CutTransfersGoOnWhereTheyBroke)
+TEST_F(CopyEngineFtpScripted, CutTransfersGoOnWhereTheyBroke)
 {
-    const auto answer = [](ScriptedServer::Session &s, const char *reply) {
-        s.ReadLine();
-        s.Send(reply);
-    };
-    const auto logIn = [&](ScriptedServer::Session &s) {
-        s.Send("220 hi\r\n");
-        answer(s, "331 pass\r\n"); // USER
-        answer(s, "230 in\r\n");   // PASS
-        s.AnswerFeatures();
-        answer(s, "250 ok\r\n"); // CWD /x
-    };
     // PASV and the data connection; then REST, when the client says it.
     const auto open = [](ScriptedServer::Session &s, platform::TcpSocket *data) {
         s.ReadLine(); // PASV
@@ -551,20 +507,12 @@ TEST(CopyEngineFtpScripted, CutTransfersGoOnWhereTheyBroke)
         s.Send("150 here\r\n");
         return true;
     };
-    const auto receive = [](platform::TcpSocket &data) {
-        std::string bytes;
-        char buffer[256];
-        for (ssize_t got; data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
-                          && (got = data.Receive(buffer, sizeof buffer)) > 0;)
-            bytes.append(buffer, size_t(got));
-        return bytes;
-    };
     // The file's first four bytes, then the data connection breaks; three
     // more, then the server goes, data and control alike.
     const ScriptedServer::Script cutTwice = [&](ScriptedServer::Session &s) {
-        logIn(s);
-        answer(s, "200 ok\r\n"); // TYPE I
-        answer(s, "213 10\r\n"); // SIZE f
+        LogIn(s);
+        Answer(s, "200 ok\r\n"); // TYPE I
+        Answer(s, "213 10\r\n"); // SIZE f
         platform::TcpSocket data;
         if (!open(s, &data)) // RETR f
             return;
@@ -575,49 +523,46 @@ TEST(CopyEngineFtpScripted, CutTransfersGoOnWhereTheyBroke)
             data.SendAll("456", 3);
     };
     const ScriptedServer::Script rest = [&](ScriptedServer::Session &s) {
-        logIn(s);
-        answer(s, "200 ok\r\n"); // TYPE I
+        LogIn(s);
+        Answer(s, "200 ok\r\n"); // TYPE I
         platform::TcpSocket data;
         if (!open(s, &data)) // REST 7, RETR f
             return;
         data.SendAll("789", 3);
         data.Close();
         s.Send("226 done\r\n");
-        answer(s, "502 no MDTM here\r\n");
+        Answer(s, "502 no MDTM here\r\n");
         s.WaitForClose();
     };
     // All of the upload comes, but the server dies with five bytes on disk.
     const ScriptedServer::Script cutUpload = [&](ScriptedServer::Session &s) {
-        logIn(s);
-        answer(s, "200 ok\r\n"); // TYPE I
+        LogIn(s);
+        Answer(s, "200 ok\r\n"); // TYPE I
         platform::TcpSocket data;
         if (open(s, &data)) // STOR g
-            receive(data);
+            ReceiveAll(data);
     };
     std::string appended;
     const ScriptedServer::Script append = [&](ScriptedServer::Session &s) {
-        logIn(s);
-        answer(s, "200 ok\r\n"); // TYPE I
-        answer(s, "213 5\r\n");  // SIZE g
+        LogIn(s);
+        Answer(s, "200 ok\r\n"); // TYPE I
+        Answer(s, "213 5\r\n");  // SIZE g
         platform::TcpSocket data;
         if (!open(s, &data)) // APPE g
             return;
-        appended = receive(data);
+        appended = ReceiveAll(data);
         s.Send("226 done\r\n");
-        answer(s, "502 no MFMT here\r\n");
+        Answer(s, "502 no MFMT here\r\n");
         s.WaitForClose();
     };
     ScriptedServer server({cutTwice, rest, cutUpload, append});
-    ScriptedCopy copy;
-    FakeCopyControl &control = copy.control;
-    const std::string &dest = copy.dest;
-    WriteFileBytes(copy.home.Root() + "/g", "0123456789");
+    WriteFileBytes(src + "/g", "0123456789");
 
-    CopyEngine(Download(server.Port(), "/x", {"f"}), dest, control).Run();
+    Run(Download(server.Port(), "/x", {"f"}), dest);
     EXPECT_EQ(Tree(dest), (std::map<std::string, std::string>{{"f", "0123456789"}}));
-    CopyEngine(Upload(server.Port(), "/x", {copy.home.Root() + "/g"}), dest, control).Run();
+    Run(Upload(server.Port(), "/x", {src + "/g"}), dest);
     const std::vector<std::string> lines = server.Finish();
-    EXPECT_TRUE(control.errors.empty()) << AlertTexts(control)[0];
+    EXPECT_TRUE(control.errors.empty()) << TextsOf(control.errors)[0];
     EXPECT_EQ(appended, "56789");
     for (const char *line : {"REST 4\r\n", "REST 7\r\n", "APPE g\r\n"})
         EXPECT_EQ(std::count(lines.begin(), lines.end(), line), 1) << line;

@@ -3,8 +3,7 @@
 // question on either side, a stop in the middle of a file, and a
 // connection that drops in the middle of one.
 
-#include "CopyTestSupport.h"
-#include "SshdServer.h"
+#include "SftpCopyTest.h"
 #include "UnprivilegedRerun.h"
 #include "sftp/SftpQuestions.h"
 
@@ -12,37 +11,14 @@ using namespace kestrin;
 
 namespace {
 
-class CopyEngineSftp : public CopyTest
+class CopyEngineSftp : public SftpCopyTest
 {
 protected:
-    void SetUp() override
-    {
-        if (!server.Unavailable().empty())
-            GTEST_SKIP() << server.Unavailable();
-        home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        fs::create_directories(home.Home() + "/.ssh");
-        fs::copy_file(server.UserKey(), home.Home() + "/.ssh/id_ed25519");
-        WriteFileBytes(home.Home() + "/.ssh/known_hosts", server.KnownHostsLine() + "\n");
-        remote = server.Scratch();
-    }
-
-    platform::Message Request(uint32_t what, const std::string &folder) const
-    {
-        platform::Message request(what);
-        request.AddString("Session", "box");
-        request.AddString("Host", "127.0.0.1");
-        request.AddString("User", SshdServer::User());
-        request.AddString("Password", "");
-        request.AddString("FtpPath", folder);
-        request.AddInt32("Port", int32_t(server.Port()));
-        return request;
-    }
-
     platform::Message Download(const std::string &folder,
                                const std::vector<std::string> &files,
                                const std::vector<std::string> &folders = {}) const
     {
-        platform::Message request = Request(kMsgSftpDownload, folder);
+        platform::Message request = SftpRequest(kMsgSftpDownload, folder);
         for (const std::string &file : files)
             request.AddString("FtpFile", file);
         for (const std::string &each : folders)
@@ -52,7 +28,7 @@ protected:
 
     platform::Message Upload(const std::string &folder, const std::vector<std::string> &paths) const
     {
-        platform::Message request = Request(kMsgSftpUpload, folder);
+        platform::Message request = SftpRequest(kMsgSftpUpload, folder);
         for (const std::string &path : paths)
             request.AddRef("refs", RefFor(path));
         return request;
@@ -62,9 +38,6 @@ protected:
     {
         return control.errors.empty() ? std::string() : control.errors[0].text;
     }
-
-    SshdServer server;
-    std::string remote;
 };
 
 // Each entry below `root` with its permission bits and times to the second.
@@ -86,8 +59,25 @@ std::map<std::string, std::string> Facts(const std::string &root)
     return facts;
 }
 
-// A tree with bits and times of its own on every entry, the deepest first
-// so that making an entry never changes a time set already.
+struct Bits
+{
+    const char *path;
+    mode_t mode;
+};
+
+// Gives each of `rows` below `root` its bits and times of its own, a day
+// apart from `when` on; the deepest first, so that setting a folder's bits
+// never changes a time set already.
+void SetBitsAndTimes(const std::string &root, const std::vector<Bits> &rows, time_t when)
+{
+    for (const Bits &row : rows) {
+        ASSERT_EQ(chmod((root + row.path).c_str(), row.mode), 0);
+        SetTimes(root + row.path, {{when + 7, 0}, {when, 0}});
+        when += 86400;
+    }
+}
+
+// A tree with bits and times of its own on every entry.
 void MakeTree(const std::string &root)
 {
     fs::create_directories(root + "/tree/sub/deeper");
@@ -96,26 +86,16 @@ void MakeTree(const std::string &root)
     WriteFileBytes(root + "/tree/big.bin", RandomBytes(3 * 1024 * 1024 + 17, 1));
     WriteFileBytes(root + "/tree/none", "");
     WriteFileBytes(root + "/tree/sub/deeper/c", RandomBytes(5000, 2));
-    const struct
-    {
-        const char *path;
-        mode_t mode;
-    } rows[] = {
-        {"/tree/sub/deeper/c", 0600},
-        {"/tree/sub/deeper", 0750},
-        {"/tree/sub", 0711},
-        {"/tree/none", 0444},
-        {"/tree/big.bin", 0755},
-        {"/tree/empty", 0700},
-        {"/tree", 0755},
-        {"/top.txt", 0640},
-    };
-    time_t when = 1500000000;
-    for (const auto &row : rows) {
-        ASSERT_EQ(chmod((root + row.path).c_str(), row.mode), 0);
-        SetTimes(root + row.path, {{when + 7, 0}, {when, 0}});
-        when += 86400;
-    }
+    SetBitsAndTimes(root,
+                    {{"/tree/sub/deeper/c", 0600},
+                     {"/tree/sub/deeper", 0750},
+                     {"/tree/sub", 0711},
+                     {"/tree/none", 0444},
+                     {"/tree/big.bin", 0755},
+                     {"/tree/empty", 0700},
+                     {"/tree", 0755},
+                     {"/top.txt", 0640}},
+                    1500000000);
 }
 
 // Gives the owner back every right below `root`, so that the test's
@@ -255,20 +235,12 @@ TEST_F(CopyEngineSftp, AsAUserTheBitsBindReadOnlyTreesTravelAndARefusalIsSaid)
     fs::create_directories(tree + "/shut/inner");
     WriteFileBytes(tree + "/shut/inner/data", RandomBytes(300000, 5));
     WriteFileBytes(tree + "/shut/mine", "mine");
-    const struct
-    {
-        const char *path;
-        mode_t mode;
-    } bits[] = {{"/shut/inner/data", 0444},
-                {"/shut/inner", 0555},
-                {"/shut/mine", 0400},
-                {"/shut", 0500}};
-    time_t when = 1400000000;
-    for (const auto &row : bits) {
-        ASSERT_EQ(chmod((tree + row.path).c_str(), row.mode), 0);
-        SetTimes(tree + row.path, {{when + 5, 0}, {when, 0}});
-        when += 86400;
-    }
+    SetBitsAndTimes(tree,
+                    {{"/shut/inner/data", 0444},
+                     {"/shut/inner", 0555},
+                     {"/shut/mine", 0400},
+                     {"/shut", 0500}},
+                    1400000000);
     std::map<std::string, std::string> facts = Facts(tree);
     Run(Download(tree, {}, {"shut"}), dest);
     EXPECT_TRUE(control.errors.empty()) << FirstError();

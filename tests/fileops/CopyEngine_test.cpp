@@ -3,7 +3,6 @@
 #include "CopyTestSupport.h"
 #include "platform/Node.h"
 
-#include <map>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -255,25 +254,20 @@ TEST_F(CopyEngineTest, MoveToAnotherVolumeRemovesOnlyWhatArrivedWhole)
     EXPECT_FALSE(Exists(dest + "/big"));
 }
 
-TEST_F(CopyEngineTest, LinkRequestPointsAtTheItemsAbsolutePath)
-{
-    WriteFileBytes(src + "/a", "a");
-    fs::create_directory(src + "/d");
-    Run(Request(kMsgCopyRequest, {src + "/a", src + "/d"}, "Link"), dest);
-    EXPECT_EQ(fs::read_symlink(dest + "/a"), src + "/a");
-    EXPECT_EQ(fs::read_symlink(dest + "/d"), src + "/d");
-}
-
-TEST_F(CopyEngineTest, LinksThatCannotBeMadeAreReportedAndTheRestGoesOn)
+// Links point at the items' absolute paths; those that cannot be made are
+// reported and the rest goes on.
+TEST_F(CopyEngineTest, LinksPointAtTheItemsAndThoseThatCannotBeMadeAreReported)
 {
     WriteFileBytes(src + "/a", "a");
     WriteFileBytes(src + "/b", "b");
+    fs::create_directory(src + "/d");
     WriteFileBytes(dest + "/a", "mine");
-    Run(Request(kMsgCopyRequest, {src + "/a", src + "/b"}, "Link"), dest);
+    Run(Request(kMsgCopyRequest, {src + "/a", src + "/b", src + "/d"}, "Link"), dest);
     EXPECT_EQ(control.errors, std::vector<platform::Alert>{kFileExistsAlert});
     EXPECT_FALSE(fs::is_symlink(dest + "/a")) << "a name already taken is not replaced";
     EXPECT_EQ(ReadFileBytes(dest + "/a"), "mine");
     EXPECT_EQ(fs::read_symlink(dest + "/b"), src + "/b");
+    EXPECT_EQ(fs::read_symlink(dest + "/d"), src + "/d");
 
     // A link inside a copied folder meets a name already taken.
     fs::create_directory(src + "/F");

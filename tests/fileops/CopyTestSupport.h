@@ -132,6 +132,26 @@ inline entry_ref RefFor(const std::string &path)
     return ref;
 }
 
+// A request to the FTP server on 127.0.0.1 at `port`, as anonymous.
+inline platform::Message FtpRequest(uint32_t what, unsigned port, const std::string &ftpPath)
+{
+    platform::Message request(what);
+    request.AddString("Host", "127.0.0.1");
+    request.AddString("User", "anonymous");
+    request.AddString("Password", "kestrin@");
+    request.AddString("FtpPath", ftpPath);
+    request.AddInt32("Port", int32_t(port));
+    return request;
+}
+
+inline std::vector<std::string> TextsOf(const std::vector<platform::Alert> &alerts)
+{
+    std::vector<std::string> texts;
+    for (const platform::Alert &alert : alerts)
+        texts.push_back(alert.text);
+    return texts;
+}
+
 inline platform::Message Request(uint32_t what,
                                  const std::vector<std::string> &paths,
                                  const char *typeOfCopy = nullptr)

@@ -5,11 +5,7 @@
 #include "ScriptedServer.h"
 
 #include "fileops/ArchiveCallbacks.h"
-#include "fileops/FileOpsMessages.h"
 #include "fileops/OverWin.h"
-#include "platform/AlertRecorder.h"
-#include "platform/Entry.h"
-#include "support/TempHome.h"
 #include "support/TickGaps.h"
 #include "widgets/StatusBar.h"
 
@@ -24,18 +20,15 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <filesystem>
-#include <functional>
 #include <future>
-#include <gtest/gtest.h>
 #include <optional>
+#include <set>
 #include <thread>
 
 using kestrin::CopyControl;
 using kestrin::CopyWin;
 using kestrin::OverWin;
 using kestrin::StatusBar;
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -238,24 +231,6 @@ TEST(CopyWin, ArchiveCallbacksOnTheWorkerMoveTheBars)
     EXPECT_TRUE(FinishesByItself(second, window));
 }
 
-TEST(CopyWin, AnErrorOfTheEngineIsShownAsAnAlert)
-{
-    TempHome home;
-    platform::AlertRecorder alerts;
-    const std::string root = home.Root();
-    fs::create_directory(root + "/dst");
-    WriteFileBytes(root + "/a", "a");
-    WriteFileBytes(root + "/dst/a", "taken");
-    platform::Message request = Request(kestrin::kMsgCopyRequest, {root + "/a"});
-    request.AddString("TypeOfCopy", "Link");
-
-    QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
-    ASSERT_EQ(alerts.Count(), 1u);
-    EXPECT_EQ(alerts.Shown()[0], kFileExistsAlert);
-    EXPECT_EQ(ReadFileBytes(root + "/dst/a"), "taken");
-}
-
 TEST(CopyWin, PauseHoldsTheWorkerUntilResumedAndStopWakesIt)
 {
     Gate first, second;
@@ -367,38 +342,37 @@ TEST(CopyWin, DestroyingTheWindowReleasesAWaitingWorker)
     delete asking;
     EXPECT_EQ(answer, kestrin::kCancelBatch);
     EXPECT_EQ(OpenQuestion(), nullptr);
-}
 
-// The worker waits for an alert's answer from the GUI thread; deleting the
-// window there (quitting) must end that wait, not wait for it.
-TEST(CopyWin, DestroyingTheWindowReleasesAWorkerWaitingForAnAlert)
-{
-    std::atomic<bool> asking{false};
+    // The worker waits for an alert's answer from the GUI thread; deleting
+    // the window there (quitting) must end that wait, not wait for it.
+    std::atomic<bool> alerting{false};
     int32_t pressed = -1;
     auto job = [&](CopyControl &control) {
-        asking = true;
+        alerting = true;
         pressed = control.FileError(platform::Alert{"", "Error", {"OK"}});
     };
     auto *window = OpenWindow(job);
-    while (!asking)
+    while (!alerting)
         std::this_thread::yield();
     delete window;
     EXPECT_EQ(pressed, 0);
 }
 
-TEST(CopyWin, CopiesAFolderWithTheEngineAskingAboutAnExistingTarget)
+// With no job of its own the window runs the engine for its request: a
+// copy whose question it asks, a pack, a link whose error it shows.
+TEST(CopyWin, RunsTheEngineAsksItsQuestionsAndShowsItsErrors)
 {
     TempHome home;
+    platform::AlertRecorder alerts;
     const std::string root = home.Root();
     fs::create_directories(root + "/src/folder/inner");
     fs::create_directories(root + "/dst/folder");
     WriteFileBytes(root + "/src/folder/a", std::string(100000, 'a'));
     WriteFileBytes(root + "/src/folder/inner/b", "bee");
     WriteFileBytes(root + "/dst/folder/a", "old");
-    platform::Message request = Request(kestrin::kMsgCopyRequest, {root + "/src/folder"});
-    request.AddString("TypeOfCopy", "Copy");
+    const platform::Message copy = Request(kestrin::kMsgCopyRequest, {root + "/src/folder"}, "Copy");
 
-    QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", request, nullptr);
+    QPointer<CopyWin> window = new CopyWin(kFrame, "Copy", root + "/dst", copy, nullptr);
     OverWin *asked = nullptr;
     ASSERT_TRUE(QTest::qWaitFor([&] { return (asked = OpenQuestion()) != nullptr; }));
     EXPECT_FALSE(window->isVisible());
@@ -407,23 +381,22 @@ TEST(CopyWin, CopiesAFolderWithTheEngineAskingAboutAnExistingTarget)
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
     EXPECT_EQ(ReadFileBytes(root + "/dst/folder/a"), std::string(100000, 'a'));
     EXPECT_EQ(ReadFileBytes(root + "/dst/folder/inner/b"), "bee");
-}
 
-TEST(CopyWin, APackRequestPacksIntoTheDestinationAndCloses)
-{
-    TempHome home;
-    const std::string root = home.Root();
-    fs::create_directory(root + "/dst");
     WriteFileBytes(root + "/file", "content");
-    platform::Message request = Request(kestrin::kMsgPackRequest, {root + "/file"});
-    request.AddString("TypeOfCopy", "Pack");
-
-    QPointer<CopyWin> window = new CopyWin(kFrame, "Packing", root + "/dst", request, nullptr);
-    EXPECT_EQ(window->height(), kFrame.height() - 32);
+    const platform::Message pack = Request(kestrin::kMsgPackRequest, {root + "/file"}, "Pack");
+    window = new CopyWin(kFrame, "Packing", root + "/dst", pack, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
-    EXPECT_EQ(std::vector<fs::path>(fs::directory_iterator(root + "/dst"), {}),
-              std::vector<fs::path>{root + "/dst/file.zip"});
+    EXPECT_EQ(std::set<fs::path>(fs::directory_iterator(root + "/dst"), {}),
+              (std::set<fs::path>{root + "/dst/file.zip", root + "/dst/folder"}));
     EXPECT_EQ(ReadFileBytes(root + "/file"), "content");
+
+    const platform::Message link = Request(kestrin::kMsgCopyRequest, {root + "/file"}, "Link");
+    WriteFileBytes(root + "/dst/folder/file", "taken");
+    window = new CopyWin(kFrame, "Copy", root + "/dst/folder", link, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isNull(); }));
+    ASSERT_EQ(alerts.Count(), 1u);
+    EXPECT_EQ(alerts.Shown()[0], kFileExistsAlert);
+    EXPECT_EQ(ReadFileBytes(root + "/dst/folder/file"), "taken");
 }
 
 // How the user leaves a running download: the Stop button, or quitting,
@@ -444,12 +417,7 @@ TEST_P(CopyWinSilentServer, LeavingIsNotHeldUpAndLeavesNothing)
     platform::AlertRecorder alerts;
     const std::string dest = home.Root() + "/dest";
     fs::create_directory(dest);
-    platform::Message request(kestrin::kMsgFtpDownload);
-    request.AddString("Host", "127.0.0.1");
-    request.AddInt32("Port", int32_t(server.Port()));
-    request.AddString("User", "u");
-    request.AddString("Password", "p");
-    request.AddString("FtpPath", "/x");
+    platform::Message request = FtpRequest(kestrin::kMsgFtpDownload, server.Port(), "/x");
     request.AddString("FtpFile", "f");
 
     QPointer<CopyWin> window = new CopyWin(kFrame, "Download", dest, request, nullptr);
@@ -504,15 +472,6 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
     const std::string up = RandomBytes(4 * 1024 * 1024, 2);
     WriteFileBytes(remote + "/down", down);
     WriteFileBytes(local + "/up", up);
-    const auto request = [&](uint32_t what) {
-        platform::Message request(what);
-        request.AddString("Host", "127.0.0.1");
-        request.AddInt32("Port", int32_t(server.Port()));
-        request.AddString("User", "anonymous");
-        request.AddString("Password", "kestrin@");
-        request.AddString("FtpPath", remote);
-        return request;
-    };
     const auto hasBytes = [](const std::string &folder) {
         for (const auto &entry : fs::directory_iterator(folder)) {
             if (entry.is_regular_file() && entry.file_size() > 0)
@@ -521,7 +480,7 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
         return false;
     };
 
-    platform::Message download = request(kestrin::kMsgFtpDownload);
+    platform::Message download = FtpRequest(kestrin::kMsgFtpDownload, server.Port(), remote);
     download.AddString("FtpFile", "down");
     const std::string received = home.Root() + "/received";
     fs::create_directory(received);
@@ -546,7 +505,7 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
     EXPECT_EQ(server.Sessions(), 2u);
 
     fs::remove(remote + "/down");
-    platform::Message upload = request(kestrin::kMsgCopyRequest);
+    platform::Message upload = FtpRequest(kestrin::kMsgCopyRequest, server.Port(), remote);
     upload.AddRef("refs", RefFor(local + "/up"));
     upload.AddString("Session", "site.ftp");
     window = new CopyWin(kFrame, "Upload", remote, upload, nullptr);
@@ -567,10 +526,7 @@ TEST(CopyWin, ADroppedConnectionIsTakenUpAgainAndALostServerLeavesNoPartialFile)
     TickGaps::OffTheWindowThread([&] { server.Stop(); });
     ASSERT_TRUE(ended(window));
     EXPECT_TRUE(fs::is_empty(received));
-    std::vector<std::string> texts;
-    for (const platform::Alert &alert : alerts.Shown())
-        texts.push_back(alert.text);
-    EXPECT_EQ(texts,
+    EXPECT_EQ(TextsOf(alerts.Shown()),
               std::vector<std::string>{
                   "Kestrin did not download \"again\": the connection to the server was lost."});
     EXPECT_LT(longestPause, TickGaps::kBlockedMs);

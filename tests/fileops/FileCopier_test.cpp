@@ -5,7 +5,6 @@
 #include "support/SmallVolume.h"
 
 #include <QProcess>
-#include <fcntl.h>
 #include <fstream>
 #include <linux/fiemap.h>
 #include <linux/fs.h>
@@ -18,14 +17,6 @@
 using namespace kestrin;
 
 namespace {
-
-std::string Pattern(size_t size)
-{
-    std::string data(size, '\0');
-    for (size_t i = 0; i < size; i++)
-        data[i] = char((i * 31 + i / 4096) % 253);
-    return data;
-}
 
 // Whether every extent of the file is shared with another file (FIEMAP).
 bool AllExtentsShared(const std::string &path)
@@ -56,7 +47,7 @@ using FileCopierTest = CopyTest;
 
 TEST_F(FileCopierTest, StopLeavesNoPartialTargetAndEndsTheBatch)
 {
-    WriteFileBytes(src + "/big", Pattern(3 * 1024 * 1024));
+    WriteFileBytes(src + "/big", RandomBytes(3 * 1024 * 1024, 1));
     WriteFileBytes(src + "/next", "next");
     control.stopAfterChunks = 2;
     Run(Request(kMsgCopyRequest, {src + "/big", src + "/next"}), dest);
@@ -67,7 +58,7 @@ TEST_F(FileCopierTest, StopLeavesNoPartialTargetAndEndsTheBatch)
 
 TEST_F(FileCopierTest, ASourceThatChangesWhileCopiedIsCopiedToItsEnd)
 {
-    const std::string original = Pattern(2 * 1024 * 1024);
+    const std::string original = RandomBytes(2 * 1024 * 1024, 2);
     WriteFileBytes(src + "/shrinks", original);
     WriteFileBytes(src + "/grows", original);
     control.onChunk = [&](size_t count) {
@@ -111,8 +102,8 @@ TEST_F(FileCopierTest, AFullVolumeRefusesOrCleansUp)
     const std::string &small = volume.Path();
 
     // 256 blocks of 4 KiB, 128 kept spare: 100 KiB fit, 600 KiB do not.
-    WriteFileBytes(src + "/fits", Pattern(100 * 1024));
-    WriteFileBytes(src + "/large", Pattern(600 * 1024));
+    WriteFileBytes(src + "/fits", RandomBytes(100 * 1024, 3));
+    WriteFileBytes(src + "/large", RandomBytes(600 * 1024, 4));
     EXPECT_TRUE(KestrinEntry(src + "/fits").CopyTo(small, nullptr, nullptr));
     EXPECT_EQ(alerts.Count(), 0u);
     EXPECT_FALSE(KestrinEntry(src + "/large").CopyTo(small, nullptr, nullptr));
@@ -130,7 +121,7 @@ TEST_F(FileCopierTest, AFullVolumeRefusesOrCleansUp)
     EXPECT_FALSE(Exists(small + "/large"));
 
     // Without the check, the volume fills up in the middle of the data.
-    WriteFileBytes(src + "/overflow", Pattern(2 * 1024 * 1024));
+    WriteFileBytes(src + "/overflow", RandomBytes(2 * 1024 * 1024, 5));
     KestrinEntry overflow(src + "/overflow");
     FileCopier copier(&control, nullptr);
     EXPECT_EQ(copier.CopyFile(overflow, RefFor(small + "/overflow"), false), B_DEVICE_FULL);
@@ -156,7 +147,7 @@ TEST_F(FileCopierTest, AVolumeThatSharesExtentsGetsTheBytesAsSharedExtentsInOneS
     const std::shared_ptr<void> unmount(nullptr,
                                         [&](void *) { umount2(volume.c_str(), MNT_DETACH); });
 
-    const std::string original = Pattern(3 * 1024 * 1024);
+    const std::string original = RandomBytes(3 * 1024 * 1024, 6);
     WriteFileBytes(volume + "/big", original);
     fs::create_directory(volume + "/copy");
     ASSERT_TRUE(KestrinEntry(volume + "/big").CopyTo(volume + "/copy", &control, nullptr));

@@ -1,8 +1,8 @@
 #include "fileops/GetInfo.h"
 
+#include "CopyTestSupport.h"
 #include "fileops/AttributeView.h"
 #include "platform/Node.h"
-#include "support/TempHome.h"
 
 #include <QLabel>
 #include <QMimeDatabase>
@@ -10,12 +10,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <cstring>
-#include <ctime>
-#include <filesystem>
-#include <gtest/gtest.h>
-#include <sys/time.h>
 
-namespace fs = std::filesystem;
 using kestrin::GetInfo;
 
 namespace {
@@ -53,20 +48,6 @@ QStringList Attributes(const GetInfo &window)
     return rows;
 }
 
-void SetModified(const std::string &path, int year, int month, int day, int hour, int minute)
-{
-    struct tm local = {};
-    local.tm_year = year - 1900;
-    local.tm_mon = month - 1;
-    local.tm_mday = day;
-    local.tm_hour = hour;
-    local.tm_min = minute;
-    local.tm_isdst = -1;
-    const time_t when = mktime(&local);
-    const struct timeval times[2] = {{when, 0}, {when, 0}};
-    ASSERT_EQ(lutimes(path.c_str(), times), 0);
-}
-
 template<typename T>
 void WriteTyped(platform::Node &node, const char *name, type_code type, T value)
 {
@@ -80,7 +61,8 @@ TEST(GetInfo, AFileWithTypedAttributesAndPlainXattrs)
     TempHome home;
     const std::string path = home.Root() + "/data";
     WriteFileBytes(path, std::string("\x01\x02\x03\x04\x00\xff", 6) + std::string(2042, 'x'));
-    SetModified(path, 2000, 1, 10, 12, 0);
+    home.SetEnv("TZ", "UTC");
+    SetModified(path, 947505600); // 2000-01-10 12:00:00
     platform::Node node(path);
     ASSERT_EQ(node.WriteAttrString("Mail:subject", "Hello there"), B_OK);
     WriteTyped<int32_t>(node, "Media:Rating", B_INT32_TYPE, -42);

@@ -6,7 +6,6 @@
 #include "fileops/OverwritePolicy.h"
 #include "platform/Node.h"
 
-#include <map>
 #include <sys/xattr.h>
 
 using namespace kestrin;
@@ -52,9 +51,7 @@ TEST_F(KestrinEntryTest, CopiesAFolderTreeWithAttributesModesAndLinks)
     chmod((src + "/ro.txt").c_str(), 0444);
     const std::string longName(255, 'n');
     WriteFileBytes(src + "/" + longName, "long");
-    std::string big(1024 * 1024 + 3, '\0');
-    for (size_t i = 0; i < big.size(); i++)
-        big[i] = char(i * 7 % 251);
+    const std::string big = RandomBytes(1024 * 1024 + 3, 7);
     WriteFileBytes(src + "/sub/b.bin", big);
     fs::create_symlink("a.txt", src + "/rel");
     fs::create_symlink(home.Root() + "/missing", src + "/gone");

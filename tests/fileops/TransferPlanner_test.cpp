@@ -5,6 +5,7 @@
 #include "fileops/TransferPlanner.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <string>
 
 using namespace kestrin;
@@ -40,9 +41,14 @@ FtpSession Session(const std::string &name)
     return session;
 }
 
+bool OnAServer(Kind kind)
+{
+    return kind == Kind::FtpFolder || kind == Kind::SftpFolder;
+}
+
 TransferPlace PlaceOf(Kind kind, const std::string &folder)
 {
-    if (kind == Kind::FtpFolder || kind == Kind::SftpFolder)
+    if (OnAServer(kind))
         return {kind, folder, Session(folder == "/pub" ? "target" : "origin")};
     return {kind, folder, {}};
 }
@@ -89,35 +95,25 @@ std::string Describe(const TransferPlan &plan)
 {
     if (plan.Refused())
         return "refused [" + plan.refusal->title + "] " + plan.refusal->text;
+    const std::map<uint32_t, std::string> verbs = {{kMsgFtpDownload, "download"},
+                                                   {kMsgSftpDownload, "sftp-download"},
+                                                   {kMsgSftpUpload, "sftp-upload"},
+                                                   {kMsgPackRequest, "pack"},
+                                                   {kMsgUnpackRequest, "unpack"}};
     std::string text = plan.title + ":";
     for (const TransferPlan::Step &step : plan.steps) {
         std::string type;
         step.request.FindString("TypeOfCopy", &type);
-        switch (step.request.what) {
-        case kMsgFtpDownload:
-            text += " download";
-            break;
-        case kMsgSftpDownload:
-            text += " sftp-download";
-            break;
-        case kMsgSftpUpload:
-            text += " sftp-upload";
-            break;
-        case kMsgPackRequest:
-            text += " pack";
-            break;
-        case kMsgUnpackRequest:
-            text += " unpack";
-            break;
-        case kMsgCopyRequest:
+        const auto verb = verbs.find(step.request.what);
+        if (verb != verbs.end())
+            text += " " + verb->second;
+        else if (step.request.what == kMsgCopyRequest)
             text += step.request.HasField("Session") ? " upload"
                     : type == "Move"                 ? " move"
                     : type == "Link"                 ? " link"
                                                      : " copy";
-            break;
-        default:
+        else
             text += " ?";
-        }
         if (step.takes != TransferPlan::Stage::None)
             text += std::string("(") + StageName(step.takes) + ")";
         text += ">";
@@ -125,6 +121,17 @@ std::string Describe(const TransferPlan &plan)
         text += ";";
     }
     return text;
+}
+
+// The plan of `request` from `fromFolder` in a place of kind `from`, described.
+std::string PlanText(const platform::Message &request,
+                     Kind from,
+                     const std::string &fromFolder,
+                     Kind to,
+                     const std::string &toFolder)
+{
+    return Describe(
+        TransferPlanner::Plan(request, PlaceOf(from, fromFolder), PlaceOf(to, toFolder)));
 }
 
 struct Pairing
@@ -144,69 +151,45 @@ std::string Refused(const std::string &title, const std::string &text)
 
 TEST(TransferPlanner, DecidesEveryPairingOfPlacesAndOperations)
 {
+    using enum Kind;
+    using enum Operation;
     std::vector<Pairing> rows = {
-        {Kind::Folder, Kind::Folder, Operation::Copy, "Copy: copy>/dst;"},
-        {Kind::Folder, Kind::Folder, Operation::Move, "Copy: move>/dst;"},
-        {Kind::Folder, Kind::Folder, Operation::Link, "Copy: link>/dst;"},
-        {Kind::Folder, Kind::Folder, Operation::Pack, "Packing: pack>/dst;"},
-        {Kind::Folder, Kind::Folder, Operation::Unpack, Refused("Unpacking", kUnpack)},
-        {Kind::Folder, Kind::FtpFolder, Operation::Copy, "Upload: upload>/pub;"},
-        {Kind::Folder, Kind::FtpFolder, Operation::Move, Refused("Move", kMoveToServer)},
-        {Kind::Folder, Kind::FtpFolder, Operation::Link, Refused("Link", kLink)},
-        {Kind::Folder,
-         Kind::FtpFolder,
-         Operation::Pack,
-         "Packing: pack>packed; upload(packed)>/pub;"},
-        {Kind::Folder, Kind::FtpFolder, Operation::Unpack, Refused("Unpacking", kUnpack)},
+        {Folder, Folder, Copy, "Copy: copy>/dst;"},
+        {Folder, Folder, Move, "Copy: move>/dst;"},
+        {Folder, Folder, Link, "Copy: link>/dst;"},
+        {Folder, Folder, Pack, "Packing: pack>/dst;"},
+        {Folder, Folder, Unpack, Refused("Unpacking", kUnpack)},
+        {Folder, FtpFolder, Copy, "Upload: upload>/pub;"},
+        {Folder, FtpFolder, Move, Refused("Move", kMoveToServer)},
+        {Folder, FtpFolder, Link, Refused("Link", kLink)},
+        {Folder, FtpFolder, Pack, "Packing: pack>packed; upload(packed)>/pub;"},
+        {Folder, FtpFolder, Unpack, Refused("Unpacking", kUnpack)},
 
-        {Kind::Archive, Kind::Folder, Operation::Copy, "Unpacking: unpack>/dst;"},
-        {Kind::Archive, Kind::Folder, Operation::Move, Refused("Move", kMoveFromArchive)},
-        {Kind::Archive, Kind::Folder, Operation::Link, Refused("Link", kLink)},
-        {Kind::Archive,
-         Kind::Folder,
-         Operation::Pack,
-         "Packing: unpack>fetched; pack(fetched)>/dst;"},
-        {Kind::Archive, Kind::Folder, Operation::Unpack, "Unpacking: unpack>/dst;"},
-        {Kind::Archive,
-         Kind::FtpFolder,
-         Operation::Copy,
-         "Unpacking: unpack>fetched; upload(fetched)>/pub;"},
-        {Kind::Archive, Kind::FtpFolder, Operation::Move, Refused("Move", kMoveFromArchive)},
-        {Kind::Archive, Kind::FtpFolder, Operation::Link, Refused("Link", kLink)},
-        {Kind::Archive,
-         Kind::FtpFolder,
-         Operation::Pack,
+        {Archive, Folder, Copy, "Unpacking: unpack>/dst;"},
+        {Archive, Folder, Move, Refused("Move", kMoveFromArchive)},
+        {Archive, Folder, Link, Refused("Link", kLink)},
+        {Archive, Folder, Pack, "Packing: unpack>fetched; pack(fetched)>/dst;"},
+        {Archive, Folder, Unpack, "Unpacking: unpack>/dst;"},
+        {Archive, FtpFolder, Copy, "Unpacking: unpack>fetched; upload(fetched)>/pub;"},
+        {Archive, FtpFolder, Move, Refused("Move", kMoveFromArchive)},
+        {Archive, FtpFolder, Link, Refused("Link", kLink)},
+        {Archive,
+         FtpFolder,
+         Pack,
          "Packing: unpack>fetched; pack(fetched)>packed; upload(packed)>/pub;"},
-        {Kind::Archive,
-         Kind::FtpFolder,
-         Operation::Unpack,
-         "Unpacking: unpack>fetched; upload(fetched)>/pub;"},
+        {Archive, FtpFolder, Unpack, "Unpacking: unpack>fetched; upload(fetched)>/pub;"},
 
-        {Kind::FtpFolder, Kind::Folder, Operation::Copy, "Download: download>/dst;"},
-        {Kind::FtpFolder, Kind::Folder, Operation::Move, Refused("Move", kMoveFromServer)},
-        {Kind::FtpFolder, Kind::Folder, Operation::Link, Refused("Link", kLink)},
-        {Kind::FtpFolder,
-         Kind::Folder,
-         Operation::Pack,
-         "Packing: download>fetched; pack(fetched)>/dst;"},
-        {Kind::FtpFolder, Kind::Folder, Operation::Unpack, Refused("Unpacking", kUnpack)},
+        {FtpFolder, Folder, Copy, "Download: download>/dst;"},
+        {FtpFolder, Folder, Move, Refused("Move", kMoveFromServer)},
+        {FtpFolder, Folder, Link, Refused("Link", kLink)},
+        {FtpFolder, Folder, Pack, "Packing: download>fetched; pack(fetched)>/dst;"},
+        {FtpFolder, Folder, Unpack, Refused("Unpacking", kUnpack)},
     };
-    const Operation operations[] = {Operation::Copy,
-                                    Operation::Move,
-                                    Operation::Link,
-                                    Operation::Pack,
-                                    Operation::Unpack};
     // Query results hold entries on disk: out of them is as out of a folder.
-    const size_t folderRows = 10;
-    for (size_t i = 0; i < folderRows; i++) {
-        Pairing row = rows[i];
-        row.from = Kind::QueryResults;
-        rows.push_back(row);
-    }
+    for (size_t i = 0; i < 10; i++)
+        rows.push_back({QueryResults, rows[i].to, rows[i].operation, rows[i].expected});
     // An SFTP folder plans as an FTP folder does, with requests of its own.
     const auto sftp = [](std::string text) {
-        if (text.starts_with("refused"))
-            return text;
         for (const char *verb : {" download", " upload"}) {
             const std::string from = verb;
             const std::string to = " sftp-" + from.substr(1);
@@ -216,40 +199,33 @@ TEST(TransferPlanner, DecidesEveryPairingOfPlacesAndOperations)
         return text;
     };
     for (size_t i = 0, count = rows.size(); i < count; i++) {
-        Pairing row = rows[i];
-        if (row.from != Kind::FtpFolder && row.to != Kind::FtpFolder)
-            continue;
-        row.from = row.from == Kind::FtpFolder ? Kind::SftpFolder : row.from;
-        row.to = row.to == Kind::FtpFolder ? Kind::SftpFolder : row.to;
-        row.expected = sftp(row.expected);
-        rows.push_back(row);
+        const Pairing row = rows[i];
+        if (row.from == FtpFolder || row.to == FtpFolder)
+            rows.push_back(
+                {row.from == FtpFolder ? SftpFolder : row.from,
+                 row.to == FtpFolder ? SftpFolder : row.to,
+                 row.operation,
+                 row.expected.starts_with("refused") ? row.expected : sftp(row.expected)});
     }
-    const Kind kinds[] = {Kind::Folder,
-                          Kind::QueryResults,
-                          Kind::FtpFolder,
-                          Kind::Archive,
-                          Kind::SftpFolder};
-    for (Operation operation : operations) {
-        for (Kind from : {Kind::FtpFolder, Kind::SftpFolder})
-            for (Kind to : {Kind::FtpFolder, Kind::SftpFolder})
+    for (Operation operation : {Copy, Move, Link, Pack, Unpack}) {
+        for (Kind from : {FtpFolder, SftpFolder})
+            for (Kind to : {FtpFolder, SftpFolder})
                 rows.push_back({from, to, operation, Refused("Foo", kServerToServer)});
-        for (Kind from : kinds) {
-            rows.push_back({from, Kind::QueryResults, operation, Refused("foo", kQueryRefusal)});
-            rows.push_back({from, Kind::Archive, operation, Refused("foo", kArchiveRefusal)});
+        for (Kind from : {Folder, QueryResults, FtpFolder, Archive, SftpFolder}) {
+            rows.push_back({from, QueryResults, operation, Refused("foo", kQueryRefusal)});
+            rows.push_back({from, Archive, operation, Refused("foo", kArchiveRefusal)});
         }
     }
     ASSERT_EQ(rows.size(), 5u * 5u * 5u);
     for (const Pairing &row : rows) {
-        const auto server = [](Kind kind) {
-            return kind == Kind::FtpFolder || kind == Kind::SftpFolder;
-        };
-        const TransferPlan plan = TransferPlanner::Plan(RequestOf(row.from, row.operation),
-                                                        PlaceOf(row.from,
-                                                                server(row.from) ? "/src" : "/a"),
-                                                        PlaceOf(row.to,
-                                                                server(row.to) ? "/pub" : "/dst"));
-        EXPECT_EQ(Describe(plan), row.expected) << "from " << int(row.from) << " to " << int(row.to)
-                                                << ", operation " << int(row.operation);
+        EXPECT_EQ(PlanText(RequestOf(row.from, row.operation),
+                           row.from,
+                           OnAServer(row.from) ? "/src" : "/a",
+                           row.to,
+                           OnAServer(row.to) ? "/pub" : "/dst"),
+                  row.expected)
+            << "from " << int(row.from) << " to " << int(row.to) << ", operation "
+            << int(row.operation);
     }
 }
 
@@ -263,12 +239,11 @@ TEST(TransferPlanner, StepsCarryTheTargetServerAndNameTheirZip)
     const platform::Message &upload = plan.steps[1].request;
     std::string text;
     int32_t port = 0;
-    EXPECT_EQ(upload.FindString("Session", &text), B_OK);
-    EXPECT_EQ(text, "target");
-    EXPECT_EQ(upload.FindString("FtpPath", &text), B_OK);
-    EXPECT_EQ(text, "/pub");
-    EXPECT_EQ(upload.FindString("Password", &text), B_OK);
-    EXPECT_EQ(text, "guest@");
+    for (const auto &[field, value] :
+         {std::pair{"Session", "target"}, {"FtpPath", "/pub"}, {"Password", "guest@"}}) {
+        EXPECT_EQ(upload.FindString(field, &text), B_OK) << field;
+        EXPECT_EQ(text, value);
+    }
     EXPECT_EQ(upload.FindInt32("Port", &port), B_OK);
     EXPECT_EQ(port, 2121);
     EXPECT_FALSE(upload.HasField("refs")) << "the packed zip is found when the step starts";
@@ -302,27 +277,19 @@ TEST(TransferPlanner, TheRootRefusesAndADropLandsInItsFolder)
     const std::string root = Refused("Warning",
                                      "Sorry can't copy files or folders to the root of the file "
                                      "system!");
-    for (Kind from : {Kind::Folder, Kind::FtpFolder, Kind::Archive}) {
-        EXPECT_EQ(Describe(TransferPlanner::Plan(RequestOf(from, Operation::Pack),
-                                                 PlaceOf(from, "/a"),
-                                                 PlaceOf(Kind::Folder, "/"))),
-                  root);
-    }
+    for (Kind from : {Kind::Folder, Kind::FtpFolder, Kind::Archive})
+        EXPECT_EQ(PlanText(RequestOf(from, Operation::Pack), from, "/a", Kind::Folder, "/"), root);
     // The root of a server is a folder like any other.
-    EXPECT_EQ(Describe(TransferPlanner::Plan(RequestOf(Kind::Folder, Operation::Copy),
-                                             PlaceOf(Kind::Folder, "/a"),
-                                             PlaceOf(Kind::FtpFolder, "/"))),
+    EXPECT_EQ(PlanText(RequestOf(Kind::Folder, Operation::Copy),
+                       Kind::Folder,
+                       "/a",
+                       Kind::FtpFolder,
+                       "/"),
               "Upload: upload>/;");
 
     platform::Message drop = RequestOf(Kind::Folder, Operation::Move);
     drop.AddString("DropFolder", "/dst/inner");
-    EXPECT_EQ(Describe(TransferPlanner::Plan(drop,
-                                             PlaceOf(Kind::Folder, "/a"),
-                                             PlaceOf(Kind::Folder, "/dst"))),
-              "Copy: move>/dst/inner;");
+    EXPECT_EQ(PlanText(drop, Kind::Folder, "/a", Kind::Folder, "/dst"), "Copy: move>/dst/inner;");
     drop.ReplaceString("DropFolder", 0, "/");
-    EXPECT_EQ(Describe(TransferPlanner::Plan(drop,
-                                             PlaceOf(Kind::Folder, "/a"),
-                                             PlaceOf(Kind::Folder, "/dst"))),
-              root);
+    EXPECT_EQ(PlanText(drop, Kind::Folder, "/a", Kind::Folder, "/dst"), root);
 }

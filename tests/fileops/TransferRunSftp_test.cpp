@@ -2,8 +2,7 @@
 // OpenSSH's sshd on 127.0.0.1: members of an archive onto the server, files
 // on it packed into a local zip. Nothing of the work folder stays.
 
-#include "CopyTestSupport.h"
-#include "SshdServer.h"
+#include "SftpCopyTest.h"
 
 #include "fileops/TransferPlanner.h"
 #include "fileops/TransferRun.h"
@@ -13,20 +12,9 @@ using namespace kestrin;
 
 namespace {
 
-class TransferRunSftp : public CopyTest
+class TransferRunSftp : public SftpCopyTest
 {
 protected:
-    void SetUp() override
-    {
-        if (!server.Unavailable().empty())
-            GTEST_SKIP() << server.Unavailable();
-        home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        fs::create_directories(home.Home() + "/.ssh");
-        fs::copy_file(server.UserKey(), home.Home() + "/.ssh/id_ed25519");
-        WriteFileBytes(home.Home() + "/.ssh/known_hosts", server.KnownHostsLine() + "\n");
-        remote = server.Scratch();
-    }
-
     TransferPlace Server(const std::string &folder) const
     {
         FtpSession session;
@@ -49,8 +37,6 @@ protected:
             << "the work folder goes";
     }
 
-    SshdServer server;
-    std::string remote;
     const std::string big = RandomBytes(3 * 1024 * 1024, 9);
 };
 
@@ -78,13 +64,7 @@ TEST_F(TransferRunSftp, ArchiveMembersGoUpAndServerFilesComeDownIntoAZip)
     EXPECT_EQ(control.batches.back().text, "2 Files or Directories");
 
     // The same files packed from the server into a zip named after its folder.
-    platform::Message pack(kMsgPackRequest);
-    pack.AddString("Session", "box");
-    pack.AddString("Host", "127.0.0.1");
-    pack.AddString("User", SshdServer::User());
-    pack.AddString("Password", "");
-    pack.AddInt32("Port", int32_t(server.Port()));
-    pack.AddString("FtpPath", remote + "/up");
+    platform::Message pack = SftpRequest(kMsgPackRequest, remote + "/up");
     pack.AddString("FtpFile", "a-big.bin");
     pack.AddString("FtpDir", "docs");
     pack.AddString("TypeOfCopy", "Pack");

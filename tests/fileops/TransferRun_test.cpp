@@ -144,12 +144,7 @@ TEST_F(TransferRunTest, FilesOnTheServerPackedIntoALocalZip)
     fs::create_directory(upload + "/tree");
     WriteFileBytes(upload + "/tree/big.bin", big);
     SetModified(upload + "/one.txt", 1500000000);
-    platform::Message pack(kMsgPackRequest);
-    pack.AddString("Host", "127.0.0.1");
-    pack.AddString("User", "anonymous");
-    pack.AddString("Password", "kestrin@");
-    pack.AddString("FtpPath", upload);
-    pack.AddInt32("Port", int32_t(server.Port()));
+    platform::Message pack = FtpRequest(kMsgPackRequest, server.Port(), upload);
     pack.AddString("FtpFile", "one.txt");
     pack.AddString("FtpDir", "tree");
     pack.AddString("TypeOfCopy", "Pack");

@@ -81,9 +81,7 @@ protected:
         fs::create_directories(Home() + "/one");
         fs::create_directories(Home() + "/two/sub");
         WriteFileBytes(Home() + "/one/note.txt", "words");
-        Profile("NumPanes", "2");
-        Profile("Pane0", Home());
-        Profile("Pane1", Home());
+        PanesOn({Home(), Home()});
         Start();
     }
 
@@ -174,13 +172,8 @@ TEST_F(FileManagerBusTest, ShowFoldersShowItemsAndPropertiesReachTheFocusedPane)
     EXPECT_TRUE(WaitFor([&] { return Selected(1) == Home() + "/two/sub"; })) << Selected(1);
 
     Call("ShowItemProperties", {Uri(Home() + "/one/note.txt")});
-    const auto infos = [] {
-        int count = 0;
-        for (QWidget *window : QApplication::topLevelWidgets())
-            count += qobject_cast<kestrin::GetInfo *>(window) != nullptr && window->isVisible();
-        return count;
-    };
-    EXPECT_TRUE(WaitFor([&] { return infos() == 1; })) << infos();
+    EXPECT_TRUE(WaitFor([] { return Shown<kestrin::GetInfo>().size() == 1; }))
+        << Shown<kestrin::GetInfo>().size();
     EXPECT_EQ(List(1)->CurrentPath(), Home() + "/two") << "properties leave the pane as it is";
     EXPECT_EQ(fAlerts.Count(), 0u);
 }
@@ -189,9 +182,7 @@ TEST_F(FileManagerBusTest, ASecondStartHandsItsFolderToTheFirstAndEnds)
 {
     Serve();
     QProcess second;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("DBUS_SESSION_BUS_ADDRESS", fAddress);
-    second.setProcessEnvironment(environment);
+    second.setProcessEnvironment(OnTheBus());
     second.setWorkingDirectory(QString::fromStdString(Home()));
     // A relative path is the second start's, resolved where it was started.
     second.start(KESTRIN_EXECUTABLE, {"one", Uri(Home() + "/two")});
@@ -205,10 +196,6 @@ TEST_F(FileManagerBusTest, ASecondStartHandsItsFolderToTheFirstAndEnds)
     // As on a first start, the last argument is the one left shown.
     EXPECT_TRUE(WaitFor([&] { return Shows(0, Home() + "/two"); })) << List(0)->CurrentPath();
 }
-
-} // namespace
-
-namespace {
 
 TEST_F(FileManagerBusTest, TheRunningKestrinAnswersBeforeItAlertsAboutAMissingFolder)
 {

@@ -323,10 +323,6 @@ TEST_F(KestrinWindowTest, FtpConnectionsOpensTheSessionsWindowOnTheWindow)
     EXPECT_EQ(fAlerts.Count(), 0u);
 }
 
-} // namespace
-
-namespace {
-
 TEST_F(KestrinWindowTest, AddOnsRunOnTheSelection)
 {
     const std::string addOns = fHome.Root() + "/data/kestrin/add-ons/Tracker";
@@ -335,8 +331,7 @@ TEST_F(KestrinWindowTest, AddOnsRunOnTheSelection)
     fHome.SetEnv("XDG_DATA_HOME", fHome.Root() + "/data");
     fs::create_directories(Home() + "/work");
     WriteFileBytes(Home() + "/work/paper.txt", "words");
-    Profile("NumPanes", "1");
-    Profile("Pane0", Home() + "/work");
+    PanesOn({Home() + "/work"});
     KestrinWindow &window = Start();
 
     const auto *menu = window.menuBar()->findChild<QMenu *>("Add-Ons");
@@ -370,9 +365,7 @@ TEST_F(KestrinWindowTest, PanesOnAnUnmountedVolumeGoHome)
     if (mount("kestrin-test", point.c_str(), "tmpfs", 0, "size=64k") != 0)
         GTEST_SKIP() << "tmpfs cannot be mounted here";
     WriteFileBytes(point + "/on-the-volume", "v");
-    Profile("NumPanes", "2");
-    Profile("Pane0", point);
-    Profile("Pane1", Home());
+    PanesOn({point, Home()});
     KestrinWindow &window = Start();
     ASSERT_EQ(List(0)->CurrentPath(), point);
     umount2(point.c_str(), MNT_DETACH);

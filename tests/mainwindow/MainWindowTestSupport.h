@@ -9,6 +9,7 @@
 #include "panes/DirListItem.h"
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
+#include "panes/MarkedList.h"
 #include "platform/AlertRecorder.h"
 #include "platform/Entry.h"
 #include "platform/LaunchRecorder.h"
@@ -20,6 +21,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -52,6 +54,14 @@ protected:
     }
     std::string Home() const { return fHome.Home(); }
 
+    // One pane on each folder, in order.
+    void PanesOn(const std::vector<std::string> &folders)
+    {
+        Profile("NumPanes", std::to_string(folders.size()));
+        for (size_t i = 0; i < folders.size(); i++)
+            Profile("Pane" + std::to_string(i), folders[i]);
+    }
+
     // Starts Kestrin and waits until every pane has listed its folder.
     kestrin::KestrinWindow &Start()
     {
@@ -81,6 +91,26 @@ protected:
         list->setFocus();
         ASSERT_TRUE(WaitFor([&] { return list->FindItem(name) >= 0; })) << name;
         list->Select(list->FindItem(name));
+    }
+
+    std::set<std::string> Marked(size_t pane)
+    {
+        std::set<std::string> names;
+        for (const kestrin::DirListItem *row : List(pane)->Marked().Rows())
+            names.insert(row->Name());
+        return names;
+    }
+
+    // The visible top-level windows of a kind.
+    template<typename Window>
+    static std::vector<Window *> Shown()
+    {
+        std::vector<Window *> found;
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (auto *window = qobject_cast<Window *>(widget); window && window->isVisible())
+                found.push_back(window);
+        }
+        return found;
     }
 
     std::vector<std::string> ProfileLines()
@@ -116,9 +146,7 @@ protected:
     {
         fs::create_directories(Left());
         fs::create_directories(Right());
-        Profile("NumPanes", "2");
-        Profile("Pane0", Left());
-        Profile("Pane1", Right());
+        PanesOn({Left(), Right()});
     }
     std::string Left() const { return fHome.Root() + "/left"; }
     std::string Right() const { return fHome.Root() + "/right"; }

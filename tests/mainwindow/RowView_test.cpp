@@ -83,9 +83,7 @@ TEST_F(RowViewTest, HiddenFilesArePerPaneAndKeptOutsideTheProfile)
     fs::create_directories(box + "/.git");
     WriteFileBytes(box + "/.profile", "x");
     WriteFileBytes(box + "/plain", "x");
-    Profile("NumPanes", "2");
-    Profile("Pane0", box);
-    Profile("Pane1", box);
+    PanesOn({box, box});
     const std::vector<std::string> all{"..", ".git", ".profile", "plain"};
     const std::vector<std::string> shown{"..", "plain"};
     const auto itemChecked = [this] {

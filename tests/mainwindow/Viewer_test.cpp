@@ -47,9 +47,7 @@ TEST_F(ViewerFromPaneTest, F3OpensTextsImagesAndOtherFilesInTheViewer)
     WriteFileBytes(folder + "/readme.txt", "hello\n");
     WriteFileBytes(folder + "/a.zip", std::string("PK\x05\x06", 4) + std::string(18, '\0'));
     QImage(12, 8, QImage::Format_RGB32).save(QString::fromStdString(folder + "/p.png"));
-    Profile("NumPanes", "2");
-    Profile("Pane0", folder);
-    Profile("Pane1", Home());
+    PanesOn({folder, Home()});
     Start();
 
     kestrin::ViewerWindow *text = ViewWith("readme.txt");
@@ -92,8 +90,7 @@ TEST_F(ViewerFromPaneTest, APipeIsAFileToF3TheFooterAndGetInfo)
     fs::create_directories(folder);
     WriteFileBytes(folder + "/notes.txt", "words\n");
     MakeFifo(folder + "/pipe");
-    Profile("NumPanes", "1");
-    Profile("Pane0", folder);
+    PanesOn({folder});
     Start();
     EXPECT_EQ(fKestrin->Window()->Panes().at(0)->Footer()->Text(),
               "0 of 0k in 0 of 2 files selected");
@@ -108,12 +105,8 @@ TEST_F(ViewerFromPaneTest, APipeIsAFileToF3TheFooterAndGetInfo)
     // Get Info works the kind out afresh, which must not read the pipe.
     SelectIn(0, "pipe");
     fKestrin->Window()->OpenInfoWindows(List(0));
-    kestrin::GetInfo *info = nullptr;
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (auto *window = qobject_cast<kestrin::GetInfo *>(widget); window && window->isVisible())
-            info = window;
-    }
-    ASSERT_NE(info, nullptr);
+    ASSERT_EQ(Shown<kestrin::GetInfo>().size(), 1u);
+    kestrin::GetInfo *info = Shown<kestrin::GetInfo>().front();
     EXPECT_EQ(info->windowTitle(), "pipe Info");
     EXPECT_EQ(info->findChild<QLabel *>("kind")->text(),
               QMimeDatabase().mimeTypeForName("inode/fifo").comment());

@@ -227,28 +227,15 @@ TEST_F(FilesTest, DroppedEntriesAreCopiedOrMoved)
     fs::create_directories(Right() + "/sub");
     Start();
 
-    const auto drop =
-        [this](const std::vector<std::string> &paths, Qt::DropAction action, QPoint at) {
-            kestrin::DirView *target = List(1);
-            QMimeData data;
-            QList<QUrl> urls;
-            for (const std::string &path : paths)
-                urls << QUrl::fromLocalFile(QString::fromStdString(path));
-            data.setUrls(urls);
-            QDragEnterEvent enter(at, action, &data, Qt::LeftButton, Qt::NoModifier);
-            QApplication::sendEvent(target->viewport(), &enter);
-            QDropEvent dropped(at, action, &data, Qt::LeftButton, Qt::NoModifier);
-            dropped.setDropAction(action);
-            QApplication::sendEvent(target->viewport(), &dropped);
-        };
+    QWidget *target = List(1)->viewport();
     // Below the rows: into the pane's folder.
-    drop({fHome.Root() + "/outside"}, Qt::CopyAction, QPoint(50, List(1)->viewport()->height() - 5));
+    DropPaths(target, {fHome.Root() + "/outside"}, Qt::CopyAction, QPoint(50, target->height() - 5));
     EXPECT_TRUE(WaitFor([&] { return fs::exists(Right() + "/outside"); }));
     EXPECT_TRUE(fs::exists(fHome.Root() + "/outside"));
 
     // On a folder row: into that folder.
     const QRect sub = List(1)->ItemFrame(List(1)->FindItem("sub"));
-    drop({Left() + "/moved"}, Qt::MoveAction, sub.center());
+    DropPaths(target, {Left() + "/moved"}, Qt::MoveAction, sub.center());
     EXPECT_TRUE(WaitFor([&] { return fs::exists(Right() + "/sub/moved"); }));
     EXPECT_TRUE(WaitFor([&] { return !fs::exists(Left() + "/moved"); }));
 }

@@ -43,25 +43,10 @@ TEST_F(KestrinWindowTest, FirstStartShowsTwoPanesOnHomeAndWritesTheProfile)
         EXPECT_EQ(pane->List()->CurrentPath(), Home());
     EXPECT_EQ(window.GetFocusedPane(), window.Panes().front());
 
-    const std::vector<std::string> expected = {"Left",
-                                               "Top",
-                                               "Width",
-                                               "Height",
-                                               "bCaseSensitiveSort",
-                                               "NumPanes",
-                                               "Pane0",
-                                               "Pane0_Sort",
-                                               "Pane0_Mode",
-                                               "Pane0_Type",
-                                               "Pane1",
-                                               "Pane1_Sort",
-                                               "Pane1_Mode",
-                                               "Pane1_Type",
-                                               "Column1",
-                                               "Column2",
-                                               "Column3",
-                                               "Column4"};
-    EXPECT_EQ(ProfileLines(), expected);
+    EXPECT_EQ(ProfileKeys(),
+              "Left Top Width Height bCaseSensitiveSort NumPanes "
+              "Pane0 Pane0_Sort Pane0_Mode Pane0_Type Pane1 Pane1_Sort Pane1_Mode Pane1_Type "
+              "Column1 Column2 Column3 Column4 ");
     EXPECT_EQ(ProfileValue("NumPanes"), "2");
     EXPECT_EQ(ProfileValue("Pane1"), Home());
     EXPECT_EQ(ProfileValue("Column1"), "108");

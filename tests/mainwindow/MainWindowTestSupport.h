@@ -16,12 +16,15 @@
 #include "support/TempHome.h"
 
 #include <QApplication>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QTest>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -30,6 +33,24 @@ namespace fs = std::filesystem;
 inline bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 15000)
 {
     return QTest::qWaitFor(condition, timeoutMs);
+}
+
+// Drops the paths on a widget as another application's drag would.
+inline void DropPaths(QWidget *onto,
+                      const std::vector<std::string> &paths,
+                      Qt::DropAction action,
+                      QPoint at)
+{
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const std::string &path : paths)
+        urls << QUrl::fromLocalFile(QString::fromStdString(path));
+    data.setUrls(urls);
+    QDragEnterEvent enter(at, action, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(onto, &enter);
+    QDropEvent dropped(at, action, &data, Qt::LeftButton, Qt::NoModifier);
+    dropped.setDropAction(action);
+    QApplication::sendEvent(onto, &dropped);
 }
 
 class KestrinFixture : public ::testing::Test
@@ -113,21 +134,15 @@ protected:
         return found;
     }
 
-    std::vector<std::string> ProfileLines()
+    // The profile's keys, in the order of its lines, each followed by a space.
+    std::string ProfileKeys()
     {
-        const auto text = ReadFileBytes(fHome.ConfigDir() + "/Kestrin/Kestrin.pref");
-        std::vector<std::string> keys;
-        if (!text)
-            return keys;
-        size_t start = 0;
-        while (start < text->size()) {
-            const size_t end = text->find('\n', start);
-            const std::string line = text->substr(start, end - start);
+        std::string keys;
+        const std::string pref = fHome.ConfigDir() + "/Kestrin/Kestrin.pref";
+        std::istringstream lines(ReadFileBytes(pref).value_or(""));
+        for (std::string line; std::getline(lines, line);) {
             if (!line.empty())
-                keys.push_back(line.substr(0, line.find('=')));
-            if (end == std::string::npos)
-                break;
-            start = end + 1;
+                keys += line.substr(0, line.find('=')) + " ";
         }
         return keys;
     }

@@ -104,8 +104,7 @@ TEST_F(RowViewTest, HiddenFilesArePerPaneAndKeptOutsideTheProfile)
     QTest::keyClick(List(0), Qt::Key_1, Qt::ControlModifier);
     window.close();
     fKestrin.reset();
-    for (const std::string &key : ProfileLines())
-        EXPECT_EQ(key.find("Hidden"), std::string::npos) << key;
+    EXPECT_EQ(ProfileKeys().find("Hidden"), std::string::npos) << ProfileKeys();
     EXPECT_EQ(kestrin::SideFile::Read("Kestrin.extras").Get("HiddenPane0"), "hidden");
 
     Start();

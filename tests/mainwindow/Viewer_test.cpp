@@ -70,14 +70,11 @@ TEST_F(ViewerFromPaneTest, F3OpensTextsImagesAndOtherFilesInTheViewer)
     // Entries dropped on a viewer go to the focused pane, not the viewer.
     fs::create_directories(Home() + "/elsewhere");
     WriteFileBytes(Home() + "/elsewhere/dropped.txt", "x");
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(QString::fromStdString(Home() + "/elsewhere/dropped.txt"))});
     // Onto the text, as a user drops: the window takes what its views do not.
-    QWidget *onto = text->TextView()->viewport();
-    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(onto, &enter);
-    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(onto, &drop);
+    DropPaths(text->TextView()->viewport(),
+              {Home() + "/elsewhere/dropped.txt"},
+              Qt::CopyAction,
+              QPoint(5, 5));
     kestrin::DirView *list = fKestrin->Window()->GetFocusedPane()->List();
     EXPECT_TRUE(WaitFor(
         [&] { return list->CurrentPath() == Home() + "/elsewhere" && !list->IsListing(); }));

@@ -84,22 +84,12 @@ TEST_F(FtpPanesTest, ConnectTransferDisconnectAndComeBackAtStartUp)
     EXPECT_EQ(CopyTitle(), "Upload");
     EXPECT_TRUE(relisted.wait(15000));
 
-    window.SaveSettings();
-    EXPECT_EQ(ProfileValue("Pane0"), "site");
-    EXPECT_EQ(ProfileValue("Pane1"), Local());
-
     // The focused pane leaves the server for the folder it stood in.
-    window.FocusPane(window.Panes()[0]);
-    platform::Message disconnect(kestrin::kCmdDisconnectFtp);
-    window.MessageReceived(disconnect);
-    ASSERT_TRUE(HeaderIs(0, Local()));
-    EXPECT_FALSE(List(0)->Source().IsRemote());
-
-    fKestrin.reset();
-    Start();
-    EXPECT_TRUE(List(0)->Source().IsRemote());
-    EXPECT_TRUE(WaitFor([&] { return Header(0) == "ftp: " + Upload(); }));
-    EXPECT_TRUE(fAlerts.Shown().empty());
+    ExpectKeptAndConnectedAgain("site", "ftp: " + Upload(), [&] {
+        window.FocusPane(window.Panes()[0]);
+        platform::Message disconnect(kestrin::kCmdDisconnectFtp);
+        window.MessageReceived(disconnect);
+    });
 }
 
 // Packing or unpacking into a pane on the server goes through a work folder

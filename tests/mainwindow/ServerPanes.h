@@ -43,6 +43,25 @@ protected:
         return WaitFor([&] { return Header(pane) == header && !List(pane)->IsListing(); });
     }
 
+    // Pane 0, on the server, is kept in the profile as `kept`; `leave` takes
+    // it back to the local folder, and the next start connects it again.
+    void ExpectKeptAndConnectedAgain(const std::string &kept,
+                                     const std::string &header,
+                                     const std::function<void()> &leave)
+    {
+        fKestrin->Window()->SaveSettings();
+        EXPECT_EQ(ProfileValue("Pane0"), kept);
+        EXPECT_EQ(ProfileValue("Pane1"), Local());
+        leave();
+        ASSERT_TRUE(HeaderIs(0, Local())) << Header(0);
+        EXPECT_FALSE(List(0)->Source().IsRemote());
+        fKestrin.reset();
+        Start();
+        EXPECT_TRUE(List(0)->Source().IsRemote());
+        EXPECT_TRUE(HeaderIs(0, header)) << Header(0);
+        EXPECT_TRUE(fAlerts.Shown().empty());
+    }
+
     // The title of the copy window shown now, or "".
     static QString CopyTitle()
     {

@@ -41,7 +41,7 @@ protected:
 
 TEST_F(SftpPanesTest, ConnectGoBackAndForthDisconnectAndComeBackAtStartUp)
 {
-    kestrin::KestrinWindow &window = Start();
+    Start();
     OpenSession(0, "box.sftp");
     const std::string top = "sftp: " + fServer.Scratch();
     ASSERT_TRUE(HeaderIs(0, top)) << Header(0);
@@ -53,19 +53,9 @@ TEST_F(SftpPanesTest, ConnectGoBackAndForthDisconnectAndComeBackAtStartUp)
     QTest::keyClick(List(0), Qt::Key_Right, Qt::AltModifier);
     EXPECT_TRUE(HeaderIs(0, top + "/inner")) << Header(0);
 
-    window.SaveSettings();
-    EXPECT_EQ(ProfileValue("Pane0"), "box.sftp");
-    EXPECT_EQ(ProfileValue("Pane1"), Local());
-
-    QTest::keyClick(List(0), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
-    ASSERT_TRUE(HeaderIs(0, Local())) << Header(0);
-    EXPECT_FALSE(List(0)->Source().IsRemote());
-
-    fKestrin.reset();
-    Start();
-    EXPECT_TRUE(List(0)->Source().IsRemote());
-    EXPECT_TRUE(HeaderIs(0, top)) << Header(0);
-    EXPECT_TRUE(fAlerts.Shown().empty());
+    ExpectKeptAndConnectedAgain("box.sftp", top, [&] {
+        QTest::keyClick(List(0), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    });
 }
 
 // F3 on a file of the server shows it as on an FTP pane; F4 still says why

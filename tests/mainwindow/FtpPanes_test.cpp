@@ -187,10 +187,10 @@ TEST_F(FtpPanesTest, BackAndForwardOnAServerKeepTheConnection)
     EXPECT_EQ(conversation(), first);
     // The place gone back to speaks through the same conversation: its
     // lines reach the log once, not once more for each place followed.
-    const size_t before = fKestrin->Window()->Panes().at(0)->Log()->toPlainText().count("CWD ");
+    const auto log = [&] { return fKestrin->Window()->Panes().at(0)->Log()->toPlainText(); };
+    const size_t before = log().count("CWD ");
     keyTo(Qt::Key_Right, "ftp: " + Upload() + "/inner");
-    EXPECT_EQ(fKestrin->Window()->Panes().at(0)->Log()->toPlainText().count("CWD "), before + 1)
-        << fKestrin->Window()->Panes().at(0)->Log()->toPlainText().toStdString();
+    EXPECT_EQ(log().count("CWD "), before + 1) << log().toStdString();
     keyTo(Qt::Key_Left, "ftp: " + Upload());
     keyTo(Qt::Key_Left, Local());
     EXPECT_EQ(conversation(), nullptr);

@@ -49,24 +49,26 @@ TEST_F(FilesTest, CopyMoveFolderRenameAndTrashByKeys)
     EXPECT_TRUE(WaitFor([&] { return List(0)->FindItem("b") < 0; }));
 
     // F7: "New Folder", renamed in place at once.
+    const auto renameField = [&] {
+        return List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    };
     List(0)->setFocus();
     QTest::keyClick(List(0), Qt::Key_F7);
     ASSERT_TRUE(fs::is_directory(Left() + "/New Folder"));
-    auto *field = List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    QLineEdit *field = renameField();
     ASSERT_NE(field, nullptr);
     EXPECT_EQ(field->text(), "New Folder");
     field->setText("made");
     QTest::keyClick(field, Qt::Key_Return);
     EXPECT_TRUE(WaitFor([&] { return fs::is_directory(Left() + "/made"); }));
     QTest::keyClick(List(0), Qt::Key_F7);
-    QTest::keyClick(List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>(),
-                    Qt::Key_Escape);
+    QTest::keyClick(renameField(), Qt::Key_Escape);
     QTest::keyClick(List(0), Qt::Key_F7);
     EXPECT_TRUE(fs::is_directory(Left() + "/New Folder 2"));
 
     SelectIn(0, "d");
     QTest::keyClick(List(0), Qt::Key_F6, Qt::ShiftModifier);
-    field = List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    field = renameField();
     field->setText("e");
     QTest::keyClick(field, Qt::Key_Return);
     EXPECT_TRUE(WaitFor([&] { return fs::exists(Left() + "/e") && !fs::exists(Left() + "/d"); }));

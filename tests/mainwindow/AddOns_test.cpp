@@ -240,18 +240,17 @@ TEST_F(AddOnsTest, MakeArchivePacksTheSelectionBesideItUnderAFreeName)
     const entry_ref folder = RefOf(work);
     const std::vector<std::string> expected = {"first file.txt", "folder", "top link"};
 
-    const auto pack = [&] {
-        const auto outcome = RunAddOnAndWait(KESTRIN_MAKEARCHIVE, folder, entries);
-        ASSERT_TRUE(outcome);
-        ASSERT_EQ(outcome->kind, AddOnOutcome::Kind::Done) << outcome->message;
-    };
-    pack();
+    std::optional<AddOnOutcome> outcome = RunAddOnAndWait(KESTRIN_MAKEARCHIVE, folder, entries);
+    ASSERT_TRUE(outcome);
+    ASSERT_EQ(outcome->kind, AddOnOutcome::Kind::Done) << outcome->message;
     const std::string archive = work + "/first file.txt.zip";
     EXPECT_EQ(TopNames(archive), expected);
 
     // The name is taken: the next archive gets a number, the first stays.
     const std::optional<std::string> before = ReadFileBytes(archive);
-    pack();
+    outcome = RunAddOnAndWait(KESTRIN_MAKEARCHIVE, folder, entries);
+    ASSERT_TRUE(outcome);
+    ASSERT_EQ(outcome->kind, AddOnOutcome::Kind::Done) << outcome->message;
     EXPECT_EQ(ReadFileBytes(archive), before);
     EXPECT_EQ(TopNames(work + "/first file.txt 2.zip"), expected);
 }

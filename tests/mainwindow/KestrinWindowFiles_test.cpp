@@ -5,7 +5,6 @@
 #include "fileops/ArchiveReader.h"
 #include "fileops/Trash.h"
 #include "mainwindow/WindowMessages.h"
-#include "panes/DirPane.h"
 #include "panes/KsHeader.h"
 #include "panes/PaneMessages.h"
 #include "fileops/CopyWin.h"
@@ -16,12 +15,10 @@
 #include "support/TestArchives.h"
 
 #include <QAbstractButton>
-#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QFrame>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMimeData>
 #include <QPushButton>
 
 namespace {

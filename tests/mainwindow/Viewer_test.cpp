@@ -11,11 +11,8 @@
 #include "viewer/TextPager.h"
 #include "viewer/ViewerWindow.h"
 
-#include <QDropEvent>
 #include <QImage>
 #include <QLabel>
-#include <QMenuBar>
-#include <QMimeData>
 #include <QMimeDatabase>
 
 namespace {

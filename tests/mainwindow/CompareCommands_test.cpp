@@ -4,10 +4,8 @@
 #include "MainWindowTestSupport.h"
 
 #include "panes/KsFtr.h"
-#include "panes/MarkedList.h"
 #include "support/TestArchives.h"
 
-#include <set>
 #include <utime.h>
 
 namespace {
@@ -26,14 +24,6 @@ protected:
         WriteFileBytes(path, data);
         const utimbuf times{modified, modified};
         ASSERT_EQ(utime(path.c_str(), &times), 0);
-    }
-
-    std::set<std::string> Marked(size_t pane)
-    {
-        std::set<std::string> names;
-        for (const kestrin::DirListItem *row : List(pane)->Marked().Rows())
-            names.insert(row->Name());
-        return names;
     }
 
     void Press(Qt::KeyboardModifiers keys)
@@ -59,9 +49,7 @@ TEST_F(CompareFoldersTest, BySizeAndTimeByContentAndInAnArchive)
     }
     fs::create_directories(Side(0) + "/folderleft");
     WriteTestArchive(Side(0) + "/bundle.zip", "zip", {{"same", block}, {"extra", "x"}});
-    Profile("NumPanes", "2");
-    Profile("Pane0", Side(0));
-    Profile("Pane1", Side(1));
+    PanesOn({Side(0), Side(1)});
     Start();
     List(0)->Marked().Mark(1, List(0)->CountItems() - 1);
 

@@ -81,9 +81,7 @@ protected:
         fs::create_directories(Home() + "/one");
         fs::create_directories(Home() + "/two/sub");
         WriteFileBytes(Home() + "/one/note.txt", "words");
-        Profile("NumPanes", "2");
-        Profile("Pane0", Home());
-        Profile("Pane1", Home());
+        PanesOn({Home(), Home()});
         Start();
     }
 
@@ -174,13 +172,8 @@ TEST_F(FileManagerBusTest, ShowFoldersShowItemsAndPropertiesReachTheFocusedPane)
     EXPECT_TRUE(WaitFor([&] { return Selected(1) == Home() + "/two/sub"; })) << Selected(1);
 
     Call("ShowItemProperties", {Uri(Home() + "/one/note.txt")});
-    const auto infos = [] {
-        int count = 0;
-        for (QWidget *window : QApplication::topLevelWidgets())
-            count += qobject_cast<kestrin::GetInfo *>(window) != nullptr && window->isVisible();
-        return count;
-    };
-    EXPECT_TRUE(WaitFor([&] { return infos() == 1; })) << infos();
+    EXPECT_TRUE(WaitFor([] { return Shown<kestrin::GetInfo>().size() == 1; }))
+        << Shown<kestrin::GetInfo>().size();
     EXPECT_EQ(List(1)->CurrentPath(), Home() + "/two") << "properties leave the pane as it is";
     EXPECT_EQ(fAlerts.Count(), 0u);
 }
@@ -189,9 +182,7 @@ TEST_F(FileManagerBusTest, ASecondStartHandsItsFolderToTheFirstAndEnds)
 {
     Serve();
     QProcess second;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("DBUS_SESSION_BUS_ADDRESS", fAddress);
-    second.setProcessEnvironment(environment);
+    second.setProcessEnvironment(OnTheBus());
     second.setWorkingDirectory(QString::fromStdString(Home()));
     // A relative path is the second start's, resolved where it was started.
     second.start(KESTRIN_EXECUTABLE, {"one", Uri(Home() + "/two")});
@@ -205,10 +196,6 @@ TEST_F(FileManagerBusTest, ASecondStartHandsItsFolderToTheFirstAndEnds)
     // As on a first start, the last argument is the one left shown.
     EXPECT_TRUE(WaitFor([&] { return Shows(0, Home() + "/two"); })) << List(0)->CurrentPath();
 }
-
-} // namespace
-
-namespace {
 
 TEST_F(FileManagerBusTest, TheRunningKestrinAnswersBeforeItAlertsAboutAMissingFolder)
 {
@@ -250,47 +237,37 @@ TEST_F(FileManagerBusTest, ASecondStartNeverOpensAWindowBesideTheOneHoldingTheNa
     EXPECT_TRUE(refused.err.contains("Kestrin")) << refused.err.toStdString();
 }
 
+// Help and the version are answered without the running Kestrin, and need
+// neither a bus nor a display: a terminal over ssh has neither.
 TEST_F(FileManagerBusTest, HelpVersionAndUnknownOptionsAreAnsweredWithoutTheRunningKestrin)
 {
     Serve();
-    const SecondStart help = StartAgain({"--help"}, OnTheBus());
-    EXPECT_EQ(help.exitCode, 0) << help.err.toStdString();
-    EXPECT_TRUE(help.out.startsWith("Usage: kestrin")) << help.out.toStdString();
-    EXPECT_TRUE(StartAgain({"-h"}, OnTheBus()).out.startsWith("Usage: kestrin"));
-
-    const SecondStart version = StartAgain({"--version"}, OnTheBus());
-    EXPECT_EQ(version.exitCode, 0) << version.err.toStdString();
-    EXPECT_EQ(version.out.toStdString(), kVersionLine.toStdString());
-
-    const SecondStart unknown = StartAgain({QString::fromStdString(Home() + "/one"), "--frobnicate"},
-                                           OnTheBus());
-    EXPECT_NE(unknown.exitCode, 0);
-    EXPECT_TRUE(unknown.err.contains("--frobnicate")) << unknown.err.toStdString();
-    EXPECT_TRUE(unknown.out.isEmpty()) << unknown.out.toStdString();
-
-    for (const SecondStart &start : {help, version, unknown})
-        EXPECT_FALSE(start.wroteSettings);
-    EXPECT_EQ(fAlerts.Count(), 0u) << "the running Kestrin was handed an option";
-    EXPECT_EQ(List(0)->CurrentPath(), Home());
-}
-
-// Help and the version need neither a bus nor a display: a terminal over ssh
-// has neither.
-TEST(KestrinStart, HelpAndVersionNeedNoBusAndNoDisplay)
-{
     QTemporaryDir runtime;
     QProcessEnvironment bare = QProcessEnvironment::systemEnvironment();
     for (const char *name :
          {"DBUS_SESSION_BUS_ADDRESS", "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         bare.remove(name);
     bare.insert("XDG_RUNTIME_DIR", runtime.path());
-    const SecondStart help = StartAgain({"--help"}, bare);
-    EXPECT_EQ(help.exitCode, 0) << help.err.toStdString();
-    EXPECT_TRUE(help.out.contains("--version")) << help.out.toStdString();
-    EXPECT_FALSE(help.wroteSettings);
-    const SecondStart version = StartAgain({"--version"}, bare);
-    EXPECT_EQ(version.exitCode, 0) << version.err.toStdString();
-    EXPECT_EQ(version.out.toStdString(), kVersionLine.toStdString());
+    for (const QProcessEnvironment &environment : {OnTheBus(), bare}) {
+        const SecondStart help = StartAgain({"--help"}, environment);
+        EXPECT_EQ(help.exitCode, 0) << help.err.toStdString();
+        EXPECT_TRUE(help.out.startsWith("Usage: kestrin")) << help.out.toStdString();
+        EXPECT_TRUE(help.out.contains("--version")) << help.out.toStdString();
+        const SecondStart version = StartAgain({"--version"}, environment);
+        EXPECT_EQ(version.exitCode, 0) << version.err.toStdString();
+        EXPECT_EQ(version.out.toStdString(), kVersionLine.toStdString());
+        EXPECT_FALSE(help.wroteSettings || version.wroteSettings);
+    }
+    EXPECT_TRUE(StartAgain({"-h"}, OnTheBus()).out.startsWith("Usage: kestrin"));
+
+    const SecondStart unknown = StartAgain({QString::fromStdString(Home() + "/one"), "--frobnicate"},
+                                           OnTheBus());
+    EXPECT_NE(unknown.exitCode, 0);
+    EXPECT_TRUE(unknown.err.contains("--frobnicate")) << unknown.err.toStdString();
+    EXPECT_TRUE(unknown.out.isEmpty()) << unknown.out.toStdString();
+    EXPECT_FALSE(unknown.wroteSettings);
+    EXPECT_EQ(fAlerts.Count(), 0u) << "the running Kestrin was handed an option";
+    EXPECT_EQ(List(0)->CurrentPath(), Home());
 }
 
 } // namespace

@@ -2,18 +2,17 @@
 // the pane logs in with the keyring's password and so do the download and
 // the upload it starts, while the session's file holds no password.
 
-#include "MainWindowTestSupport.h"
 #include "PrivateKeyring.h"
 #include "RealServers.h"
+#include "ServerPanes.h"
 
 #include "ftp/FtpSession.h"
 #include "ftp/SessionPassword.h"
-#include "mainwindow/WindowMessages.h"
 #include "widgets/StatusLog.h"
 
 namespace {
 
-class FtpKeyringTest : public KestrinFixture
+class FtpKeyringTest : public ServerPaneFixture
 {
 protected:
     void SetUp() override
@@ -22,13 +21,10 @@ protected:
             GTEST_SKIP() << fKeyring.Unavailable();
         if (!fServer.Unavailable().empty())
             GTEST_SKIP() << fServer.Unavailable();
-        fs::create_directories(Local());
+        TwoPanesOnLocal();
         WriteFileBytes(Local() + "/up.txt", "up");
         fs::create_directories(Pub());
         WriteFileBytes(Pub() + "/down.txt", "down");
-        Profile("NumPanes", "2");
-        Profile("Pane0", Local());
-        Profile("Pane1", Local());
         kestrin::FtpSession session;
         session.name = "site";
         session.host = "127.0.0.1";
@@ -39,7 +35,6 @@ protected:
         ASSERT_EQ(kestrin::SessionPassword::Keep(session, "secret"), "");
         ASSERT_TRUE(session.Write());
     }
-    std::string Local() const { return fHome.Root() + "/local"; }
     std::string Pub() const { return fServer.Root() + "/pub"; }
 
     PrivateKeyring fKeyring;
@@ -56,10 +51,7 @@ TEST_F(FtpKeyringTest, ThePaneAndItsTransfersLogInWithTheKeyringsPassword)
                   + "\nUser=kestrin\nPass=\nRemoteDir=/pub\nLocalDir=\n");
 
     kestrin::KestrinWindow &window = Start();
-    window.FocusPane(window.Panes()[0]);
-    platform::Message open(kestrin::kMsgOpenFtpSession);
-    open.AddString("session", "site.ftp");
-    window.MessageReceived(open);
+    OpenSession(0, "site.ftp");
     ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("down.txt") > 0; }, 30000))
         << window.Panes()[0]->Log()->toPlainText().toStdString();
 

@@ -2,37 +2,28 @@
 // transfers and the pane listing again after one, and the pane kept in the
 // profile as its session and connected again at start-up.
 
-#include "MainWindowTestSupport.h"
 #include "RealServers.h"
+#include "ServerPanes.h"
 
-#include "fileops/CopyWin.h"
 #include "ftp/FtpSession.h"
-#include "mainwindow/ViewFromServer.h"
-#include "mainwindow/WindowMessages.h"
 #include "panes/FtpSource.h"
-#include "panes/KsHeader.h"
-#include "widgets/StatusLog.h"
 #include "support/TestArchives.h"
-#include "viewer/TextPager.h"
-#include "viewer/ViewerWindow.h"
+#include "widgets/StatusLog.h"
 
 #include <QSignalSpy>
 
 namespace {
 
-class FtpPanesTest : public KestrinFixture
+class FtpPanesTest : public ServerPaneFixture
 {
 protected:
     void SetUp() override
     {
         if (!fServer.Unavailable().empty())
             GTEST_SKIP() << fServer.Unavailable();
-        fs::create_directories(Local());
+        TwoPanesOnLocal();
         WriteFileBytes(Local() + "/up.txt", "up");
         WriteFileBytes(Upload() + "/down.txt", "down");
-        Profile("NumPanes", "2");
-        Profile("Pane0", Local());
-        Profile("Pane1", Local());
         kestrin::FtpSession session;
         session.name = "site";
         session.host = "127.0.0.1";
@@ -41,31 +32,12 @@ protected:
         session.remoteDir = Upload();
         ASSERT_TRUE(session.Write());
     }
-    std::string Local() const { return fHome.Root() + "/local"; }
     std::string Upload() const { return fServer.Root() + "/upload"; }
-    // Starts Kestrin and connects a pane to the stored session.
     kestrin::KestrinWindow &StartOnServer(size_t pane)
     {
         kestrin::KestrinWindow &window = Start();
-        window.FocusPane(window.Panes()[pane]);
-        platform::Message open(kestrin::kMsgOpenFtpSession);
-        open.AddString("session", "site.ftp");
-        window.MessageReceived(open);
+        OpenSession(pane, "site.ftp");
         return window;
-    }
-    std::string Header(size_t pane)
-    {
-        return fKestrin->Window()->Panes().at(pane)->Header()->Text();
-    }
-
-    // The title of the copy window shown now, or "".
-    static QString CopyTitle()
-    {
-        for (QWidget *window : QApplication::topLevelWidgets()) {
-            if (qobject_cast<kestrin::CopyWin *>(window) != nullptr)
-                return window->windowTitle();
-        }
-        return {};
     }
 
     VsftpdServer fServer;
@@ -73,40 +45,14 @@ protected:
 
 } // namespace
 
-// F3 on a server's file shows it: downloaded with the copy window into a
-// private temporary folder, which goes when the viewer closes; a download
-// that brings nothing opens no viewer and leaves no folder.
+// A download for F3 that brings nothing opens no viewer and leaves no folder.
 TEST_F(FtpPanesTest, F3ViewsAServersFileFromATemporaryCopy)
 {
     WriteFileBytes(Upload() + "/notes.txt", "remote words\n");
     WriteFileBytes(Upload() + "/gone.txt", "soon gone\n");
     kestrin::KestrinWindow &window = StartOnServer(0);
     ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("gone.txt") > 0; }));
-    const auto viewer = [&]() -> kestrin::ViewerWindow * {
-        for (auto *each : window.findChildren<kestrin::ViewerWindow *>()) {
-            if (each->isVisible())
-                return each;
-        }
-        return nullptr;
-    };
-
-    SelectIn(0, "notes.txt");
-    QTest::keyClick(List(0), Qt::Key_F3);
-    EXPECT_EQ(CopyTitle(), "Download");
-    ASSERT_TRUE(WaitFor([&] { return viewer() != nullptr; }));
-    kestrin::ViewerWindow *shown = viewer();
-    EXPECT_EQ(shown->windowTitle(), "notes.txt");
-    ASSERT_NE(shown->TextView(), nullptr);
-    EXPECT_TRUE(WaitFor([&] { return shown->TextView()->ShownRows().value(0) == "remote words"; }));
-    auto *copy = shown->findChild<kestrin::ViewFromServer *>();
-    ASSERT_NE(copy, nullptr);
-    const std::string folder = copy->Folder();
-    EXPECT_EQ(fs::status(folder).permissions() & fs::perms::all, fs::perms::owner_all);
-    EXPECT_EQ(ReadFileBytes(folder + "/notes.txt"), "remote words\n");
-    EXPECT_FALSE(fs::exists(Local() + "/notes.txt")) << "nothing lands in a pane's folder";
-    shown->close();
-    EXPECT_TRUE(WaitFor([&] { return !fs::exists(folder); }));
-    EXPECT_TRUE(fAlerts.Shown().empty());
+    ExpectViewedFromATemporaryCopy("notes.txt", "remote words\n");
 
     fs::remove(Upload() + "/gone.txt");
     SelectIn(0, "gone.txt");
@@ -115,7 +61,7 @@ TEST_F(FtpPanesTest, F3ViewsAServersFileFromATemporaryCopy)
     ASSERT_NE(pending, nullptr);
     const std::string unused = pending->Folder();
     EXPECT_TRUE(WaitFor([&] { return CopyTitle().isEmpty() && !fs::exists(unused); }));
-    EXPECT_EQ(viewer(), nullptr);
+    EXPECT_EQ(Viewer(), nullptr);
     EXPECT_FALSE(fAlerts.Shown().empty()) << "the failed download says so";
 }
 
@@ -138,22 +84,12 @@ TEST_F(FtpPanesTest, ConnectTransferDisconnectAndComeBackAtStartUp)
     EXPECT_EQ(CopyTitle(), "Upload");
     EXPECT_TRUE(relisted.wait(15000));
 
-    window.SaveSettings();
-    EXPECT_EQ(ProfileValue("Pane0"), "site");
-    EXPECT_EQ(ProfileValue("Pane1"), Local());
-
     // The focused pane leaves the server for the folder it stood in.
-    window.FocusPane(window.Panes()[0]);
-    platform::Message disconnect(kestrin::kCmdDisconnectFtp);
-    window.MessageReceived(disconnect);
-    ASSERT_TRUE(WaitFor([&] { return Header(0) == Local() && !List(0)->IsListing(); }));
-    EXPECT_FALSE(List(0)->Source().IsRemote());
-
-    fKestrin.reset();
-    Start();
-    EXPECT_TRUE(List(0)->Source().IsRemote());
-    EXPECT_TRUE(WaitFor([&] { return Header(0) == "ftp: " + Upload(); }));
-    EXPECT_TRUE(fAlerts.Shown().empty());
+    ExpectKeptAndConnectedAgain("site", "ftp: " + Upload(), [&] {
+        window.FocusPane(window.Panes()[0]);
+        platform::Message disconnect(kestrin::kCmdDisconnectFtp);
+        window.MessageReceived(disconnect);
+    });
 }
 
 // Packing or unpacking into a pane on the server goes through a work folder
@@ -198,9 +134,6 @@ TEST_F(FtpPanesTest, PackingAndUnpackingIntoAServerPaneLandOnTheServer)
     ASSERT_TRUE(WaitFor([&] { return List(1)->FindItem("up.txt.zip") > 0; }));
 }
 
-// Back and Forward on a server go through the pane's connection while it
-// lasts, and make one anew, straight to the folder kept, after the pane has
-// left the server.
 // Tab goes from a server's pane straight to the other pane, as between two
 // folders: its log is no stop on the way, in either direction.
 TEST_F(FtpPanesTest, TabGoesFromAServersPaneToTheOtherPane)
@@ -229,6 +162,9 @@ TEST_F(FtpPanesTest, TabGoesFromAServersPaneToTheOtherPane)
     }
 }
 
+// Back and Forward on a server go through the pane's connection while it
+// lasts, and make one anew, straight to the folder kept, after the pane has
+// left the server.
 TEST_F(FtpPanesTest, BackAndForwardOnAServerKeepTheConnection)
 {
     fs::create_directories(Upload() + "/inner");
@@ -239,8 +175,7 @@ TEST_F(FtpPanesTest, BackAndForwardOnAServerKeepTheConnection)
     };
     const auto keyTo = [&](Qt::Key key, const std::string &header) {
         QTest::keyClick(List(0), key, Qt::AltModifier);
-        EXPECT_TRUE(WaitFor([&] { return Header(0) == header && !List(0)->IsListing(); }))
-            << Header(0) << " instead of " << header;
+        EXPECT_TRUE(HeaderIs(0, header)) << Header(0) << " instead of " << header;
     };
     ASSERT_TRUE(WaitFor([&] { return List(0)->FindItem("inner") > 0; }));
     const kestrin::FtpConversation *first = conversation();
@@ -252,10 +187,10 @@ TEST_F(FtpPanesTest, BackAndForwardOnAServerKeepTheConnection)
     EXPECT_EQ(conversation(), first);
     // The place gone back to speaks through the same conversation: its
     // lines reach the log once, not once more for each place followed.
-    const size_t before = fKestrin->Window()->Panes().at(0)->Log()->toPlainText().count("CWD ");
+    const auto log = [&] { return fKestrin->Window()->Panes().at(0)->Log()->toPlainText(); };
+    const size_t before = log().count("CWD ");
     keyTo(Qt::Key_Right, "ftp: " + Upload() + "/inner");
-    EXPECT_EQ(fKestrin->Window()->Panes().at(0)->Log()->toPlainText().count("CWD "), before + 1)
-        << fKestrin->Window()->Panes().at(0)->Log()->toPlainText().toStdString();
+    EXPECT_EQ(log().count("CWD "), before + 1) << log().toStdString();
     keyTo(Qt::Key_Left, "ftp: " + Upload());
     keyTo(Qt::Key_Left, Local());
     EXPECT_EQ(conversation(), nullptr);

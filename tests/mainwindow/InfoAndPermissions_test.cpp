@@ -28,8 +28,7 @@ protected:
     void SetUp() override
     {
         fs::create_directories(Folder());
-        Profile("NumPanes", "1");
-        Profile("Pane0", Folder());
+        PanesOn({Folder()});
     }
     std::string Folder() const { return fHome.Root() + "/work"; }
 
@@ -52,46 +51,33 @@ protected:
         struct stat info;
         return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : mode_t(-1);
     }
-    template<typename Window>
-    static std::vector<Window *> Windows()
-    {
-        std::vector<Window *> found;
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (auto *window = qobject_cast<Window *>(widget); window && window->isVisible())
-                found.push_back(window);
-        }
-        return found;
-    }
 };
 
-TEST_F(InfoTest, PermissionsComeAfterGetInfoInTheFileMenu)
-{
-    Start();
-    QStringList labels;
-    for (QAction *action : fKestrin->Window()->menuBar()->findChild<QMenu *>("File")->actions())
-        labels << action->text();
-    EXPECT_EQ(labels.mid(2, 3), QStringList({"Get Info", "Permissions", "Identify"}));
-    EXPECT_TRUE(FileItem("Permissions")->shortcut().isEmpty());
-}
-
+// Permissions comes after Get Info in the File menu, without a key.
 TEST_F(InfoTest, GetInfoOpensAWindowForEachMarkedEntry)
 {
     WriteFileBytes(Folder() + "/one", "1");
     WriteFileBytes(Folder() + "/two", "22");
     WriteFileBytes(Folder() + "/three", "333");
     Start();
+    QStringList labels;
+    for (QAction *action : fKestrin->Window()->menuBar()->findChild<QMenu *>("File")->actions())
+        labels << action->text();
+    EXPECT_EQ(labels.mid(2, 3), QStringList({"Get Info", "Permissions", "Identify"}));
+    EXPECT_TRUE(FileItem("Permissions")->shortcut().isEmpty());
+
     SelectIn(0, "three");
     FileItem("Get Info")->trigger();
-    ASSERT_EQ(Windows<kestrin::GetInfo>().size(), 1u);
-    EXPECT_EQ(Windows<kestrin::GetInfo>().front()->windowTitle(), "three Info");
-    Windows<kestrin::GetInfo>().front()->close();
+    ASSERT_EQ(Shown<kestrin::GetInfo>().size(), 1u);
+    EXPECT_EQ(Shown<kestrin::GetInfo>().front()->windowTitle(), "three Info");
+    Shown<kestrin::GetInfo>().front()->close();
     QTest::qWait(0);
 
     Mark("one");
     Mark("two");
     FileItem("Get Info")->trigger();
     QStringList titles;
-    for (const kestrin::GetInfo *window : Windows<kestrin::GetInfo>())
+    for (const kestrin::GetInfo *window : Shown<kestrin::GetInfo>())
         titles << window->windowTitle();
     titles.sort();
     EXPECT_EQ(titles, QStringList({"one Info", "two Info"}));
@@ -114,8 +100,8 @@ TEST_F(InfoTest, PermissionsLandOnTheMarkedFilesAndAFailureIsReported)
     Mark("b");
 
     FileItem("Permissions")->trigger();
-    ASSERT_EQ(Windows<kestrin::PermissionsWin>().size(), 1u);
-    kestrin::PermissionsWin *window = Windows<kestrin::PermissionsWin>().front();
+    ASSERT_EQ(Shown<kestrin::PermissionsWin>().size(), 1u);
+    kestrin::PermissionsWin *window = Shown<kestrin::PermissionsWin>().front();
     for (const char *box : {"CheckBox1", "CheckBox2", "CheckBox4"})
         QTest::mouseClick(window->findChild<QAbstractButton *>(box), Qt::LeftButton);
     QTest::mouseClick(window->findChild<QAbstractButton *>("bOK"), Qt::LeftButton);
@@ -158,7 +144,7 @@ TEST_F(InfoTest, SavedPreferencesReachEveryPaneAtOnce)
     ASSERT_TRUE(WaitFor([&] { return dateText() == "01/10/00 12:34"; }));
 
     FileItem("Preferences", "View")->trigger();
-    kestrin::OptionsWindow *options = Windows<kestrin::OptionsWindow>().at(0);
+    kestrin::OptionsWindow *options = Shown<kestrin::OptionsWindow>().at(0);
     for (QAction *action : options->findChild<QMenu *>("Select Date Fomat")->actions()) {
         if (action->text() == "%D %T")
             action->trigger();

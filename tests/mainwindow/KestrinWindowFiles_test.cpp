@@ -5,7 +5,6 @@
 #include "fileops/ArchiveReader.h"
 #include "fileops/Trash.h"
 #include "mainwindow/WindowMessages.h"
-#include "panes/DirPane.h"
 #include "panes/KsHeader.h"
 #include "panes/PaneMessages.h"
 #include "fileops/CopyWin.h"
@@ -16,12 +15,10 @@
 #include "support/TestArchives.h"
 
 #include <QAbstractButton>
-#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QFrame>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMimeData>
 #include <QPushButton>
 
 namespace {
@@ -49,24 +46,26 @@ TEST_F(FilesTest, CopyMoveFolderRenameAndTrashByKeys)
     EXPECT_TRUE(WaitFor([&] { return List(0)->FindItem("b") < 0; }));
 
     // F7: "New Folder", renamed in place at once.
+    const auto renameField = [&] {
+        return List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    };
     List(0)->setFocus();
     QTest::keyClick(List(0), Qt::Key_F7);
     ASSERT_TRUE(fs::is_directory(Left() + "/New Folder"));
-    auto *field = List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    QLineEdit *field = renameField();
     ASSERT_NE(field, nullptr);
     EXPECT_EQ(field->text(), "New Folder");
     field->setText("made");
     QTest::keyClick(field, Qt::Key_Return);
     EXPECT_TRUE(WaitFor([&] { return fs::is_directory(Left() + "/made"); }));
     QTest::keyClick(List(0), Qt::Key_F7);
-    QTest::keyClick(List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>(),
-                    Qt::Key_Escape);
+    QTest::keyClick(renameField(), Qt::Key_Escape);
     QTest::keyClick(List(0), Qt::Key_F7);
     EXPECT_TRUE(fs::is_directory(Left() + "/New Folder 2"));
 
     SelectIn(0, "d");
     QTest::keyClick(List(0), Qt::Key_F6, Qt::ShiftModifier);
-    field = List(0)->findChild<QFrame *>("renamecontainer")->findChild<QLineEdit *>();
+    field = renameField();
     field->setText("e");
     QTest::keyClick(field, Qt::Key_Return);
     EXPECT_TRUE(WaitFor([&] { return fs::exists(Left() + "/e") && !fs::exists(Left() + "/d"); }));
@@ -227,28 +226,15 @@ TEST_F(FilesTest, DroppedEntriesAreCopiedOrMoved)
     fs::create_directories(Right() + "/sub");
     Start();
 
-    const auto drop =
-        [this](const std::vector<std::string> &paths, Qt::DropAction action, QPoint at) {
-            kestrin::DirView *target = List(1);
-            QMimeData data;
-            QList<QUrl> urls;
-            for (const std::string &path : paths)
-                urls << QUrl::fromLocalFile(QString::fromStdString(path));
-            data.setUrls(urls);
-            QDragEnterEvent enter(at, action, &data, Qt::LeftButton, Qt::NoModifier);
-            QApplication::sendEvent(target->viewport(), &enter);
-            QDropEvent dropped(at, action, &data, Qt::LeftButton, Qt::NoModifier);
-            dropped.setDropAction(action);
-            QApplication::sendEvent(target->viewport(), &dropped);
-        };
+    QWidget *target = List(1)->viewport();
     // Below the rows: into the pane's folder.
-    drop({fHome.Root() + "/outside"}, Qt::CopyAction, QPoint(50, List(1)->viewport()->height() - 5));
+    DropPaths(target, {fHome.Root() + "/outside"}, Qt::CopyAction, QPoint(50, target->height() - 5));
     EXPECT_TRUE(WaitFor([&] { return fs::exists(Right() + "/outside"); }));
     EXPECT_TRUE(fs::exists(fHome.Root() + "/outside"));
 
     // On a folder row: into that folder.
     const QRect sub = List(1)->ItemFrame(List(1)->FindItem("sub"));
-    drop({Left() + "/moved"}, Qt::MoveAction, sub.center());
+    DropPaths(target, {Left() + "/moved"}, Qt::MoveAction, sub.center());
     EXPECT_TRUE(WaitFor([&] { return fs::exists(Right() + "/sub/moved"); }));
     EXPECT_TRUE(WaitFor([&] { return !fs::exists(Left() + "/moved"); }));
 }

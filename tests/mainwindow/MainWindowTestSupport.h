@@ -9,17 +9,22 @@
 #include "panes/DirListItem.h"
 #include "panes/DirPane.h"
 #include "panes/DirView.h"
+#include "panes/MarkedList.h"
 #include "platform/AlertRecorder.h"
 #include "platform/Entry.h"
 #include "platform/LaunchRecorder.h"
 #include "support/TempHome.h"
 
 #include <QApplication>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QTest>
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -28,6 +33,24 @@ namespace fs = std::filesystem;
 inline bool WaitFor(const std::function<bool()> &condition, int timeoutMs = 15000)
 {
     return QTest::qWaitFor(condition, timeoutMs);
+}
+
+// Drops the paths on a widget as another application's drag would.
+inline void DropPaths(QWidget *onto,
+                      const std::vector<std::string> &paths,
+                      Qt::DropAction action,
+                      QPoint at)
+{
+    QMimeData data;
+    QList<QUrl> urls;
+    for (const std::string &path : paths)
+        urls << QUrl::fromLocalFile(QString::fromStdString(path));
+    data.setUrls(urls);
+    QDragEnterEvent enter(at, action, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(onto, &enter);
+    QDropEvent dropped(at, action, &data, Qt::LeftButton, Qt::NoModifier);
+    dropped.setDropAction(action);
+    QApplication::sendEvent(onto, &dropped);
 }
 
 class KestrinFixture : public ::testing::Test
@@ -51,6 +74,14 @@ protected:
         return value;
     }
     std::string Home() const { return fHome.Home(); }
+
+    // One pane on each folder, in order.
+    void PanesOn(const std::vector<std::string> &folders)
+    {
+        Profile("NumPanes", std::to_string(folders.size()));
+        for (size_t i = 0; i < folders.size(); i++)
+            Profile("Pane" + std::to_string(i), folders[i]);
+    }
 
     // Starts Kestrin and waits until every pane has listed its folder.
     kestrin::KestrinWindow &Start()
@@ -83,21 +114,35 @@ protected:
         list->Select(list->FindItem(name));
     }
 
-    std::vector<std::string> ProfileLines()
+    std::set<std::string> Marked(size_t pane)
     {
-        const auto text = ReadFileBytes(fHome.ConfigDir() + "/Kestrin/Kestrin.pref");
-        std::vector<std::string> keys;
-        if (!text)
-            return keys;
-        size_t start = 0;
-        while (start < text->size()) {
-            const size_t end = text->find('\n', start);
-            const std::string line = text->substr(start, end - start);
+        std::set<std::string> names;
+        for (const kestrin::DirListItem *row : List(pane)->Marked().Rows())
+            names.insert(row->Name());
+        return names;
+    }
+
+    // The visible top-level windows of a kind.
+    template<typename Window>
+    static std::vector<Window *> Shown()
+    {
+        std::vector<Window *> found;
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (auto *window = qobject_cast<Window *>(widget); window && window->isVisible())
+                found.push_back(window);
+        }
+        return found;
+    }
+
+    // The profile's keys, in the order of its lines, each followed by a space.
+    std::string ProfileKeys()
+    {
+        std::string keys;
+        const std::string pref = fHome.ConfigDir() + "/Kestrin/Kestrin.pref";
+        std::istringstream lines(ReadFileBytes(pref).value_or(""));
+        for (std::string line; std::getline(lines, line);) {
             if (!line.empty())
-                keys.push_back(line.substr(0, line.find('=')));
-            if (end == std::string::npos)
-                break;
-            start = end + 1;
+                keys += line.substr(0, line.find('=')) + " ";
         }
         return keys;
     }
@@ -116,9 +161,7 @@ protected:
     {
         fs::create_directories(Left());
         fs::create_directories(Right());
-        Profile("NumPanes", "2");
-        Profile("Pane0", Left());
-        Profile("Pane1", Right());
+        PanesOn({Left(), Right()});
     }
     std::string Left() const { return fHome.Root() + "/left"; }
     std::string Right() const { return fHome.Root() + "/right"; }

@@ -3,11 +3,9 @@
 #include "MainWindowTestSupport.h"
 
 #include "panes/KsFtr.h"
-#include "panes/MarkedList.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
-#include <set>
 
 namespace {
 
@@ -19,9 +17,7 @@ protected:
         fs::create_directories(Folder() + "/notes.txt");
         for (const char *name : {"a.txt", "b.txt", "c.md", "d.TXT"})
             WriteFileBytes(Folder() + "/" + name, std::string(2048, 'x'));
-        Profile("NumPanes", "2");
-        Profile("Pane0", Folder());
-        Profile("Pane1", Home());
+        PanesOn({Folder(), Home()});
     }
     std::string Folder() const { return fHome.Root() + "/work"; }
 
@@ -54,13 +50,6 @@ protected:
         EXPECT_TRUE(WaitFor([] { return QApplication::activeModalWidget() == nullptr; }));
     }
 
-    std::set<std::string> Marked()
-    {
-        std::set<std::string> names;
-        for (const kestrin::DirListItem *row : List(0)->Marked().Rows())
-            names.insert(row->Name());
-        return names;
-    }
     std::string Footer() { return fKestrin->Window()->Panes().at(0)->Footer()->Text(); }
 };
 
@@ -68,17 +57,17 @@ TEST_F(MarkByPatternTest, CtrlMMarksAndCtrlShiftMUnmarks)
 {
     Start();
     Ask(Qt::ControlModifier, "*.txt", false);
-    EXPECT_EQ(Marked(), (std::set<std::string>{"a.txt", "b.txt"}));
+    EXPECT_EQ(Marked(0), (std::set<std::string>{"a.txt", "b.txt"}));
     EXPECT_EQ(Footer(), "4 of 8k in 2 of 4 files selected");
 
     Ask(Qt::ControlModifier, "*.md; *.TXT", true);
-    EXPECT_EQ(Marked(), (std::set<std::string>{"a.txt", "b.txt", "c.md", "d.TXT"}));
+    EXPECT_EQ(Marked(0), (std::set<std::string>{"a.txt", "b.txt", "c.md", "d.TXT"}));
 
     Ask(Qt::ControlModifier, "*", true);
-    EXPECT_EQ(Marked(), (std::set<std::string>{"a.txt", "b.txt", "c.md", "d.TXT", "notes.txt"}));
+    EXPECT_EQ(Marked(0), (std::set<std::string>{"a.txt", "b.txt", "c.md", "d.TXT", "notes.txt"}));
 
     Ask(Qt::ControlModifier | Qt::ShiftModifier, "?.txt", false);
-    EXPECT_EQ(Marked(), (std::set<std::string>{"c.md", "d.TXT", "notes.txt"}));
+    EXPECT_EQ(Marked(0), (std::set<std::string>{"c.md", "d.TXT", "notes.txt"}));
     EXPECT_EQ(Footer(), "4 of 8k in 2 of 4 files selected");
     EXPECT_FALSE(List(0)->Row(0)->IsMarked());
     EXPECT_EQ(fAlerts.Count(), 0u);

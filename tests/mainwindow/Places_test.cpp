@@ -210,9 +210,7 @@ TEST_F(PlacesTest, TheProfileIsTheSameByteForByteWhateverTheExtrasHold)
     fs::create_directories(Home() + "/a/inner");
     fs::create_directories(Home() + "/b");
     WriteFileBytes(Home() + "/a/.hidden", "x");
-    Profile("NumPanes", "2");
-    Profile("Pane0", Home() + "/a");
-    Profile("Pane1", Home() + "/b");
+    PanesOn({Home() + "/a", Home() + "/b"});
     const std::string pref = fHome.ConfigDir() + "/Kestrin/Kestrin.pref";
     const std::string before = ReadFileBytes(pref).value_or("");
 

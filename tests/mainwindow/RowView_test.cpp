@@ -83,9 +83,7 @@ TEST_F(RowViewTest, HiddenFilesArePerPaneAndKeptOutsideTheProfile)
     fs::create_directories(box + "/.git");
     WriteFileBytes(box + "/.profile", "x");
     WriteFileBytes(box + "/plain", "x");
-    Profile("NumPanes", "2");
-    Profile("Pane0", box);
-    Profile("Pane1", box);
+    PanesOn({box, box});
     const std::vector<std::string> all{"..", ".git", ".profile", "plain"};
     const std::vector<std::string> shown{"..", "plain"};
     const auto itemChecked = [this] {
@@ -106,8 +104,7 @@ TEST_F(RowViewTest, HiddenFilesArePerPaneAndKeptOutsideTheProfile)
     QTest::keyClick(List(0), Qt::Key_1, Qt::ControlModifier);
     window.close();
     fKestrin.reset();
-    for (const std::string &key : ProfileLines())
-        EXPECT_EQ(key.find("Hidden"), std::string::npos) << key;
+    EXPECT_EQ(ProfileKeys().find("Hidden"), std::string::npos) << ProfileKeys();
     EXPECT_EQ(kestrin::SideFile::Read("Kestrin.extras").Get("HiddenPane0"), "hidden");
 
     Start();

@@ -1,6 +1,5 @@
 // Every window besides the main one, by keyboard: the focus when it opens,
-// Tab, Return, Escape and Ctrl+W, and the names a screen reader says. One
-// table of windows, one test per convention.
+// Tab, Return, Escape and Ctrl+W, and the names a screen reader says.
 
 #include "MessageRecorder.h"
 #include "TempHome.h"
@@ -281,33 +280,28 @@ TEST_F(SecondaryWindowsTest, TheFirstFieldHasTheFocusAndTabFollowsTheWindowsLayo
     }
 }
 
-TEST_F(SecondaryWindowsTest, ReturnPressesTheButtonTheWindowsWorkEndsWith)
+// Return presses the button the window's work ends with, Escape its cancel
+// button; Ctrl+W presses nothing, and it (or Escape without a cancel button)
+// closes the window unless it may not be closed.
+TEST_F(SecondaryWindowsTest, ReturnEscapeAndCtrlWPressTheWindowsButtonsOrCloseIt)
 {
+    const auto closed = [](const QPointer<QWidget> &window) {
+        return window.isNull() || !window->isVisible();
+    };
     for (const Row &row : Rows()) {
-        QWidget *window = Open(row);
-        Press(window, Qt::Key_Return);
+        Press(Open(row), Qt::Key_Return);
         EXPECT_EQ(Pressed(), Named(row.onReturn)) << row.window;
-    }
-}
 
-TEST_F(SecondaryWindowsTest, EscapeCancelsOrClosesTheWindow)
-{
-    for (const Row &row : Rows()) {
         QPointer<QWidget> window = Open(row);
         Press(window, Qt::Key_Escape);
         EXPECT_EQ(Pressed(), Named(row.onEscape)) << row.window;
         if (row.onEscape == nullptr) {
-            EXPECT_EQ(!window.isNull() && window->isVisible(), !row.closable) << row.window;
+            EXPECT_EQ(closed(window), row.closable) << row.window;
         }
-    }
-}
 
-TEST_F(SecondaryWindowsTest, CtrlWClosesEveryWindowThatMayBeClosed)
-{
-    for (const Row &row : Rows()) {
-        QPointer<QWidget> window = Open(row);
+        window = Open(row);
         Press(window, Qt::Key_W, Qt::ControlModifier);
-        EXPECT_EQ(!window.isNull() && window->isVisible(), !row.closable) << row.window;
+        EXPECT_EQ(closed(window), row.closable) << row.window;
         EXPECT_EQ(Pressed(), std::vector<std::string>{}) << row.window;
     }
 }

@@ -36,12 +36,18 @@ std::string FakeProgram(const std::string &folder, const std::string &name)
     return path;
 }
 
-} // namespace
-
-TEST(Terminal, ProfileGetsTheBlockOnceAfterItsLastByte)
+class TerminalTest : public ::testing::Test
 {
+protected:
     TempHome home;
     platform::AlertRecorder alerts;
+    platform::LaunchRecorder launches;
+};
+
+} // namespace
+
+TEST_F(TerminalTest, ProfileGetsTheBlockOnceAfterItsLastByte)
+{
     const std::string profile = home.Home() + "/.profile";
 
     Terminal::SetupTerminal();
@@ -69,7 +75,7 @@ TEST(Terminal, ProfileGetsTheBlockOnceAfterItsLastByte)
     EXPECT_EQ(alerts.Count(), 0u) << "failures are silent";
 }
 
-TEST(Terminal, MyPutenvKeepsAnExistingEntryAndAddsTheNewOneLast)
+TEST_F(TerminalTest, MyPutenvKeepsAnExistingEntryAndAddsTheNewOneLast)
 {
     char first[] = "PATH=/bin";
     char old[] = "FOLDER_PATH=/old";
@@ -90,10 +96,8 @@ TEST(Terminal, MyPutenvKeepsAnExistingEntryAndAddsTheNewOneLast)
     EXPECT_STREQ(result[2], "FOLDER_PATH=/new");
 }
 
-TEST(Terminal, ConfigureArgvPicksTheTerminalAndHowToHandItTheShell)
+TEST_F(TerminalTest, ConfigureArgvPicksTheTerminalAndHowToHandItTheShell)
 {
-    TempHome home;
-    platform::AlertRecorder alerts;
     const std::string bin = home.Root() + "/bin";
     home.SetEnv("PATH", bin);
     home.SetEnv("TERMINAL", std::nullopt);
@@ -128,11 +132,8 @@ TEST(Terminal, ConfigureArgvPicksTheTerminalAndHowToHandItTheShell)
     EXPECT_EQ(alerts.Count(), 0u);
 }
 
-TEST(Terminal, NoTerminalAlertsAndLaunchesNothing)
+TEST_F(TerminalTest, NoTerminalAlertsAndLaunchesNothing)
 {
-    TempHome home;
-    platform::AlertRecorder alerts;
-    platform::LaunchRecorder launches;
     QDir().mkpath(QString::fromStdString(home.Root() + "/empty"));
     home.SetEnv("PATH", home.Root() + "/empty");
     home.SetEnv("TERMINAL", std::nullopt);
@@ -145,11 +146,8 @@ TEST(Terminal, NoTerminalAlertsAndLaunchesNothing)
         << "no terminal, no reason to touch the shell's start-up file";
 }
 
-TEST(Terminal, OpenStartsALoginShellInTheFolderWithFolderPath)
+TEST_F(TerminalTest, OpenStartsALoginShellInTheFolderWithFolderPath)
 {
-    TempHome home;
-    platform::AlertRecorder alerts;
-    platform::LaunchRecorder launches;
     const std::string terminal = FakeProgram(home.Root() + "/bin", "myterm");
     home.SetEnv("TERMINAL", terminal);
     home.SetEnv("SHELL", "/bin/bash");

@@ -11,11 +11,8 @@
 #include "viewer/TextPager.h"
 #include "viewer/ViewerWindow.h"
 
-#include <QDropEvent>
 #include <QImage>
 #include <QLabel>
-#include <QMenuBar>
-#include <QMimeData>
 #include <QMimeDatabase>
 
 namespace {
@@ -47,9 +44,7 @@ TEST_F(ViewerFromPaneTest, F3OpensTextsImagesAndOtherFilesInTheViewer)
     WriteFileBytes(folder + "/readme.txt", "hello\n");
     WriteFileBytes(folder + "/a.zip", std::string("PK\x05\x06", 4) + std::string(18, '\0'));
     QImage(12, 8, QImage::Format_RGB32).save(QString::fromStdString(folder + "/p.png"));
-    Profile("NumPanes", "2");
-    Profile("Pane0", folder);
-    Profile("Pane1", Home());
+    PanesOn({folder, Home()});
     Start();
 
     kestrin::ViewerWindow *text = ViewWith("readme.txt");
@@ -72,14 +67,11 @@ TEST_F(ViewerFromPaneTest, F3OpensTextsImagesAndOtherFilesInTheViewer)
     // Entries dropped on a viewer go to the focused pane, not the viewer.
     fs::create_directories(Home() + "/elsewhere");
     WriteFileBytes(Home() + "/elsewhere/dropped.txt", "x");
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(QString::fromStdString(Home() + "/elsewhere/dropped.txt"))});
     // Onto the text, as a user drops: the window takes what its views do not.
-    QWidget *onto = text->TextView()->viewport();
-    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(onto, &enter);
-    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(onto, &drop);
+    DropPaths(text->TextView()->viewport(),
+              {Home() + "/elsewhere/dropped.txt"},
+              Qt::CopyAction,
+              QPoint(5, 5));
     kestrin::DirView *list = fKestrin->Window()->GetFocusedPane()->List();
     EXPECT_TRUE(WaitFor(
         [&] { return list->CurrentPath() == Home() + "/elsewhere" && !list->IsListing(); }));
@@ -92,8 +84,7 @@ TEST_F(ViewerFromPaneTest, APipeIsAFileToF3TheFooterAndGetInfo)
     fs::create_directories(folder);
     WriteFileBytes(folder + "/notes.txt", "words\n");
     MakeFifo(folder + "/pipe");
-    Profile("NumPanes", "1");
-    Profile("Pane0", folder);
+    PanesOn({folder});
     Start();
     EXPECT_EQ(fKestrin->Window()->Panes().at(0)->Footer()->Text(),
               "0 of 0k in 0 of 2 files selected");
@@ -108,12 +99,8 @@ TEST_F(ViewerFromPaneTest, APipeIsAFileToF3TheFooterAndGetInfo)
     // Get Info works the kind out afresh, which must not read the pipe.
     SelectIn(0, "pipe");
     fKestrin->Window()->OpenInfoWindows(List(0));
-    kestrin::GetInfo *info = nullptr;
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (auto *window = qobject_cast<kestrin::GetInfo *>(widget); window && window->isVisible())
-            info = window;
-    }
-    ASSERT_NE(info, nullptr);
+    ASSERT_EQ(Shown<kestrin::GetInfo>().size(), 1u);
+    kestrin::GetInfo *info = Shown<kestrin::GetInfo>().front();
     EXPECT_EQ(info->windowTitle(), "pipe Info");
     EXPECT_EQ(info->findChild<QLabel *>("kind")->text(),
               QMimeDatabase().mimeTypeForName("inode/fifo").comment());

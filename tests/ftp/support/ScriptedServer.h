@@ -29,6 +29,10 @@ public:
         // scripts play, the session knows no TLS: it refuses AUTH itself
         // (502), and the script reads on from the USER that follows.
         std::string ReadLine();
+        // Reads the client's next line and sends `reply` to it.
+        void Answer(const std::string &reply);
+        // Reads a PORT command and gives the port it names, 0 when none.
+        unsigned ReadPort();
         // A listening socket on 127.0.0.1 for a passive data connection.
         unsigned ListenForData(platform::TcpSocket *listener);
         bool AcceptData(platform::TcpSocket *listener, platform::TcpSocket *data);
@@ -81,3 +85,6 @@ private:
 
 // "h1,h2,h3,h4,p1,p2" for 127.0.0.1 or another address and a port.
 std::string PassiveNumbers(const std::string &host, unsigned port);
+
+// A port on 127.0.0.1 that nothing listens on: bound, and let go at once.
+unsigned ClosedPort();

@@ -30,14 +30,6 @@ std::string RandomBytes(size_t size)
     return bytes;
 }
 
-size_t Count(const std::string &text, const std::string &part)
-{
-    size_t count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        count++;
-    return count;
-}
-
 // The certificates a client was asked about, each accepted when it is the
 // server's own.
 struct Checks
@@ -115,11 +107,10 @@ TEST_P(FtpTlsVsftpd, LogsInListsAndMovesFilesInTls)
 
     // Every data connection resumed the session (vsftpd refuses the others
     // with 522), and the server saw the files whole.
-    const std::string log = fServer.ProtocolLog();
     // A reply, not the digits of a transfer rate ("522274.16Kbyte/sec").
-    EXPECT_EQ(Count(log, "\"522 "), 0u) << log;
-    EXPECT_EQ(Count(log, "OK UPLOAD"), 2u) << log;
-    EXPECT_EQ(Count(log, "OK DOWNLOAD"), 1u) << log;
+    EXPECT_EQ(fServer.Logged("\"522 "), 0u) << fServer.ProtocolLog();
+    EXPECT_EQ(fServer.Logged("OK UPLOAD"), 2u);
+    EXPECT_EQ(fServer.Logged("OK DOWNLOAD"), 1u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes,
@@ -141,7 +132,7 @@ TEST(FtpTls, ACertificateNotAcceptedEndsTheLoginBeforeTheUser)
     EXPECT_EQ(ftp.Connect("anonymous", "kestrin@", nullptr), FtpTls::kCertificateRefused);
     EXPECT_EQ(checks.asked.size(), 1u);
     EXPECT_FALSE(ftp.IsConnected());
-    EXPECT_EQ(Count(server.ProtocolLog(), "USER"), 0u) << server.ProtocolLog();
+    EXPECT_EQ(server.Logged("USER"), 0u) << server.ProtocolLog();
 }
 
 // A server that refuses AUTH TLS: "required" ends the login before anything
@@ -184,10 +175,9 @@ TEST(FtpTls, RefusedTlsIsNeverSilent)
         }
         EXPECT_EQ(log.HasText("AUTH TLS\r\n"), row.choice != FtpTls::Choice::Off);
         ftp.Leave();
-        const std::string said = server.ProtocolLog();
-        EXPECT_EQ(Count(said, "\"PASS "), row.passwordsSent) << said;
+        EXPECT_EQ(server.Logged("\"PASS "), row.passwordsSent) << server.ProtocolLog();
         if (row.code != 0) {
-            EXPECT_EQ(Count(said, "\"USER "), 0u) << said;
+            EXPECT_EQ(server.Logged("\"USER "), 0u);
         }
     }
 }

@@ -84,13 +84,18 @@ bool ScriptedServer::Session::ConnectData(unsigned port, TcpSocket *data)
            == B_OK;
 }
 
-bool ScriptedServer::Session::SendPassiveData(TcpSocket *data)
+bool ScriptedServer::Session::AcceptPassiveData(TcpSocket *data)
 {
     ReadLine(); // PASV
     TcpSocket listener;
     const unsigned port = ListenForData(&listener);
     Send("227 Entering Passive Mode (" + PassiveNumbers("127.0.0.1", port) + ").\r\n");
-    if (!AcceptData(&listener, data))
+    return AcceptData(&listener, data);
+}
+
+bool ScriptedServer::Session::SendPassiveData(TcpSocket *data)
+{
+    if (!AcceptPassiveData(data))
         return false;
     Answer("150 here\r\n");
     return true;

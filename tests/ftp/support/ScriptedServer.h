@@ -37,8 +37,10 @@ public:
         unsigned ListenForData(platform::TcpSocket *listener);
         bool AcceptData(platform::TcpSocket *listener, platform::TcpSocket *data);
         bool ConnectData(unsigned port, platform::TcpSocket *data);
-        // Answers the client's PASV with a data connection on 127.0.0.1,
-        // takes it, and answers the LIST (or RETR) that follows with 150.
+        // Answers the client's PASV with a data connection on 127.0.0.1 and
+        // takes it.
+        bool AcceptPassiveData(platform::TcpSocket *data);
+        // That, and answers the LIST (or RETR) that follows with 150.
         bool SendPassiveData(platform::TcpSocket *data);
         // Answers the FEAT a client asks once logged in: by default, as a
         // server that offers nothing beyond RFC 959.

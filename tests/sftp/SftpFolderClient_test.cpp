@@ -2,8 +2,7 @@
 // questions a login asks, each step and where it leads, and a connection
 // that drops between requests.
 
-#include "SshdServer.h"
-#include "TempHome.h"
+#include "SshdSessionTest.h"
 #include "sftp/SftpFolderClient.h"
 
 #include <algorithm>
@@ -18,23 +17,9 @@ using kestrin::SftpResult;
 
 namespace {
 
-class SftpFolderClientTest : public ::testing::Test
+class SftpFolderClientTest : public SshdSessionTest
 {
 protected:
-    void SetUp() override
-    {
-        if (!server.Unavailable().empty())
-            GTEST_SKIP() << server.Unavailable();
-        home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        fs::create_directories(home.Home() + "/.ssh");
-        remote = server.Scratch();
-        session.name = "box";
-        session.host = "127.0.0.1";
-        session.port = std::to_string(server.Port());
-        session.user = SshdServer::User();
-        session.remoteDir = remote;
-    }
-
     SftpFolderClient::Questions Trusting()
     {
         SftpFolderClient::Questions questions;
@@ -43,13 +28,6 @@ protected:
             return true;
         };
         return questions;
-    }
-
-    void InstallUserKey()
-    {
-        fs::copy_file(server.UserKey(),
-                      home.Home() + "/.ssh/id_ed25519",
-                      fs::copy_options::overwrite_existing);
     }
 
     static std::vector<std::string> Names(const SftpResult &result)
@@ -61,21 +39,6 @@ protected:
         return names;
     }
 
-    static SftpRequest Request(SftpRequest::Step step,
-                               const std::string &base,
-                               const std::string &name = {})
-    {
-        SftpRequest request;
-        request.step = step;
-        request.base = base;
-        request.name = name;
-        return request;
-    }
-
-    TempHome home;
-    SshdServer server;
-    FtpSession session;
-    std::string remote;
     std::vector<std::string> shownKeys;
 };
 
@@ -109,14 +72,14 @@ TEST_F(SftpFolderClientTest, LogsInOnlyWithATrustedHostAndAWayIn)
 
     // With the key: in, at the session's folder; the host is known now.
     InstallUserKey();
-    fs::create_directories(remote + "/sub");
+    fs::create_directories(session.remoteDir + "/sub");
     std::vector<std::string> log;
     SftpFolderClient client(session, 20000, questions, [&](const std::string &line) {
         log.push_back(line);
     });
     result = client.Run({});
     EXPECT_EQ(result.connectError, "");
-    EXPECT_EQ(result.folder, fs::canonical(remote).string());
+    EXPECT_EQ(result.folder, fs::canonical(session.remoteDir).string());
     EXPECT_EQ(Names(result), std::vector<std::string>{"sub"});
     EXPECT_EQ(shownKeys.size(), 2u) << "a known host is not asked about again";
     EXPECT_EQ(passwordAsked, 1);
@@ -127,7 +90,7 @@ TEST_F(SftpFolderClientTest, LogsInOnlyWithATrustedHostAndAWayIn)
 TEST_F(SftpFolderClientTest, EachStepLeadsWhereItSaysAndDeletesNothingBeyondALink)
 {
     InstallUserKey();
-    const std::string base = fs::canonical(remote).string();
+    const std::string base = fs::canonical(session.remoteDir).string();
     fs::create_directories(base + "/sub/deep");
     WriteFileBytes(base + "/sub/deep/file", "x");
     const std::string outside = home.Root() + "/outside";

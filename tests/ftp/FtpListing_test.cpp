@@ -124,7 +124,8 @@ TEST(FtpListing, DosAndMixedLinesBecomeRows)
          "01-02-24  10:30AM  <DIR>  .\r\n01-02-24  10:30AM  <DIR>  ..\r\n",
          {}},
         {"one listing may mix the forms, line by line",
-         "type=file;size=3;modify=20200102120000;UNIX.mode=0644; m\r\n01-02-24  10:30AM  <DIR>  d\r\n"
+         "type=file;size=3;modify=20200102120000;UNIX.mode=0644; m\r\n"
+         "01-02-24  10:30AM  <DIR>  d\r\n"
          "-rw-r--r--    1 1000     1000            3 Jan 02  2020 l",
          {{"m", "3", "2020-01-02 12:00:00", "-rw-r--r--", kJan2Noon},
           {"d", "<DIR>", "01-02-24  10:30AM", "d", {}},

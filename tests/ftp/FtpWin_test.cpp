@@ -27,6 +27,8 @@ using kestrin::SessionPassword;
 
 namespace {
 
+const std::string kPlain = "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n";
+
 class FtpWinTest : public ::testing::Test
 {
 protected:
@@ -75,6 +77,14 @@ protected:
         Ok(window);
         ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isVisible(); }, 30000));
         EXPECT_EQ(fAlerts.Count(), 0u);
+    }
+
+    // Session "kept", whose password is in the keyring.
+    void WriteKept() const
+    {
+        fs::create_directories(PathOf(""));
+        WriteFileBytes(PathOf("kept.ftp"), kPlain);
+        WriteFileBytes(PathOf("kept.ftp.kestrin"), "PasswordInKeyring=1\n");
     }
 
     static void Ok(FtpWin *window)
@@ -214,7 +224,6 @@ TEST_F(FtpWinTest, ANewSessionIsSavedOwnerOnlyWithItsSixKeys)
 // file stays byte for byte what a plain one is.
 TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
 {
-    const std::string plain = "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n";
     auto window = Open(std::nullopt);
     ASSERT_TRUE(Show(window.get()));
     auto *tls = window->findChild<QComboBox *>("tlsChoice");
@@ -229,7 +238,7 @@ TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
     tls->setCurrentIndex(1);
     Ok(window.get());
     EXPECT_EQ(fAlerts.Count(), 0u);
-    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), plain);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), kPlain);
     EXPECT_EQ(ReadFileBytes(PathOf("site.ftp.tls")), "Tls=Required\nCertificate=\n");
     EXPECT_EQ(fs::status(PathOf("site.ftp.tls")).permissions(), fs::perms(0600));
     EXPECT_EQ(std::distance(fs::directory_iterator(PathOf("")), fs::directory_iterator()), 2)
@@ -250,7 +259,7 @@ TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
     tls->setCurrentIndex(0);
     Ok(window.get());
     EXPECT_FALSE(fs::exists(PathOf("site.ftp.tls"))) << "the defaults need no file";
-    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), plain);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), kPlain);
 
     // Saved under another name, the choice and the trust go with it.
     WriteFileBytes(PathOf("site.ftp.tls"), "Tls=Required\nCertificate=AB:CD\n");
@@ -258,7 +267,7 @@ TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
     Type(0, "copy");
     Ok(window.get());
     EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp.tls")), "Tls=Required\nCertificate=AB:CD\n");
-    EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp")), plain);
+    EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp")), kPlain);
 }
 
 TEST_F(FtpWinTest, AMissingKeyShowsTheTextBeforeItAndRenamingKeepsTheOldFile)
@@ -384,16 +393,14 @@ TEST_F(FtpWinTest, WithoutAKeyringTheOptionIsDisabledAndSaysWhy)
               "Host=h\nPort=21\nUser=u\nPass=pw\nRemoteDir=\nLocalDir=\n");
     EXPECT_FALSE(fs::exists(PathOf("plain.ftp.kestrin")));
 
-    WriteFileBytes(PathOf("kept.ftp"), "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n");
-    WriteFileBytes(PathOf("kept.ftp.kestrin"), "PasswordInKeyring=1\n");
+    WriteKept();
     window = Open("kept.ftp");
     EXPECT_TRUE(box->isChecked());
     EXPECT_FALSE(box->isEnabled());
     ASSERT_TRUE(QTest::qWaitFor([&] { return !fields[4]->isReadOnly(); }, 30000));
     Ok(window.get());
     EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(ReadFileBytes(PathOf("kept.ftp")),
-              "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n");
+    EXPECT_EQ(ReadFileBytes(PathOf("kept.ftp")), kPlain);
     EXPECT_EQ(ReadFileBytes(PathOf("kept.ftp.kestrin")), "PasswordInKeyring=1\n");
 }
 
@@ -415,9 +422,7 @@ TEST_F(FtpWinTest, AKeyringThatDoesNotAnswerNeverHoldsUpTheWindow)
                                               &keyring,
                                               QDBusConnection::SubPath));
     }
-    fs::create_directories(PathOf(""));
-    WriteFileBytes(PathOf("kept.ftp"), "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n");
-    WriteFileBytes(PathOf("kept.ftp.kestrin"), "PasswordInKeyring=1\n");
+    WriteKept();
 
     TickGaps gaps;
     auto window = std::make_unique<FtpWin>(QRect(0, 0, 800, 600), nullptr, "kept.ftp");

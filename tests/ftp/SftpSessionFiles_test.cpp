@@ -56,8 +56,6 @@ TEST(SftpSessionFiles, BothKindsAreKeptListedReadAndRemovedApart)
     const std::vector<std::string> sftp = FtpSession::List(Kind::Sftp);
     EXPECT_EQ(std::set<std::string>(sftp.begin(), sftp.end()),
               (std::set<std::string>{"site", "a.b"}));
-    EXPECT_EQ(FtpSession::DefaultPort(Kind::Ftp), std::string("21"));
-    EXPECT_EQ(FtpSession::DefaultPort(Kind::Sftp), std::string("22"));
     EXPECT_FALSE(FtpSession::KindOf("site.sftp.bak"));
     EXPECT_FALSE(FtpSession::IsSessionFile("site.sftp"));
     // A folder's path and a session that is not stored name no session.

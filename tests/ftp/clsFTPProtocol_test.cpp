@@ -133,8 +133,10 @@ TEST(FtpReplyReader, PortAndPassiveTextsAreReadAndWritten)
         FtpWireText::ParsePassiveReply("227 Entering Passive Mode (192,168,1,2,4,1)", &address));
     EXPECT_EQ(address.host, "192.168.1.2");
     EXPECT_EQ(address.port, 1025u);
-    for (const char *refused : {"227 Entering Passive Mode 192,168,1,2,4,1", "227 (192,168,1,2,4,256)",
-                                "227 (1,2,3,4,5)", "227 (1,2,3,4,5,99999999999999999999)"})
+    for (const char *refused : {"227 Entering Passive Mode 192,168,1,2,4,1",
+                                "227 (192,168,1,2,4,256)",
+                                "227 (1,2,3,4,5)",
+                                "227 (1,2,3,4,5,99999999999999999999)"})
         EXPECT_FALSE(FtpWireText::ParsePassiveReply(refused, &address)) << refused;
 
     EXPECT_EQ(FtpWireText::ExpectedSize(
@@ -261,7 +263,7 @@ TEST(FtpScripted, PassiveGoesToTheControlPeerAndAnEmptyListingIsNull)
     ScriptedServer server([](ScriptedServer::Session &s) {
         s.Send("220 hi\r\n");
         s.Answer("200 ok\r\n"); // TYPE A
-        s.ReadLine(); // PASV
+        s.ReadLine();           // PASV
         TcpSocket listener, data;
         const unsigned port = s.ListenForData(&listener);
         // Another host's address: the client must stay on 127.0.0.1.
@@ -292,7 +294,7 @@ TEST(FtpScripted, ActiveAnnouncesTheControlAddressAndRetrWithoutCount)
         announcedPort = s.ReadPort();
         s.Send("200 PORT ok\r\n");
         s.Answer("200 ok\r\n"); // TYPE I
-        s.ReadLine(); // RETR
+        s.ReadLine();           // RETR
         TcpSocket data;
         if (!s.ConnectData(announcedPort, &data))
             return;
@@ -325,7 +327,7 @@ TEST(FtpScripted, UnusablePassiveReplyFailsTheTransfer)
 {
     ScriptedServer server([](ScriptedServer::Session &s) {
         s.Send("220 hi\r\n");
-        s.Answer("200 ok\r\n"); // TYPE A
+        s.Answer("200 ok\r\n");                                  // TYPE A
         s.Answer("227 Entering Passive Mode 127,0,0,1,4,1\r\n"); // PASV
         s.WaitForClose();
     });
@@ -344,7 +346,7 @@ TEST(FtpScripted, OnlyA257NamesAFolderAndALostConnectionSaysHow)
         ScriptedServer server([](ScriptedServer::Session &s) {
             s.Send("220 hi\r\n");
             s.Answer("550 no folder for you\r\n"); // PWD
-            s.Answer("257 \"/pub\" is here\r\n"); // PWD
+            s.Answer("257 \"/pub\" is here\r\n");  // PWD
             // Gone before the third.
         });
         clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kTimeout, nullptr, nullptr);
@@ -393,11 +395,11 @@ TEST(FtpScripted, FeaturesAreTakenUpAndTransfersGoOnFromAnOffset)
             "211-Extensions supported:\r\n SIZE\r\n"
             " MLST Type*;Size*;Modify*;UNIX.mode;Perm;\r\n REST STREAM\r\n211 END\r\n");
         s.Answer("200 MLST OPTS type;size;modify;unix.mode;\r\n"); // OPTS MLST
-        s.Answer("200 ok\r\n"); // TYPE I
+        s.Answer("200 ok\r\n");                                    // TYPE I
         TcpSocket data;
         if (!s.AcceptPassiveData(&data))
             return;
-        s.Answer("350 Restarting at 6.\r\n"); // REST 6
+        s.Answer("350 Restarting at 6.\r\n");  // REST 6
         s.Answer("150 Opening (5 bytes)\r\n"); // RETR f
         data.SendAll("world", 5);
         data.Close();

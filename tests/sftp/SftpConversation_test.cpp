@@ -105,8 +105,9 @@ TEST_F(SftpConversationTest, ANewerRequestReplacesTheOneUnderWay)
     SftpConversation conversation(session, SftpQuestions::ThroughAlerts(session));
     bool firstAnswered = false;
     conversation.Submit({}, nullptr, [&](SftpResult &) { firstAnswered = true; });
-    const SftpRequest enter
-        = Request(SftpRequest::Step::Enter, fs::canonical(session.remoteDir).string(), "sub");
+    const SftpRequest enter = Request(SftpRequest::Step::Enter,
+                                      fs::canonical(session.remoteDir).string(),
+                                      "sub");
     const std::optional<SftpResult> result = Answer(conversation, enter);
     ASSERT_TRUE(result);
     EXPECT_EQ(result->folder, enter.base + "/sub");

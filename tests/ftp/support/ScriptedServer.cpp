@@ -173,8 +173,11 @@ void ScriptedServer::SilentAfterTheFirstBlock(Session &s)
 {
     s.Send("220 hi\r\n");
     // USER, PASS, FEAT, CWD /x, TYPE I
-    for (const char *reply : {"331 pass\r\n", "230 in\r\n", "502 Command not implemented.\r\n",
-                              "250 ok\r\n", "200 ok\r\n"})
+    for (const char *reply : {"331 pass\r\n",
+                              "230 in\r\n",
+                              "502 Command not implemented.\r\n",
+                              "250 ok\r\n",
+                              "200 ok\r\n"})
         s.Answer(reply);
     s.Answer("213 100000\r\n"); // SIZE f
     platform::TcpSocket data;

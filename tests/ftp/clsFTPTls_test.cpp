@@ -120,21 +120,6 @@ INSTANTIATE_TEST_SUITE_P(Modes,
                              return info.param ? "Passive" : "Active";
                          });
 
-TEST(FtpTls, ACertificateNotAcceptedEndsTheLoginBeforeTheUser)
-{
-    VsftpdServer server({.tls = true});
-    if (!server.Unavailable().empty())
-        GTEST_SKIP() << server.Unavailable();
-    Checks checks;
-    CallbackLog log;
-    clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kTimeout, &CallbackLog::Record, &log);
-    ftp.UseTls(FtpTls::Choice::IfOffered, checks.Check());
-    EXPECT_EQ(ftp.Connect("anonymous", "kestrin@", nullptr), FtpTls::kCertificateRefused);
-    EXPECT_EQ(checks.asked.size(), 1u);
-    EXPECT_FALSE(ftp.IsConnected());
-    EXPECT_EQ(server.Logged("USER"), 0u) << server.ProtocolLog();
-}
-
 // A server that refuses AUTH TLS: "required" ends the login before anything
 // of it is sent; "if offered" logs in in clear and says so.
 TEST(FtpTls, RefusedTlsIsNeverSilent)

@@ -1,10 +1,5 @@
-// A pane's conversation with its server: results and log lines reach the GUI
-// thread, a newer request cuts an older one short, PASV refused falls back to
-// active, and a server that breaks off or falls silent is given up on without
-// holding anything up. Machine listings and UTF-8 names are taken up where a
-// server offers them, and an idle connection is kept, or made again; in TLS,
-// the question about a certificate the system does not vouch for, and a
-// trusted certificate that changed.
+// A pane's conversation with its server, against scripted, silent and real
+// servers on 127.0.0.1: its results and log lines reach the GUI thread.
 
 #include "PrivateKeyring.h"
 #include "RealServers.h"

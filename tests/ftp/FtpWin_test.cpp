@@ -56,7 +56,6 @@ protected:
     }
 
     void Type(int field, const char *text) { fields[field]->setText(text); }
-    // Types into the first fields, one text each.
     void TypeAll(const std::vector<const char *> &typed)
     {
         for (size_t i = 0; i < typed.size(); i++)

@@ -574,6 +574,7 @@ TEST_F(FtpConversationTls, TheCertificateQuestionAnsweredEachWay)
                   (std::vector<std::string>{"Don't Connect", "Trust Always", "Connect Once"}));
         for (const std::string &part : {server.Fingerprint(),
                                         std::string("It claims to be: CN=kestrin-test"),
+                                        std::string("Issued by: CN=kestrin-test"),
                                         std::string("self-signed certificate"),
                                         std::string("session \"secure\"")})
             EXPECT_THAT(shown[0].text, HasSubstr(part));

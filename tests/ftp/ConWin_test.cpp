@@ -56,6 +56,15 @@ protected:
         fList->setCurrentItem(found.first());
     }
 
+    // The session file the main window was asked to open in message `i`.
+    std::string SessionSent(size_t i) const
+    {
+        std::string session;
+        EXPECT_EQ(fMain.messages[i].what, kestrin::kMsgOpenFtpSession);
+        EXPECT_EQ(fMain.messages[i].FindString("session", &session), B_OK);
+        return session;
+    }
+
     static void Click(QWidget *window, const char *button)
     {
         QTest::mouseClick(window->findChild<QPushButton *>(button), Qt::LeftButton);
@@ -99,10 +108,7 @@ TEST_F(ConWinTest, ConnectNeedsASelectionAndHandsTheSessionFileToTheMainWindow)
     Select("work");
     Click(window.get(), "bConnect");
     ASSERT_TRUE(QTest::qWaitFor([&] { return !fMain.messages.empty(); }));
-    std::string session;
-    EXPECT_EQ(fMain.messages[0].what, kestrin::kMsgOpenFtpSession);
-    EXPECT_EQ(fMain.messages[0].FindString("session", &session), B_OK);
-    EXPECT_EQ(session, "work.ftp");
+    EXPECT_EQ(SessionSent(0), "work.ftp");
     EXPECT_FALSE(window->isVisible());
 
     // A double-click on a row connects as well.
@@ -112,8 +118,7 @@ TEST_F(ConWinTest, ConnectNeedsASelectionAndHandsTheSessionFileToTheMainWindow)
     QTest::mouseClick(fList->viewport(), Qt::LeftButton, {}, row.center());
     QTest::mouseDClick(fList->viewport(), Qt::LeftButton, {}, row.center());
     ASSERT_TRUE(QTest::qWaitFor([&] { return fMain.messages.size() == 2; }));
-    fMain.messages[1].FindString("session", &session);
-    EXPECT_EQ(session, "home.ftp");
+    EXPECT_EQ(SessionSent(1), "home.ftp");
     EXPECT_EQ(fAlerts.Count(), 3u);
 }
 
@@ -150,9 +155,7 @@ TEST_F(ConWinTest, TheKeyboardAloneChoosesAndConnects)
     const std::string chosen = selected();
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !fMain.messages.empty(); }));
-    std::string session;
-    fMain.messages[0].FindString("session", &session);
-    EXPECT_EQ(session, chosen + ".ftp");
+    EXPECT_EQ(SessionSent(0), chosen + ".ftp");
     EXPECT_EQ(fMain.messages.size(), 1u) << "one Return, one connection";
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(fAlerts.Count(), 0u);
@@ -181,18 +184,6 @@ TEST_F(ConWinTest, DeleteRemovesTheFileOnlyWhenConfirmed)
     EXPECT_FALSE(fs::exists(Folder() + "/old.ftp"));
     EXPECT_FALSE(fs::exists(Folder() + "/old.ftp.tls"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return fList->count() == 0; }));
-}
-
-TEST_F(ConWinTest, EditOpensTheSelectedSession)
-{
-    WriteSession("work.ftp");
-    auto window = Open();
-    Select("work");
-    Click(window.get(), "bEdit");
-    auto *settings = window->findChild<kestrin::FtpWin *>();
-    ASSERT_NE(settings, nullptr);
-    EXPECT_EQ(settings->findChild<QLineEdit *>("text1")->text(), "work");
-    EXPECT_EQ(settings->findChild<QLineEdit *>("text4")->text(), "u");
 }
 
 TEST_F(ConWinTest, AFolderThatCannotBeWatchedIsReported)
@@ -245,16 +236,14 @@ TEST_F(ConWinTest, ListsFtpAndSftpSessionsAndNewConnectionAsksTheKind)
 
     fAlerts.Clear();
 
-    struct Case
-    {
-        const char *row, *file, *user;
-    };
-    for (const Case &each : {Case{"work (SFTP)", "work.sftp", "s"}, Case{"work", "work.ftp", "u"}}) {
-        Select(each.row);
+    // Edit opens the selected row's own file.
+    for (const auto &[row, user] : {std::pair{"work (SFTP)", "s"}, std::pair{"work", "u"}}) {
+        Select(row);
         Click(window.get(), "bEdit");
         auto *settings = window->findChild<kestrin::FtpWin *>();
-        ASSERT_NE(settings, nullptr) << each.row;
-        EXPECT_EQ(settings->findChild<QLineEdit *>("text4")->text(), each.user) << each.row;
+        ASSERT_NE(settings, nullptr) << row;
+        EXPECT_EQ(settings->findChild<QLineEdit *>("text1")->text(), "work") << row;
+        EXPECT_EQ(settings->findChild<QLineEdit *>("text4")->text(), user) << row;
         delete settings;
     }
 
@@ -282,7 +271,5 @@ TEST_F(ConWinTest, ListsFtpAndSftpSessionsAndNewConnectionAsksTheKind)
     Select("box (SFTP)");
     Click(window.get(), "bConnect");
     ASSERT_TRUE(QTest::qWaitFor([&] { return !fMain.messages.empty(); }));
-    std::string session;
-    fMain.messages[0].FindString("session", &session);
-    EXPECT_EQ(session, "box.sftp");
+    EXPECT_EQ(SessionSent(0), "box.sftp");
 }

@@ -96,7 +96,7 @@ TEST(FtpListing, LongListingsAndLinesAreReadWhole)
     EXPECT_EQ(rows.back().name, longName);
 }
 
-TEST(FtpListing, DosLinesBecomeRows)
+TEST(FtpListing, DosAndMixedLinesBecomeRows)
 {
     const Case cases[] = {
         {"a folder in IIS's columns",
@@ -123,6 +123,13 @@ TEST(FtpListing, DosLinesBecomeRows)
          "01-02-24  10:30AM  12k name\r\n01-02-24  10:30XM  1 name\r\n"
          "01-02-24  10:30AM  <DIR>  .\r\n01-02-24  10:30AM  <DIR>  ..\r\n",
          {}},
+        {"one listing may mix the forms, line by line",
+         "type=file;size=3;modify=20200102120000;UNIX.mode=0644; m\r\n"
+         "01-02-24  10:30AM  <DIR>  d\r\n"
+         "-rw-r--r--    1 1000     1000            3 Jan 02  2020 l",
+         {{"m", "3", "2020-01-02 12:00:00", "-rw-r--r--", kJan2Noon},
+          {"d", "<DIR>", "01-02-24  10:30AM", "d", {}},
+          {"l", "3", "Jan 02  2020", "-rw-r--r--"}}},
     };
     for (const Case &c : cases)
         EXPECT_EQ(GetEntries(c.listing), c.rows) << c.what;
@@ -159,38 +166,6 @@ TEST(FtpListing, MachineLinesBecomeRowsWithExactTimes)
     };
     for (const Case &c : cases)
         EXPECT_EQ(GetEntries(c.listing), c.rows) << c.what;
-}
-
-// A server with MLSD and one with only LIST describe the same entry the same
-// way: only the date is told more exactly.
-TEST(FtpListing, AMachineLineAndItsLsLineGiveTheSameRow)
-{
-    const std::pair<const char *, const char *> pairs[] = {
-        {"type=file;size=1234;modify=20200102120000;UNIX.mode=0644; my file.txt",
-         "-rw-r--r--    1 1000     1000         1234 Jan 02  2020 my file.txt"},
-        {"type=dir;size=4096;modify=20190304101112;UNIX.mode=0755; a dir",
-         "drwxr-xr-x    2 1000     1000         4096 Mar 04  2019 a dir"},
-        {"type=OS.unix=slink:t;size=3;modify=20180506070809;UNIX.mode=0777; l",
-         "lrwxrwxrwx    1 1000     1000            3 May 06  2018 l -> t"},
-    };
-    for (const auto &[machine, unix] : pairs) {
-        const std::vector<FtpListingRow> fromFacts = GetEntries(machine);
-        const std::vector<FtpListingRow> fromLs = GetEntries(unix);
-        ASSERT_EQ(fromFacts.size(), 1u) << machine;
-        ASSERT_EQ(fromLs.size(), 1u) << unix;
-        const FtpListingRow &exact = fromFacts[0];
-        const FtpListingRow &listed = fromLs[0];
-        EXPECT_EQ(exact.name, listed.name);
-        EXPECT_EQ(exact.size, listed.size);
-        EXPECT_EQ(exact.permissions, listed.permissions);
-        ASSERT_TRUE(exact.modified.has_value());
-        EXPECT_EQ(ListedTime(listed.date), *exact.modified - *exact.modified % 86400) << unix;
-    }
-    // One listing may mix the forms, line by line.
-    EXPECT_EQ(GetEntries(std::string(pairs[0].first) + "\r\n01-02-24  10:30AM  <DIR>  d\r\n"
-                         + pairs[0].second)
-                  .size(),
-              3u);
 }
 
 } // namespace

@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
-#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 using kestrin::FtpSession;
@@ -57,10 +56,7 @@ TEST(FtpSessionKeyring, ThePasswordMovesIntoTheKeyringAndBackWithoutATrace)
     EXPECT_EQ(ReadFileBytes(folder + "/site.ftp"), keyringFile);
     EXPECT_EQ(ReadFileBytes(folder + "/site.ftp.kestrin"), "Later=yes\nPasswordInKeyring=1\n");
     EXPECT_EQ(FilesIn(folder), (std::set<std::string>{"site.ftp", "site.ftp.kestrin"}));
-    struct stat info
-    {};
-    ASSERT_EQ(stat((folder + "/site.ftp").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0600u);
+    EXPECT_EQ(fs::status(folder + "/site.ftp").permissions(), fs::perms(0600));
 
     const FtpSession read = FtpSession::Read("site.ftp");
     EXPECT_TRUE(read.passwordInKeyring);

@@ -18,7 +18,6 @@
 #include <QTest>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -27,6 +26,8 @@ using kestrin::FtpWin;
 using kestrin::SessionPassword;
 
 namespace {
+
+const std::string kPlain = "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n";
 
 class FtpWinTest : public ::testing::Test
 {
@@ -55,17 +56,34 @@ protected:
     }
 
     void Type(int field, const char *text) { fields[field]->setText(text); }
+    void TypeAll(const std::vector<const char *> &typed)
+    {
+        for (size_t i = 0; i < typed.size(); i++)
+            Type(int(i), typed[i]);
+    }
+    static bool Show(FtpWin *window)
+    {
+        window->show();
+        return QTest::qWaitForWindowExposed(window);
+    }
 
     // Types the seven fields, ticks the keyring's box and saves: the window
     // closes with nothing to say.
     void SaveInKeyring(FtpWin *window, const std::vector<const char *> &typed)
     {
-        for (int i = 0; i < 7; i++)
-            Type(i, typed[i]);
+        TypeAll(typed);
         box->setChecked(true);
         Ok(window);
         ASSERT_TRUE(QTest::qWaitFor([&] { return !window->isVisible(); }, 30000));
         EXPECT_EQ(fAlerts.Count(), 0u);
+    }
+
+    // Session "kept", whose password is in the keyring.
+    void WriteKept() const
+    {
+        fs::create_directories(PathOf(""));
+        WriteFileBytes(PathOf("kept.ftp"), kPlain);
+        WriteFileBytes(PathOf("kept.ftp.kestrin"), "PasswordInKeyring=1\n");
     }
 
     static void Ok(FtpWin *window)
@@ -163,8 +181,7 @@ TEST_F(FtpWinTest, OkStopsAtTheFirstEmptyRequiredFieldAndFocusesIt)
 TEST_F(FtpWinTest, FieldsStandUnderTheirLabelsInOrderAndOKComesBeforeCancel)
 {
     auto window = Open(std::nullopt);
-    window->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    ASSERT_TRUE(Show(window.get()));
     const char *labels[]
         = {"Session:", "Host:", "Port:", "User Name:", "Password:", "Remote Dir:", "Local Dir:"};
     for (int i = 0; i < 7; i++) {
@@ -190,18 +207,13 @@ TEST_F(FtpWinTest, ANewSessionIsSavedOwnerOnlyWithItsSixKeys)
 {
     auto window = Open(std::nullopt);
     EXPECT_EQ(fields[4]->echoMode(), QLineEdit::Normal);
-    const char *typed[] = {"site", "ftp.example.org", "2121", "me", "secret", "/pub", ""};
-    for (int i = 0; i < 7; i++)
-        Type(i, typed[i]);
+    TypeAll({"site", "ftp.example.org", "2121", "me", "secret", "/pub", ""});
     Ok(window.get());
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(fAlerts.Count(), 0u);
     EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")),
               "Host=ftp.example.org\nPort=2121\nUser=me\nPass=secret\nRemoteDir=/pub\nLocalDir=\n");
-    struct stat st
-    {};
-    ASSERT_EQ(stat(PathOf("site.ftp").c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    EXPECT_EQ(fs::status(PathOf("site.ftp")).permissions(), fs::perms(0600));
     // A session with the default TLS choice leaves nothing else.
     EXPECT_EQ(std::distance(fs::directory_iterator(PathOf("")), fs::directory_iterator()), 1);
 }
@@ -211,10 +223,8 @@ TEST_F(FtpWinTest, ANewSessionIsSavedOwnerOnlyWithItsSixKeys)
 // file stays byte for byte what a plain one is.
 TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
 {
-    const std::string plain = "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n";
     auto window = Open(std::nullopt);
-    window->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    ASSERT_TRUE(Show(window.get()));
     auto *tls = window->findChild<QComboBox *>("tlsChoice");
     ASSERT_NE(tls, nullptr);
     EXPECT_GT(tls->y(), fields[6]->y());
@@ -223,26 +233,20 @@ TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
     EXPECT_EQ(tls->itemText(1), "TLS required");
     EXPECT_EQ(tls->itemText(2), "no TLS");
     EXPECT_FALSE(window->findChild<QPushButton *>("bForget")->isVisible());
-    const char *typed[] = {"site", "h", "21", "u"};
-    for (int i = 0; i < 4; i++)
-        Type(i, typed[i]);
+    TypeAll({"site", "h", "21", "u"});
     tls->setCurrentIndex(1);
     Ok(window.get());
     EXPECT_EQ(fAlerts.Count(), 0u);
-    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), plain);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), kPlain);
     EXPECT_EQ(ReadFileBytes(PathOf("site.ftp.tls")), "Tls=Required\nCertificate=\n");
-    struct stat st
-    {};
-    ASSERT_EQ(stat(PathOf("site.ftp.tls").c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    EXPECT_EQ(fs::status(PathOf("site.ftp.tls")).permissions(), fs::perms(0600));
     EXPECT_EQ(std::distance(fs::directory_iterator(PathOf("")), fs::directory_iterator()), 2)
         << "no temporary file stays";
 
     // A certificate trusted since: shown, and forgotten on request.
     WriteFileBytes(PathOf("site.ftp.tls"), "Tls=Off\nCertificate=AB:CD\n");
     window = Open("site.ftp");
-    window->show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    ASSERT_TRUE(Show(window.get()));
     tls = window->findChild<QComboBox *>("tlsChoice");
     EXPECT_EQ(tls->currentText(), "no TLS");
     auto *trusted = window->findChild<QLabel *>("trustedCertificate");
@@ -254,7 +258,7 @@ TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
     tls->setCurrentIndex(0);
     Ok(window.get());
     EXPECT_FALSE(fs::exists(PathOf("site.ftp.tls"))) << "the defaults need no file";
-    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), plain);
+    EXPECT_EQ(ReadFileBytes(PathOf("site.ftp")), kPlain);
 
     // Saved under another name, the choice and the trust go with it.
     WriteFileBytes(PathOf("site.ftp.tls"), "Tls=Required\nCertificate=AB:CD\n");
@@ -262,7 +266,7 @@ TEST_F(FtpWinTest, TheTlsChoiceAndTheTrustedCertificateLiveInAFileOfTheirOwn)
     Type(0, "copy");
     Ok(window.get());
     EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp.tls")), "Tls=Required\nCertificate=AB:CD\n");
-    EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp")), plain);
+    EXPECT_EQ(ReadFileBytes(PathOf("copy.ftp")), kPlain);
 }
 
 TEST_F(FtpWinTest, AMissingKeyShowsTheTextBeforeItAndRenamingKeepsTheOldFile)
@@ -287,9 +291,7 @@ TEST_F(FtpWinTest, AFileThatCannotBeMadeIsReportedAndTheWindowCloses)
     fs::create_directories(fHome.ConfigDir());
     WriteFileBytes(fHome.ConfigDir() + "/Kestrin", "");
     auto window = Open(std::nullopt);
-    const char *typed[] = {"site", "h", "21", "u"};
-    for (int i = 0; i < 4; i++)
-        Type(i, typed[i]);
+    TypeAll({"site", "h", "21", "u"});
     Ok(window.get());
     ASSERT_EQ(fAlerts.Count(), 1u);
     EXPECT_EQ(fAlerts.Shown()[0].text, "Could not create the application preferences file.");
@@ -383,25 +385,21 @@ TEST_F(FtpWinTest, WithoutAKeyringTheOptionIsDisabledAndSaysWhy)
     EXPECT_EQ(box->toolTip(), why);
     EXPECT_EQ(window->findChild<QLabel *>("label6")->text(),
               "Warning! storing password is insecure.");
-    const char *typed[] = {"plain", "h", "21", "u", "pw"};
-    for (int i = 0; i < 5; i++)
-        Type(i, typed[i]);
+    TypeAll({"plain", "h", "21", "u", "pw"});
     Ok(window.get());
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(ReadFileBytes(PathOf("plain.ftp")),
               "Host=h\nPort=21\nUser=u\nPass=pw\nRemoteDir=\nLocalDir=\n");
     EXPECT_FALSE(fs::exists(PathOf("plain.ftp.kestrin")));
 
-    WriteFileBytes(PathOf("kept.ftp"), "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n");
-    WriteFileBytes(PathOf("kept.ftp.kestrin"), "PasswordInKeyring=1\n");
+    WriteKept();
     window = Open("kept.ftp");
     EXPECT_TRUE(box->isChecked());
     EXPECT_FALSE(box->isEnabled());
     ASSERT_TRUE(QTest::qWaitFor([&] { return !fields[4]->isReadOnly(); }, 30000));
     Ok(window.get());
     EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(ReadFileBytes(PathOf("kept.ftp")),
-              "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n");
+    EXPECT_EQ(ReadFileBytes(PathOf("kept.ftp")), kPlain);
     EXPECT_EQ(ReadFileBytes(PathOf("kept.ftp.kestrin")), "PasswordInKeyring=1\n");
 }
 
@@ -423,9 +421,7 @@ TEST_F(FtpWinTest, AKeyringThatDoesNotAnswerNeverHoldsUpTheWindow)
                                               &keyring,
                                               QDBusConnection::SubPath));
     }
-    fs::create_directories(PathOf(""));
-    WriteFileBytes(PathOf("kept.ftp"), "Host=h\nPort=21\nUser=u\nPass=\nRemoteDir=\nLocalDir=\n");
-    WriteFileBytes(PathOf("kept.ftp.kestrin"), "PasswordInKeyring=1\n");
+    WriteKept();
 
     TickGaps gaps;
     auto window = std::make_unique<FtpWin>(QRect(0, 0, 800, 600), nullptr, "kept.ftp");

@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
-#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 using kestrin::FtpSession;
@@ -44,10 +43,7 @@ TEST(SftpSessionFiles, BothKindsAreKeptListedReadAndRemovedApart)
         session.localDir = "/tmp";
         ASSERT_TRUE(session.Write()) << each.file;
         EXPECT_EQ(ReadFileBytes(folder + "/" + each.file), each.bytes) << each.file;
-        struct stat info
-        {};
-        ASSERT_EQ(stat((folder + "/" + each.file).c_str(), &info), 0);
-        EXPECT_EQ(info.st_mode & 0777, 0600u) << each.file;
+        EXPECT_EQ(fs::status(folder + "/" + each.file).permissions(), fs::perms(0600)) << each.file;
         EXPECT_EQ(FtpSession::KindOf(each.file), each.kind) << each.file;
         EXPECT_EQ(session.SavedPlace(), each.saved) << each.file;
         EXPECT_EQ(FtpSession::FileOfSavedPlace(each.saved), each.file) << each.file;
@@ -60,8 +56,6 @@ TEST(SftpSessionFiles, BothKindsAreKeptListedReadAndRemovedApart)
     const std::vector<std::string> sftp = FtpSession::List(Kind::Sftp);
     EXPECT_EQ(std::set<std::string>(sftp.begin(), sftp.end()),
               (std::set<std::string>{"site", "a.b"}));
-    EXPECT_EQ(FtpSession::DefaultPort(Kind::Ftp), std::string("21"));
-    EXPECT_EQ(FtpSession::DefaultPort(Kind::Sftp), std::string("22"));
     EXPECT_FALSE(FtpSession::KindOf("site.sftp.bak"));
     EXPECT_FALSE(FtpSession::IsSessionFile("site.sftp"));
     // A folder's path and a session that is not stored name no session.

@@ -133,11 +133,11 @@ TEST(FtpReplyReader, PortAndPassiveTextsAreReadAndWritten)
         FtpWireText::ParsePassiveReply("227 Entering Passive Mode (192,168,1,2,4,1)", &address));
     EXPECT_EQ(address.host, "192.168.1.2");
     EXPECT_EQ(address.port, 1025u);
-    EXPECT_FALSE(
-        FtpWireText::ParsePassiveReply("227 Entering Passive Mode 192,168,1,2,4,1", &address));
-    EXPECT_FALSE(FtpWireText::ParsePassiveReply("227 (192,168,1,2,4,256)", &address));
-    EXPECT_FALSE(FtpWireText::ParsePassiveReply("227 (1,2,3,4,5)", &address));
-    EXPECT_FALSE(FtpWireText::ParsePassiveReply("227 (1,2,3,4,5,99999999999999999999)", &address));
+    for (const char *refused : {"227 Entering Passive Mode 192,168,1,2,4,1",
+                                "227 (192,168,1,2,4,256)",
+                                "227 (1,2,3,4,5)",
+                                "227 (1,2,3,4,5,99999999999999999999)"})
+        EXPECT_FALSE(FtpWireText::ParsePassiveReply(refused, &address)) << refused;
 
     EXPECT_EQ(FtpWireText::ExpectedSize(
                   "150 Opening BINARY mode data connection for f (1234 bytes)."),
@@ -231,13 +231,8 @@ TEST(FtpScripted, GreetingRulesAndSilentServer)
         EXPECT_TRUE(server.Finish().empty());
     }
     {
-        TcpSocket closed;
-        SocketAddress local;
-        ASSERT_EQ(closed.Open(), B_OK);
-        ASSERT_EQ(closed.BindEphemeral(0x7f000001), B_OK);
-        ASSERT_EQ(closed.LocalAddress(&local), B_OK);
         CallbackLog log;
-        clsFTP ftp("127.0.0.1", local.port, nullptr, 0, kTimeout, &CallbackLog::Record, &log);
+        clsFTP ftp("127.0.0.1", ClosedPort(), nullptr, 0, kTimeout, &CallbackLog::Record, &log);
         EXPECT_EQ(ftp.Connect("anonymous", "x", nullptr), 6);
         EXPECT_TRUE(log.HasText("Unable to connect to host"));
     }
@@ -247,10 +242,8 @@ TEST(FtpScripted, ProxyCarriesTheRealServerInUser)
 {
     ScriptedServer server([](ScriptedServer::Session &s) {
         s.Send("220 proxy\r\n");
-        s.ReadLine();
-        s.Send("331 password\r\n");
-        s.ReadLine();
-        s.Send("230-logged\r\n230 in\r\n");
+        s.Answer("331 password\r\n");
+        s.Answer("230-logged\r\n230 in\r\n");
         s.WaitForClose();
     });
     CallbackLog log;
@@ -269,17 +262,15 @@ TEST(FtpScripted, PassiveGoesToTheControlPeerAndAnEmptyListingIsNull)
 {
     ScriptedServer server([](ScriptedServer::Session &s) {
         s.Send("220 hi\r\n");
-        s.ReadLine(); // TYPE A
-        s.Send("200 ok\r\n");
-        s.ReadLine(); // PASV
+        s.Answer("200 ok\r\n"); // TYPE A
+        s.ReadLine();           // PASV
         TcpSocket listener, data;
         const unsigned port = s.ListenForData(&listener);
         // Another host's address: the client must stay on 127.0.0.1.
         s.Send("227 Entering Passive Mode (" + PassiveNumbers("192.0.2.9", port) + ").\r\n");
         if (!s.AcceptData(&listener, &data))
             return;
-        s.ReadLine(); // LIST
-        s.Send("150 Here it comes\r\n");
+        s.Answer("150 Here it comes\r\n"); // LIST
         data.Close();
         s.Send("226 done\r\n");
         s.WaitForClose();
@@ -300,16 +291,10 @@ TEST(FtpScripted, ActiveAnnouncesTheControlAddressAndRetrWithoutCount)
     unsigned announcedPort = 0;
     ScriptedServer server([&announcedPort](ScriptedServer::Session &s) {
         s.Send("220 hi\r\n");
-        const std::string port = s.ReadLine();
-        unsigned h[6] = {};
-        if (sscanf(port.c_str(), "PORT %u,%u,%u,%u,%u,%u", &h[0], &h[1], &h[2], &h[3], &h[4], &h[5])
-            != 6)
-            return;
-        announcedPort = h[4] * 256 + h[5];
+        announcedPort = s.ReadPort();
         s.Send("200 PORT ok\r\n");
-        s.ReadLine(); // TYPE I
-        s.Send("200 ok\r\n");
-        s.ReadLine(); // RETR
+        s.Answer("200 ok\r\n"); // TYPE I
+        s.ReadLine();           // RETR
         TcpSocket data;
         if (!s.ConnectData(announcedPort, &data))
             return;
@@ -342,10 +327,8 @@ TEST(FtpScripted, UnusablePassiveReplyFailsTheTransfer)
 {
     ScriptedServer server([](ScriptedServer::Session &s) {
         s.Send("220 hi\r\n");
-        s.ReadLine(); // TYPE A
-        s.Send("200 ok\r\n");
-        s.ReadLine(); // PASV
-        s.Send("227 Entering Passive Mode 127,0,0,1,4,1\r\n");
+        s.Answer("200 ok\r\n");                                  // TYPE A
+        s.Answer("227 Entering Passive Mode 127,0,0,1,4,1\r\n"); // PASV
         s.WaitForClose();
     });
     CallbackLog log;
@@ -362,10 +345,8 @@ TEST(FtpScripted, OnlyA257NamesAFolderAndALostConnectionSaysHow)
     {
         ScriptedServer server([](ScriptedServer::Session &s) {
             s.Send("220 hi\r\n");
-            s.ReadLine(); // PWD
-            s.Send("550 no folder for you\r\n");
-            s.ReadLine(); // PWD
-            s.Send("257 \"/pub\" is here\r\n");
+            s.Answer("550 no folder for you\r\n"); // PWD
+            s.Answer("257 \"/pub\" is here\r\n");  // PWD
             // Gone before the third.
         });
         clsFTP ftp("127.0.0.1", server.Port(), nullptr, 0, kTimeout, nullptr, nullptr);
@@ -387,8 +368,7 @@ TEST(FtpScripted, OnlyA257NamesAFolderAndALostConnectionSaysHow)
         // would be read as the answer to the next command.
         ScriptedServer server([](ScriptedServer::Session &s) {
             s.Send("220 hi\r\n");
-            s.ReadLine(); // TYPE A
-            s.Send("200 ok\r\n");
+            s.Answer("200 ok\r\n"); // TYPE A
             TcpSocket data;
             if (s.SendPassiveData(&data))
                 s.WaitForClose();
@@ -410,42 +390,29 @@ TEST(FtpScripted, FeaturesAreTakenUpAndTransfersGoOnFromAnOffset)
 {
     std::string appended;
     ScriptedServer server([&appended](ScriptedServer::Session &s) {
-        const auto dataConnection = [&s](TcpSocket *data) {
-            s.ReadLine(); // PASV
-            TcpSocket listener;
-            const unsigned port = s.ListenForData(&listener);
-            s.Send("227 Entering Passive Mode (" + PassiveNumbers("127.0.0.1", port) + ").\r\n");
-            return s.AcceptData(&listener, data);
-        };
         s.Send("220 hi\r\n");
         s.AnswerFeatures(
             "211-Extensions supported:\r\n SIZE\r\n"
             " MLST Type*;Size*;Modify*;UNIX.mode;Perm;\r\n REST STREAM\r\n211 END\r\n");
-        s.ReadLine(); // OPTS MLST
-        s.Send("200 MLST OPTS type;size;modify;unix.mode;\r\n");
-        s.ReadLine(); // TYPE I
-        s.Send("200 ok\r\n");
+        s.Answer("200 MLST OPTS type;size;modify;unix.mode;\r\n"); // OPTS MLST
+        s.Answer("200 ok\r\n");                                    // TYPE I
         TcpSocket data;
-        if (!dataConnection(&data))
+        if (!s.AcceptPassiveData(&data))
             return;
-        s.ReadLine(); // REST 6
-        s.Send("350 Restarting at 6.\r\n");
-        s.ReadLine(); // RETR f
-        s.Send("150 Opening (5 bytes)\r\n");
+        s.Answer("350 Restarting at 6.\r\n");  // REST 6
+        s.Answer("150 Opening (5 bytes)\r\n"); // RETR f
         data.SendAll("world", 5);
         data.Close();
         s.Send("226 done\r\n");
-        if (!dataConnection(&data))
+        if (!s.AcceptPassiveData(&data))
             return;
-        s.ReadLine(); // APPE g
-        s.Send("150 ok\r\n");
+        s.Answer("150 ok\r\n"); // APPE g
         char buffer[64];
         for (ssize_t got; data.WaitReady(true, ScriptedServer::kWaitSeconds, 0) == B_OK
                           && (got = data.Receive(buffer, sizeof buffer)) > 0;)
             appended.append(buffer, size_t(got));
         s.Send("226 done\r\n");
-        s.ReadLine(); // NOOP
-        s.Send("421 Idle too long.\r\n");
+        s.Answer("421 Idle too long.\r\n"); // NOOP
     });
     QTemporaryDir folder;
     const std::string local = folder.path().toStdString();

@@ -1,9 +1,8 @@
-// A pane's SFTP conversation against OpenSSH's sshd on 127.0.0.1: the
-// questions a login asks, each step and where it leads, and a connection
-// that drops between requests.
+// A pane's SFTP client against OpenSSH's sshd on 127.0.0.1: each step and
+// where it leads, the passwords a login tries, and a connection that drops
+// between requests. (The host and password questions: SftpConversation's.)
 
-#include "SshdServer.h"
-#include "TempHome.h"
+#include "SshdSessionTest.h"
 #include "sftp/SftpFolderClient.h"
 
 #include <algorithm>
@@ -18,23 +17,9 @@ using kestrin::SftpResult;
 
 namespace {
 
-class SftpFolderClientTest : public ::testing::Test
+class SftpFolderClientTest : public SshdSessionTest
 {
 protected:
-    void SetUp() override
-    {
-        if (!server.Unavailable().empty())
-            GTEST_SKIP() << server.Unavailable();
-        home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        fs::create_directories(home.Home() + "/.ssh");
-        remote = server.Scratch();
-        session.name = "box";
-        session.host = "127.0.0.1";
-        session.port = std::to_string(server.Port());
-        session.user = SshdServer::User();
-        session.remoteDir = remote;
-    }
-
     SftpFolderClient::Questions Trusting()
     {
         SftpFolderClient::Questions questions;
@@ -43,13 +28,6 @@ protected:
             return true;
         };
         return questions;
-    }
-
-    void InstallUserKey()
-    {
-        fs::copy_file(server.UserKey(),
-                      home.Home() + "/.ssh/id_ed25519",
-                      fs::copy_options::overwrite_existing);
     }
 
     static std::vector<std::string> Names(const SftpResult &result)
@@ -61,73 +39,15 @@ protected:
         return names;
     }
 
-    static SftpRequest Request(SftpRequest::Step step,
-                               const std::string &base,
-                               const std::string &name = {})
-    {
-        SftpRequest request;
-        request.step = step;
-        request.base = base;
-        request.name = name;
-        return request;
-    }
-
-    TempHome home;
-    SshdServer server;
-    FtpSession session;
-    std::string remote;
     std::vector<std::string> shownKeys;
 };
 
 } // namespace
 
-TEST_F(SftpFolderClientTest, LogsInOnlyWithATrustedHostAndAWayIn)
-{
-    // The host key refused: nothing else happens, nothing is remembered.
-    SftpFolderClient::Questions refusing;
-    int passwordAsked = 0;
-    refusing.trustHost = [&](const platform::SshHostKey &key) {
-        shownKeys.push_back(key.fingerprint);
-        return false;
-    };
-    refusing.password = [&] {
-        passwordAsked++;
-        return std::nullopt;
-    };
-    SftpResult result = SftpFolderClient(session, 20000, refusing, nullptr).Run({});
-    EXPECT_NE(result.connectError.find("not accepted"), std::string::npos) << result.connectError;
-    EXPECT_EQ(shownKeys, std::vector<std::string>{server.Fingerprint()});
-    EXPECT_FALSE(fs::exists(home.Home() + "/.ssh/known_hosts"));
-    EXPECT_EQ(passwordAsked, 0);
-
-    // Trusted, but no key: the password is asked for, and not given.
-    SftpFolderClient::Questions questions = Trusting();
-    questions.password = refusing.password;
-    result = SftpFolderClient(session, 20000, questions, nullptr).Run({});
-    EXPECT_NE(result.connectError.find("did not let"), std::string::npos) << result.connectError;
-    EXPECT_EQ(passwordAsked, 1);
-
-    // With the key: in, at the session's folder; the host is known now.
-    InstallUserKey();
-    fs::create_directories(remote + "/sub");
-    std::vector<std::string> log;
-    SftpFolderClient client(session, 20000, questions, [&](const std::string &line) {
-        log.push_back(line);
-    });
-    result = client.Run({});
-    EXPECT_EQ(result.connectError, "");
-    EXPECT_EQ(result.folder, fs::canonical(remote).string());
-    EXPECT_EQ(Names(result), std::vector<std::string>{"sub"});
-    EXPECT_EQ(shownKeys.size(), 2u) << "a known host is not asked about again";
-    EXPECT_EQ(passwordAsked, 1);
-    ASSERT_FALSE(log.empty());
-    EXPECT_EQ(log.back(), "Logged in as " + session.user + ".");
-}
-
 TEST_F(SftpFolderClientTest, EachStepLeadsWhereItSaysAndDeletesNothingBeyondALink)
 {
     InstallUserKey();
-    const std::string base = fs::canonical(remote).string();
+    const std::string base = fs::canonical(session.remoteDir).string();
     fs::create_directories(base + "/sub/deep");
     WriteFileBytes(base + "/sub/deep/file", "x");
     const std::string outside = home.Root() + "/outside";

@@ -83,6 +83,15 @@ std::string VsftpdServer::ProtocolLog() const
     return ReadFileBytes(fDir.path().toStdString() + "/protocol.log").value_or("");
 }
 
+size_t VsftpdServer::Logged(const std::string &part) const
+{
+    const std::string log = ProtocolLog();
+    size_t count = 0;
+    for (size_t at = log.find(part); at != std::string::npos; at = log.find(part, at + 1))
+        count++;
+    return count;
+}
+
 VsftpdServer::VsftpdServer(const Options &options)
 {
     if (access(kVsftpd, X_OK) != 0) {

@@ -45,6 +45,8 @@ public:
     std::string Scratch() const;
     // Every command and reply of the sessions so far, as vsftpd logs them.
     std::string ProtocolLog() const;
+    // How many times `part` stands in that log.
+    size_t Logged(const std::string &part) const;
     // The SHA-256 fingerprint of the certificate the sessions show, as
     // `openssl x509` gives it ("AB:CD:..."); empty without TLS.
     std::string Fingerprint() const { return fFingerprint; }

@@ -1,6 +1,7 @@
 #include "ScriptedServer.h"
 
 #include <algorithm>
+#include <cstdio>
 
 using platform::SocketAddress;
 using platform::TcpSocket;
@@ -24,6 +25,22 @@ std::string ScriptedServer::Session::ReadLine()
             return line;
         Send("502 AUTH not understood\r\n");
     }
+}
+
+void ScriptedServer::Session::Answer(const std::string &reply)
+{
+    ReadLine();
+    Send(reply);
+}
+
+unsigned ScriptedServer::Session::ReadPort()
+{
+    unsigned h[6] = {};
+    const std::string line = ReadLine();
+    if (sscanf(line.c_str(), "PORT %u,%u,%u,%u,%u,%u", &h[0], &h[1], &h[2], &h[3], &h[4], &h[5])
+        != 6)
+        return 0;
+    return h[4] * 256 + h[5];
 }
 
 std::string ScriptedServer::Session::NextLine()
@@ -67,23 +84,26 @@ bool ScriptedServer::Session::ConnectData(unsigned port, TcpSocket *data)
            == B_OK;
 }
 
-bool ScriptedServer::Session::SendPassiveData(TcpSocket *data)
+bool ScriptedServer::Session::AcceptPassiveData(TcpSocket *data)
 {
     ReadLine(); // PASV
     TcpSocket listener;
     const unsigned port = ListenForData(&listener);
     Send("227 Entering Passive Mode (" + PassiveNumbers("127.0.0.1", port) + ").\r\n");
-    if (!AcceptData(&listener, data))
+    return AcceptData(&listener, data);
+}
+
+bool ScriptedServer::Session::SendPassiveData(TcpSocket *data)
+{
+    if (!AcceptPassiveData(data))
         return false;
-    ReadLine();
-    Send("150 here\r\n");
+    Answer("150 here\r\n");
     return true;
 }
 
 void ScriptedServer::Session::AnswerFeatures(const std::string &reply)
 {
-    ReadLine(); // FEAT
-    Send(reply);
+    Answer(reply); // to FEAT
 }
 
 void ScriptedServer::Session::WaitForClose()
@@ -132,6 +152,16 @@ std::vector<std::string> ScriptedServer::Finish()
     return fReceived;
 }
 
+unsigned ClosedPort()
+{
+    TcpSocket closed;
+    SocketAddress local;
+    if (closed.Open() != B_OK || closed.BindEphemeral(kLoopback) != B_OK
+        || closed.LocalAddress(&local) != B_OK)
+        return 0;
+    return local.port;
+}
+
 std::string PassiveNumbers(const std::string &host, unsigned port)
 {
     std::string numbers = host;
@@ -142,17 +172,14 @@ std::string PassiveNumbers(const std::string &host, unsigned port)
 void ScriptedServer::SilentAfterTheFirstBlock(Session &s)
 {
     s.Send("220 hi\r\n");
-    for (const char *reply : {"331 pass\r\n", "230 in\r\n"}) {
-        s.ReadLine(); // USER, PASS
-        s.Send(reply);
-    }
-    s.AnswerFeatures();
-    for (const char *reply : {"250 ok\r\n", "200 ok\r\n"}) {
-        s.ReadLine(); // CWD /x, TYPE I
-        s.Send(reply);
-    }
-    s.ReadLine(); // SIZE f
-    s.Send("213 100000\r\n");
+    // USER, PASS, FEAT, CWD /x, TYPE I
+    for (const char *reply : {"331 pass\r\n",
+                              "230 in\r\n",
+                              "502 Command not implemented.\r\n",
+                              "250 ok\r\n",
+                              "200 ok\r\n"})
+        s.Answer(reply);
+    s.Answer("213 100000\r\n"); // SIZE f
     platform::TcpSocket data;
     if (!s.SendPassiveData(&data))
         return;

@@ -29,12 +29,18 @@ public:
         // scripts play, the session knows no TLS: it refuses AUTH itself
         // (502), and the script reads on from the USER that follows.
         std::string ReadLine();
+        // Reads the client's next line and sends `reply` to it.
+        void Answer(const std::string &reply);
+        // Reads a PORT command and gives the port it names, 0 when none.
+        unsigned ReadPort();
         // A listening socket on 127.0.0.1 for a passive data connection.
         unsigned ListenForData(platform::TcpSocket *listener);
         bool AcceptData(platform::TcpSocket *listener, platform::TcpSocket *data);
         bool ConnectData(unsigned port, platform::TcpSocket *data);
-        // Answers the client's PASV with a data connection on 127.0.0.1,
-        // takes it, and answers the LIST (or RETR) that follows with 150.
+        // Answers the client's PASV with a data connection on 127.0.0.1 and
+        // takes it.
+        bool AcceptPassiveData(platform::TcpSocket *data);
+        // That, and answers the LIST (or RETR) that follows with 150.
         bool SendPassiveData(platform::TcpSocket *data);
         // Answers the FEAT a client asks once logged in: by default, as a
         // server that offers nothing beyond RFC 959.
@@ -81,3 +87,6 @@ private:
 
 // "h1,h2,h3,h4,p1,p2" for 127.0.0.1 or another address and a port.
 std::string PassiveNumbers(const std::string &host, unsigned port);
+
+// A port on 127.0.0.1 that nothing listens on: bound, and let go at once.
+unsigned ClosedPort();

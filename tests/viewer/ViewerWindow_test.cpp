@@ -209,8 +209,9 @@ TEST_F(ViewerTest, TheWindowFitsItsTextOrPictureWithinTheScreen)
     ViewerWindow big(kFrame, path);
     big.show();
     const std::optional<int64_t> after = BytesReadByThisThread();
-    if (before && after)
+    if (before && after) {
         EXPECT_LT(*after - *before, 64 << 10) << "bytes the GUI thread read";
+    }
     ASSERT_NE(big.TextView(), nullptr);
     EXPECT_FALSE(big.TextView()->Showing());
     EXPECT_TRUE(big.TextView()->ShownRows().isEmpty());
@@ -316,8 +317,9 @@ TEST_F(ViewerTest, ImagesScaleByFactorStretchAndFitTheScreen)
     QStringList labels;
     for (QAction *item : scale->actions()) {
         labels << (item->isSeparator() ? "-" : item->text());
-        if (!item->isSeparator())
+        if (!item->isSeparator()) {
             EXPECT_EQ(item->data().toUInt(), platform::FourCC("scal"));
+        }
     }
     EXPECT_EQ(labels, QStringList({"50%", "100%", "200%", "-", "Max"}));
 

@@ -17,18 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// On tmpfs where there is one: tens of thousands of entries are made there in
-// a fraction of the time a journalling disk takes.
-QTemporaryDir ScratchFolder()
-{
-    if (access("/dev/shm", W_OK) == 0) {
-        QTemporaryDir shm("/dev/shm/kestrin-test-XXXXXX");
-        if (shm.isValid())
-            return shm;
-    }
-    return QTemporaryDir();
-}
-
 std::map<std::string, ScannedEntry> ByName(const std::vector<ScannedEntry> &entries)
 {
     std::map<std::string, ScannedEntry> byName;

@@ -152,18 +152,6 @@ int KernelWatches()
     return count;
 }
 
-// On tmpfs where there is one: tens of thousands of entries are made there in
-// a fraction of the time a journalling disk takes.
-QTemporaryDir ScratchFolder()
-{
-    if (access("/dev/shm", W_OK) == 0) {
-        QTemporaryDir shm("/dev/shm/kestrin-test-XXXXXX");
-        if (shm.isValid())
-            return shm;
-    }
-    return QTemporaryDir();
-}
-
 long QueueLimit()
 {
     std::ifstream file("/proc/sys/fs/inotify/max_queued_events");
@@ -180,16 +168,24 @@ void MakeFile(const std::string &path)
     close(fd);
 }
 
-} // namespace
-
-TEST(NodeMonitorTest, ReportsEntryEventsWithTheirFields)
+class NodeMonitorTest : public ::testing::Test
 {
+protected:
+    std::string Folder(const std::string &name)
+    {
+        fs::create_directories(root + "/" + name);
+        return root + "/" + name;
+    }
+
     TempHome home;
     const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/watched";
-    const std::string outside = root + "/outside";
-    fs::create_directories(folder);
-    fs::create_directories(outside);
+};
+
+} // namespace
+
+TEST_F(NodeMonitorTest, ReportsEntryEventsWithTheirFields)
+{
+    const std::string folder = Folder("watched"), outside = Folder("outside");
     WriteFileBytes(outside + "/incoming", "in");
     const struct stat folderInfo = StatOf(folder);
 
@@ -255,12 +251,9 @@ TEST(NodeMonitorTest, ReportsEntryEventsWithTheirFields)
     EXPECT_EQ(Summary(recorder), expected);
 }
 
-TEST(NodeMonitorTest, CoalescesStatChangesWithinOneRead)
+TEST_F(NodeMonitorTest, CoalescesStatChangesWithinOneRead)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/watched";
-    fs::create_directories(folder);
+    const std::string folder = Folder("watched");
     WriteFileBytes(folder + "/busy", "");
     WriteFileBytes(folder + "/doomed", "");
     WriteFileBytes(folder + "/reborn", "");
@@ -292,7 +285,7 @@ TEST(NodeMonitorTest, CoalescesStatChangesWithinOneRead)
     EXPECT_EQ(Summary(recorder), expected);
 }
 
-TEST(NodeMonitorTest, PairsAMoveWhoseHalvesAreReadSeparately)
+TEST_F(NodeMonitorTest, PairsAMoveWhoseHalvesAreReadSeparately)
 {
     // 8,191 creations and the MOVED_FROM are 8,192 events of 32 bytes: any
     // read buffer of a power of two up to 256 KiB ends right after the
@@ -302,8 +295,6 @@ TEST(NodeMonitorTest, PairsAMoveWhoseHalvesAreReadSeparately)
     if (QueueLimit() < kCreated + 10)
         GTEST_SKIP() << "the inotify queue limit is below " << kCreated + 10;
 
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
     const QTemporaryDir scratch = ScratchFolder();
     ASSERT_TRUE(scratch.isValid());
     const std::string folder = fs::canonical(scratch.path().toStdString());
@@ -331,13 +322,9 @@ TEST(NodeMonitorTest, PairsAMoveWhoseHalvesAreReadSeparately)
     EXPECT_EQ(Number(moved, "to directory"), int64_t(StatOf(folder).st_ino));
 }
 
-TEST(NodeMonitorTest, MovesBetweenWatchedFoldersReachEachHandlerOnce)
+TEST_F(NodeMonitorTest, MovesBetweenWatchedFoldersReachEachHandlerOnce)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string left = root + "/left", right = root + "/right";
-    fs::create_directories(left);
-    fs::create_directories(right);
+    const std::string left = Folder("left"), right = Folder("right");
     WriteFileBytes(left + "/x", "x");
     const int64_t node = int64_t(StatOf(left + "/x").st_ino);
     Fence fence(root + "/fence");
@@ -363,13 +350,9 @@ TEST(NodeMonitorTest, MovesBetweenWatchedFoldersReachEachHandlerOnce)
     }
 }
 
-TEST(NodeMonitorTest, TheWatchEndsWithTheWatchedFolder)
+TEST_F(NodeMonitorTest, TheWatchEndsWithTheWatchedFolder)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string deleted = root + "/deleted", moved = root + "/moved";
-    fs::create_directories(deleted);
-    fs::create_directories(moved);
+    const std::string deleted = Folder("deleted"), moved = Folder("moved");
     const struct stat rootInfo = StatOf(root), deletedInfo = StatOf(deleted),
                       movedInfo = StatOf(moved);
     Fence fence(root + "/fence");
@@ -403,12 +386,9 @@ TEST(NodeMonitorTest, TheWatchEndsWithTheWatchedFolder)
     EXPECT_EQ(NodeMonitor::StopWatching(moved, &recorder), B_BAD_VALUE);
 }
 
-TEST(NodeMonitorTest, HandlersAndPathsOfOneFolderShareOneKernelWatch)
+TEST_F(NodeMonitorTest, HandlersAndPathsOfOneFolderShareOneKernelWatch)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/folder", alias = root + "/alias";
-    fs::create_directories(folder);
+    const std::string folder = Folder("folder"), alias = root + "/alias";
     fs::create_directory_symlink("folder", alias);
     Fence fence(root + "/fence");
     const int before = KernelWatches();
@@ -443,13 +423,9 @@ TEST(NodeMonitorTest, HandlersAndPathsOfOneFolderShareOneKernelWatch)
     EXPECT_EQ(NodeMonitor::StopWatching(folder, &first), B_BAD_VALUE);
 }
 
-TEST(NodeMonitorTest, HandlersMayChangeWatchesWhileReceiving)
+TEST_F(NodeMonitorTest, HandlersMayChangeWatchesWhileReceiving)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/folder", other = root + "/other";
-    fs::create_directories(folder);
-    fs::create_directories(other);
+    const std::string folder = Folder("folder"), other = Folder("other");
     Fence fence(root + "/fence");
 
     Recorder first, stopped, witness;
@@ -488,12 +464,9 @@ TEST(NodeMonitorTest, HandlersMayChangeWatchesWhileReceiving)
     EXPECT_EQ(NodeMonitor::CountWatches(&witness), 0);
 }
 
-TEST(NodeMonitorTest, NamesAreBytes)
+TEST_F(NodeMonitorTest, NamesAreBytes)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/folder";
-    fs::create_directories(folder);
+    const std::string folder = Folder("folder");
     Recorder recorder;
     ASSERT_EQ(NodeMonitor::WatchDirectory(folder, &recorder), B_OK);
 
@@ -517,10 +490,8 @@ TEST(NodeMonitorTest, NamesAreBytes)
     fs::remove_all(folder);
 }
 
-TEST(NodeMonitorTest, RefusesWhatCannotBeWatched)
+TEST_F(NodeMonitorTest, RefusesWhatCannotBeWatched)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
     WriteFileBytes(root + "/file", "");
     fs::create_symlink("loop", root + "/loop");
     Recorder recorder;
@@ -534,13 +505,11 @@ TEST(NodeMonitorTest, RefusesWhatCannotBeWatched)
     EXPECT_EQ(NodeMonitor::StopWatching(root, &recorder), B_BAD_VALUE);
 }
 
-TEST(NodeMonitorTest, RefusesAFolderItMayNotRead)
+TEST_F(NodeMonitorTest, RefusesAFolderItMayNotRead)
 {
     if (UnprivilegedRerun::Delegated())
         return;
-    TempHome home;
-    const std::string locked = home.Root() + "/locked";
-    fs::create_directories(locked);
+    const std::string locked = Folder("locked");
     chmod(locked.c_str(), 0);
     Recorder recorder;
     EXPECT_EQ(NodeMonitor::WatchDirectory(locked, &recorder), B_PERMISSION_DENIED);
@@ -548,7 +517,7 @@ TEST(NodeMonitorTest, RefusesAFolderItMayNotRead)
     chmod(locked.c_str(), 0700);
 }
 
-TEST(NodeMonitorTest, AnOverflowingQueueTellsEveryHandler)
+TEST_F(NodeMonitorTest, AnOverflowingQueueTellsEveryHandler)
 {
     const long limit = QueueLimit();
     if (limit <= 0 || limit > 100000)
@@ -556,8 +525,8 @@ TEST(NodeMonitorTest, AnOverflowingQueueTellsEveryHandler)
 
     const QTemporaryDir scratch = ScratchFolder();
     ASSERT_TRUE(scratch.isValid());
-    const std::string root = fs::canonical(scratch.path().toStdString());
-    const std::string busy = root + "/busy", quiet = root + "/quiet";
+    const std::string fast = fs::canonical(scratch.path().toStdString());
+    const std::string busy = fast + "/busy", quiet = fast + "/quiet";
     fs::create_directories(busy);
     fs::create_directories(quiet);
     Recorder busyWatcher, quietWatcher;

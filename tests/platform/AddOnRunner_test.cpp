@@ -51,15 +51,18 @@ bool Wait(const std::shared_ptr<Seen> &seen)
     return QTest::qWaitFor([&] { return seen->calls > 0; }, kWaitMs);
 }
 
-std::optional<AddOnOutcome> RunAndWait(const std::string &addOn,
-                                       const entry_ref &folder,
-                                       const std::vector<entry_ref> &entries = {})
+// The outcome; after a run that never ended, a failure and a default outcome.
+AddOnOutcome RunAndWait(const std::string &addOn,
+                        const entry_ref &folder,
+                        const std::vector<entry_ref> &entries = {})
 {
     const std::shared_ptr<Seen> seen = Start(addOn, folder, entries);
-    if (!Wait(seen))
-        return std::nullopt;
+    if (!Wait(seen)) {
+        ADD_FAILURE() << addOn << " never ended";
+        return {};
+    }
     EXPECT_EQ(seen->calls, 1);
-    return seen->outcome;
+    return *seen->outcome;
 }
 
 entry_ref RefOf(const std::string &path)
@@ -143,11 +146,8 @@ TEST_F(AddOnRunnerTest, TheFolderAndEntriesArriveExactly)
     entries.push_back(odd);
 
     const entry_ref folderRef = RefOf(folder);
-    const std::optional<AddOnOutcome> outcome = RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS,
-                                                           folderRef,
-                                                           entries);
-    ASSERT_TRUE(outcome);
-    EXPECT_EQ(outcome->kind, Kind::Done) << outcome->message;
+    const AddOnOutcome outcome = RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS, folderRef, entries);
+    EXPECT_EQ(outcome.kind, Kind::Done) << outcome.message;
 
     std::vector<std::string> expected = {std::to_string(entries.size()), "null", folder};
     AppendRef(&expected, folderRef);
@@ -158,7 +158,7 @@ TEST_F(AddOnRunnerTest, TheFolderAndEntriesArriveExactly)
     EXPECT_EQ(Fields(*written), expected);
 
     // No selection at all still reaches the add-on, as a count of 0.
-    ASSERT_TRUE(RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS, folderRef));
+    EXPECT_EQ(RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS, folderRef).kind, Kind::Done);
     expected = {"0", "null", folder};
     AppendRef(&expected, folderRef);
     EXPECT_EQ(Fields(ReadFileBytes(record).value_or("")), expected);
@@ -166,56 +166,51 @@ TEST_F(AddOnRunnerTest, TheFolderAndEntriesArriveExactly)
 
 TEST_F(AddOnRunnerTest, TellsHowAnAddOnFailed)
 {
-    const entry_ref folder = RefOf(root);
-
-    std::optional<AddOnOutcome> outcome = RunAndWait(KESTRIN_TEST_ADDON_RETURNS_THREE, folder);
-    ASSERT_TRUE(outcome);
-    EXPECT_EQ(outcome->kind, Kind::Failed);
-    EXPECT_EQ(outcome->result, 3);
-    // Its standard output came first, and does not bury its last words.
-    EXPECT_EQ(outcome->message, "the last words");
-
-    // Results an exit status could not carry.
-    for (const int result : {256, -1}) {
-        home.SetEnv("KESTRIN_TEST_ADDON_RESULT", std::to_string(result));
-        outcome = RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS, folder);
-        ASSERT_TRUE(outcome);
-        EXPECT_EQ(outcome->kind, Kind::Failed) << result;
-        EXPECT_EQ(outcome->result, result);
-        EXPECT_EQ(outcome->message, "");
+    struct Case
+    {
+        const char *addOn;
+        std::optional<std::string> returned; // what record_args returns
+        std::optional<std::string> exit;     // the status it exits with instead
+        Kind kind;
+        int result;
+        const char *message;
+    };
+    for (const Case &each : {
+             // Its standard output came first, and does not bury its last words.
+             Case{KESTRIN_TEST_ADDON_RETURNS_THREE, {}, {}, Kind::Failed, 3, "the last words"},
+             // Results an exit status could not carry.
+             Case{KESTRIN_TEST_ADDON_RECORD_ARGS, "256", {}, Kind::Failed, 256, ""},
+             Case{KESTRIN_TEST_ADDON_RECORD_ARGS, "-1", {}, Kind::Failed, -1, ""},
+             // An add-on that exits by itself: its status is its result, even
+             // one the host uses for its own verdicts.
+             Case{KESTRIN_TEST_ADDON_RECORD_ARGS, {}, "3", Kind::Failed, 3, ""},
+             Case{KESTRIN_TEST_ADDON_RECORD_ARGS, {}, "0", Kind::Done, 0, ""},
+         }) {
+        SCOPED_TRACE(testing::Message() << each.addOn << " " << each.returned.value_or("-") << " "
+                                        << each.exit.value_or("-"));
+        home.SetEnv("KESTRIN_TEST_ADDON_RESULT", each.returned);
+        home.SetEnv("KESTRIN_TEST_ADDON_EXIT", each.exit);
+        const AddOnOutcome outcome = RunAndWait(each.addOn, RefOf(root));
+        EXPECT_EQ(outcome.kind, each.kind);
+        EXPECT_EQ(outcome.result, each.result);
+        EXPECT_EQ(outcome.message, each.message);
     }
-    home.SetEnv("KESTRIN_TEST_ADDON_RESULT", std::nullopt);
-
-    // An add-on that exits by itself: its status is its result, even one
-    // the host uses for its own verdicts.
-    home.SetEnv("KESTRIN_TEST_ADDON_EXIT", "3");
-    outcome = RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS, folder);
-    ASSERT_TRUE(outcome);
-    EXPECT_EQ(outcome->kind, Kind::Failed);
-    EXPECT_EQ(outcome->result, 3);
-    home.SetEnv("KESTRIN_TEST_ADDON_EXIT", "0");
-    outcome = RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS, folder);
-    ASSERT_TRUE(outcome);
-    EXPECT_EQ(outcome->kind, Kind::Done);
 }
 
 TEST_F(AddOnRunnerTest, TellsWhatCouldNotBeLoaded)
 {
     const entry_ref folder = RefOf(root);
 
-    std::optional<AddOnOutcome> outcome = RunAndWait(KESTRIN_TEST_ADDON_NO_ENTRY_POINT, folder);
-    ASSERT_TRUE(outcome);
-    EXPECT_EQ(outcome->kind, Kind::NoEntryPoint);
+    EXPECT_EQ(RunAndWait(KESTRIN_TEST_ADDON_NO_ENTRY_POINT, folder).kind, Kind::NoEntryPoint);
 
     const std::string text = root + "/not an add-on";
     WriteFileBytes(text, "#!/bin/sh\necho hello\n");
     for (const std::string &path : {text, root + "/missing"}) {
-        outcome = RunAndWait(path, folder);
-        ASSERT_TRUE(outcome);
-        EXPECT_EQ(outcome->kind, Kind::CannotLoad) << path;
+        const AddOnOutcome outcome = RunAndWait(path, folder);
+        EXPECT_EQ(outcome.kind, Kind::CannotLoad) << path;
         // The loader's own words, which name the file.
-        EXPECT_NE(outcome->message.find(path), std::string::npos) << outcome->message;
-        EXPECT_EQ(outcome->message.find('\n'), std::string::npos);
+        EXPECT_NE(outcome.message.find(path), std::string::npos) << outcome.message;
+        EXPECT_EQ(outcome.message.find('\n'), std::string::npos);
     }
 }
 
@@ -225,18 +220,14 @@ TEST_F(AddOnRunnerTest, ACrashEndsOnlyItsRun)
     fs::create_directories(folder);
 
     for (const char *addOn : {KESTRIN_TEST_ADDON_CRASH_IN_CALL, KESTRIN_TEST_ADDON_CRASH_ON_LOAD}) {
-        const std::optional<AddOnOutcome> outcome = RunAndWait(addOn, RefOf(folder));
-        ASSERT_TRUE(outcome) << addOn;
-        EXPECT_EQ(outcome->kind, Kind::Crashed) << addOn << ": " << outcome->message;
-        EXPECT_EQ(outcome->signal, SIGSEGV) << addOn;
+        const AddOnOutcome outcome = RunAndWait(addOn, RefOf(folder));
+        EXPECT_EQ(outcome.kind, Kind::Crashed) << addOn << ": " << outcome.message;
+        EXPECT_EQ(outcome.signal, SIGSEGV) << addOn;
     }
     // The run's working folder is the user's: no core file lands in it.
     EXPECT_TRUE(fs::is_empty(folder));
 
-    const std::optional<AddOnOutcome> after = RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS,
-                                                         RefOf(folder));
-    ASSERT_TRUE(after);
-    EXPECT_EQ(after->kind, Kind::Done);
+    EXPECT_EQ(RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS, RefOf(folder)).kind, Kind::Done);
 }
 
 TEST_F(AddOnRunnerTest, RunsSideBySideKeepTheirOwnOutcomes)
@@ -261,11 +252,9 @@ TEST_F(AddOnRunnerTest, WithoutItsHostNothingRuns)
     for (const std::string &host : {root + "/missing", notExecutable}) {
         const std::string previous = AddOnRunner::SetHostPath(host);
         EXPECT_EQ(AddOnRunner::HostPath(), "");
-        const std::optional<AddOnOutcome> outcome = RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS,
-                                                               RefOf(root));
+        const AddOnOutcome outcome = RunAndWait(KESTRIN_TEST_ADDON_RECORD_ARGS, RefOf(root));
         AddOnRunner::SetHostPath(previous);
-        ASSERT_TRUE(outcome);
-        EXPECT_EQ(outcome->kind, Kind::HostMissing) << host;
+        EXPECT_EQ(outcome.kind, Kind::HostMissing) << host;
     }
     EXPECT_FALSE(fs::exists(record)) << "the add-on ran after all";
 }

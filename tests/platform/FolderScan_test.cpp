@@ -17,18 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// On tmpfs where there is one: tens of thousands of entries are made there in
-// a fraction of the time a journalling disk takes.
-QTemporaryDir ScratchFolder()
-{
-    if (access("/dev/shm", W_OK) == 0) {
-        QTemporaryDir shm("/dev/shm/kestrin-test-XXXXXX");
-        if (shm.isValid())
-            return shm;
-    }
-    return QTemporaryDir();
-}
-
 std::map<std::string, ScannedEntry> ByName(const std::vector<ScannedEntry> &entries)
 {
     std::map<std::string, ScannedEntry> byName;
@@ -178,10 +166,8 @@ TEST(FolderScanTest, HasSubfolderLooksAtTypesAndFollowsLinksOnlyWhenAsked)
     const std::string root = fs::canonical(home.Root());
     const std::string empty = root + "/empty", files = root + "/files", links = root + "/links",
                       nested = root + "/nested";
-    fs::create_directories(empty);
-    fs::create_directories(files);
-    fs::create_directories(links);
-    fs::create_directories(nested + "/inner");
+    for (const std::string &folder : {empty, files, links, nested + "/inner"})
+        fs::create_directories(folder);
     for (int i = 0; i < 50; i++)
         WriteFileBytes(files + "/" + std::to_string(i), "");
     WriteFileBytes(nested + "/a-file", "");

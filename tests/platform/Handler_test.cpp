@@ -24,24 +24,17 @@ public:
 
 } // namespace
 
-TEST(Handler, DispatchIsImmediatePostIsQueued)
+TEST(Handler, DispatchIsImmediatePostsArriveOnTheGuiThreadInOrder)
 {
     RecordingHandler handler;
-    platform::Message message(500);
+    platform::Message message(1);
     handler.Dispatch(message);
     ASSERT_EQ(handler.whats.size(), 1u);
-
-    ASSERT_EQ(handler.Post(platform::Message(501)), B_OK);
+    ASSERT_EQ(handler.Post(platform::Message(2)), B_OK);
     EXPECT_EQ(handler.whats.size(), 1u) << "a post must not be delivered inside Post()";
-    ASSERT_TRUE(QTest::qWaitFor([&] { return handler.whats.size() == 2; }));
-    EXPECT_EQ(handler.whats[1], 501u);
-}
 
-TEST(Handler, PostsFromWorkersArriveOnTheGuiThreadInOrder)
-{
-    RecordingHandler handler;
     std::thread worker([&] {
-        for (uint32_t what = 1; what <= 50; what++)
+        for (uint32_t what = 3; what <= 50; what++)
             handler.Post(platform::Message(what));
     });
     worker.join();

@@ -60,24 +60,34 @@ TEST(Launcher, FindProgramTakesTheFirstThatExists)
     EXPECT_EQ(Launcher::FindProgram({"no-such-terminal-xyz"}), "");
 }
 
+namespace {
+
+// An executable shell script `name` in `folder`, made once: a child may still
+// be starting it when the test goes on.
+void WriteScript(const std::string &folder, const std::string &name, const std::string &body)
+{
+    QDir().mkpath(QString::fromStdString(folder));
+    const std::string path = folder + "/" + name;
+    WriteFileBytes(path, "#!/bin/sh\nPATH=/usr/bin:/bin\n" + body);
+    QFile::setPermissions(QString::fromStdString(path),
+                          QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+}
+
+} // namespace
+
 TEST(Launcher, ADocumentNothingOpensIsToldAsAsked)
 {
     TempHome home;
     platform::AlertRecorder alerts;
     // Stand-in openers, each in a folder of its own that PATH leads to in
     // turn: one that finds no application, as xdg-open does for an unknown
-    // type, and one that opens. A script is never rewritten while a child
-    // may still be starting it.
+    // type, and one that opens.
+    for (const int exitCode : {0, 3})
+        WriteScript(home.Root() + "/exit" + std::to_string(exitCode),
+                    "xdg-open",
+                    "exit " + std::to_string(exitCode) + "\n");
     const auto useOpener = [&home](int exitCode) {
-        const std::string bin = home.Root() + "/exit" + std::to_string(exitCode);
-        const std::string path = bin + "/xdg-open";
-        if (!QFileInfo::exists(QString::fromStdString(path))) {
-            QDir().mkpath(QString::fromStdString(bin));
-            WriteFileBytes(path, "#!/bin/sh\nexit " + std::to_string(exitCode) + "\n");
-            QFile::setPermissions(QString::fromStdString(path),
-                                  QFileDevice::ReadOwner | QFileDevice::ExeOwner);
-        }
-        home.SetEnv("PATH", bin);
+        home.SetEnv("PATH", home.Root() + "/exit" + std::to_string(exitCode));
     };
 
     // What Kestrin opens on its own behalf says it on standard error only;
@@ -101,21 +111,6 @@ TEST(Launcher, ADocumentNothingOpensIsToldAsAsked)
     ASSERT_EQ(alerts.Count(), 2u);
     EXPECT_EQ(alerts.Shown()[1].text, "Kestrin found no application to open \"/tmp/none.txt\".");
 }
-
-namespace {
-
-// An executable shell script `name` in `folder`, made once: a child may still
-// be starting it when the test goes on.
-void WriteScript(const std::string &folder, const std::string &name, const std::string &body)
-{
-    QDir().mkpath(QString::fromStdString(folder));
-    const std::string path = folder + "/" + name;
-    WriteFileBytes(path, "#!/bin/sh\nPATH=/usr/bin:/bin\n" + body);
-    QFile::setPermissions(QString::fromStdString(path),
-                          QFileDevice::ReadOwner | QFileDevice::ExeOwner);
-}
-
-} // namespace
 
 TEST(Launcher, TheTextEditorIsAskedOfTheDesktopWhileTheGuiThreadGoesOn)
 {

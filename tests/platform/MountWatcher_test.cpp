@@ -52,16 +52,12 @@ struct Mounted
     std::string path;
 };
 
-bool IsMountOf(const Message &message, const Mounted &volume)
+// A message of `opcode` about `volume`, whose device a mount gives as "new device".
+bool Is(const Message &message, int32_t opcode, const Mounted &volume)
 {
-    return message.what == B_NODE_MONITOR && Int32(message, "opcode") == B_DEVICE_MOUNTED
-           && Int32(message, "new device") == int32_t(volume.device) && Path(message) == volume.path;
-}
-
-bool IsUnmountOf(const Message &message, const Mounted &volume)
-{
-    return message.what == B_NODE_MONITOR && Int32(message, "opcode") == B_DEVICE_UNMOUNTED
-           && Int32(message, "device") == int32_t(volume.device) && Path(message) == volume.path;
+    const char *device = opcode == B_DEVICE_MOUNTED ? "new device" : "device";
+    return message.what == B_NODE_MONITOR && Int32(message, "opcode") == opcode
+           && Int32(message, device) == int32_t(volume.device) && Path(message) == volume.path;
 }
 
 // Other programs may mount and unmount meanwhile: only messages about the
@@ -70,21 +66,19 @@ std::vector<Message> About(const Recorder &recorder, const Mounted &volume)
 {
     std::vector<Message> about;
     for (const Message &message : recorder.messages)
-        if (IsMountOf(message, volume) || IsUnmountOf(message, volume))
+        if (Is(message, B_DEVICE_MOUNTED, volume) || Is(message, B_DEVICE_UNMOUNTED, volume))
             about.push_back(message);
     return about;
 }
 
-// Until the recorder has a message that `matches`; false after a bounded wait.
-bool WaitFor(const Recorder &recorder,
-             bool (*matches)(const Message &, const Mounted &),
-             const Mounted &volume)
+// Until the recorder has a message of `opcode` about `volume`; false after a bounded wait.
+bool WaitFor(const Recorder &recorder, int32_t opcode, const Mounted &volume)
 {
     return QTest::qWaitFor(
         [&] {
             return std::any_of(recorder.messages.begin(),
                                recorder.messages.end(),
-                               [&](const Message &message) { return matches(message, volume); });
+                               [&](const Message &message) { return Is(message, opcode, volume); });
         },
         kWaitMs);
 }
@@ -114,7 +108,7 @@ TEST(MountWatcher, EveryWatcherHearsOfMountsAndUnmounts)
         GTEST_SKIP() << SmallVolume::kCannotMount;
     const Mounted device{DeviceOf(point), point};
     ASSERT_NE(device.device, DeviceOf(root));
-    ASSERT_TRUE(WaitFor(first, IsMountOf, device));
+    ASSERT_TRUE(WaitFor(first, B_DEVICE_MOUNTED, device));
     // Delivered to all in one go: once the first has it, so has the second.
     for (const Recorder *recorder : {&first, &second}) {
         const std::vector<Message> about = About(*recorder, device);
@@ -123,7 +117,7 @@ TEST(MountWatcher, EveryWatcherHearsOfMountsAndUnmounts)
     }
 
     volume.Unmount();
-    ASSERT_TRUE(WaitFor(first, IsUnmountOf, device));
+    ASSERT_TRUE(WaitFor(first, B_DEVICE_UNMOUNTED, device));
     EXPECT_EQ(About(first, device).size(), 2u);
     EXPECT_EQ(About(second, device).size(), 2u);
 
@@ -135,7 +129,7 @@ TEST(MountWatcher, EveryWatcherHearsOfMountsAndUnmounts)
     ASSERT_EQ(MountWatcher::Watch(&newcomer), B_OK);
     ASSERT_TRUE(volume.Mount());
     const Mounted again{DeviceOf(point), point};
-    ASSERT_TRUE(WaitFor(newcomer, IsMountOf, again));
+    ASSERT_TRUE(WaitFor(newcomer, B_DEVICE_MOUNTED, again));
     EXPECT_EQ(About(newcomer, again).size(), 1u);
     EXPECT_EQ(first.messages.size(), heard);
 }
@@ -151,7 +145,7 @@ TEST(MountWatcher, WatchersMayComeAndGoWhileReceiving)
     auto doomed = std::make_unique<Recorder>();
     Mounted device{0, point};
     changer.onMessage = [&](Message &message) {
-        if (device.device == 0 || !IsMountOf(message, device))
+        if (device.device == 0 || !Is(message, B_DEVICE_MOUNTED, device))
             return;
         MountWatcher::StopWatching(&stopped);
         doomed.reset(); // stops its own watch as it goes
@@ -167,15 +161,15 @@ TEST(MountWatcher, WatchersMayComeAndGoWhileReceiving)
     if (!volume.Mount())
         GTEST_SKIP() << SmallVolume::kCannotMount;
     device.device = DeviceOf(point);
-    ASSERT_TRUE(WaitFor(witness, IsMountOf, device));
+    ASSERT_TRUE(WaitFor(witness, B_DEVICE_MOUNTED, device));
     EXPECT_FALSE(MountWatcher::IsWatching(&changer));
     EXPECT_TRUE(About(stopped, device).empty());
     EXPECT_TRUE(About(late, device).empty()) << "it came after the mount";
 
     volume.Unmount();
-    ASSERT_TRUE(WaitFor(witness, IsUnmountOf, device));
+    ASSERT_TRUE(WaitFor(witness, B_DEVICE_UNMOUNTED, device));
     ASSERT_EQ(About(late, device).size(), 1u) << "it hears of the unmount";
-    EXPECT_TRUE(IsUnmountOf(About(late, device)[0], device));
+    EXPECT_TRUE(Is(About(late, device)[0], B_DEVICE_UNMOUNTED, device));
     EXPECT_EQ(About(changer, device).size(), 1u);
     EXPECT_TRUE(About(stopped, device).empty());
 }
@@ -191,15 +185,15 @@ TEST(MountWatcher, AVolumeThatTakesTheDeviceNumberOfOneJustGoneIsHeardOf)
     if (!first.Mount())
         GTEST_SKIP() << SmallVolume::kCannotMount;
     const Mounted device{DeviceOf(root + "/first"), root + "/first"};
-    ASSERT_TRUE(WaitFor(recorder, IsMountOf, device));
+    ASSERT_TRUE(WaitFor(recorder, B_DEVICE_MOUNTED, device));
 
     // Between two looks at the table: one tmpfs goes, the next one comes,
     // and the kernel hands it the anonymous device number just freed.
     first.Unmount();
     ASSERT_TRUE(second.Mount());
     const Mounted reused{DeviceOf(root + "/second"), root + "/second"};
-    ASSERT_TRUE(WaitFor(recorder, IsUnmountOf, device));
-    ASSERT_TRUE(WaitFor(recorder, IsMountOf, reused));
+    ASSERT_TRUE(WaitFor(recorder, B_DEVICE_UNMOUNTED, device));
+    ASSERT_TRUE(WaitFor(recorder, B_DEVICE_MOUNTED, reused));
     EXPECT_EQ(About(recorder, device).size(), 2u) << "mounted and unmounted";
     EXPECT_EQ(About(recorder, reused).size(), 1u) << "mounted, whatever device number it was given";
 }

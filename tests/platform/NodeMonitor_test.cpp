@@ -87,19 +87,22 @@ const Message *Find(const Recorder &recorder, int32_t opcode, const std::string 
     return nullptr;
 }
 
-// The message, once it has arrived; nullopt after a bounded wait.
-std::optional<Message> WaitFor(const Recorder &recorder, int32_t opcode, const std::string &name)
+// The message, once it has arrived; after a bounded wait, a failure and an
+// empty message.
+Message WaitFor(const Recorder &recorder, int32_t opcode, const std::string &name)
 {
-    if (!QTest::qWaitFor([&] { return Find(recorder, opcode, name) != nullptr; }, kWaitMs))
-        return std::nullopt;
-    return *Find(recorder, opcode, name);
+    if (QTest::qWaitFor([&] { return Find(recorder, opcode, name) != nullptr; }, kWaitMs))
+        return *Find(recorder, opcode, name);
+    ADD_FAILURE() << "no message " << opcode << " for " << name;
+    return Message();
 }
 
-std::optional<Message> WaitForMessage(const Recorder &recorder, size_t index)
+Message WaitForMessage(const Recorder &recorder, size_t index)
 {
-    if (!QTest::qWaitFor([&] { return recorder.messages.size() > index; }, kWaitMs))
-        return std::nullopt;
-    return recorder.messages[index];
+    if (QTest::qWaitFor([&] { return recorder.messages.size() > index; }, kWaitMs))
+        return recorder.messages[index];
+    ADD_FAILURE() << "no message " << index;
+    return Message();
 }
 
 struct stat StatOf(const std::string &path)
@@ -127,7 +130,7 @@ public:
         const std::string name = "fence" + std::to_string(++fCount);
         // mkdir queues exactly one event.
         fs::create_directory(fFolder + "/" + name);
-        return WaitFor(fRecorder, B_ENTRY_CREATED, name).has_value();
+        return WaitFor(fRecorder, B_ENTRY_CREATED, name).what == B_NODE_MONITOR;
     }
 
 private:
@@ -152,18 +155,6 @@ int KernelWatches()
     return count;
 }
 
-// On tmpfs where there is one: tens of thousands of entries are made there in
-// a fraction of the time a journalling disk takes.
-QTemporaryDir ScratchFolder()
-{
-    if (access("/dev/shm", W_OK) == 0) {
-        QTemporaryDir shm("/dev/shm/kestrin-test-XXXXXX");
-        if (shm.isValid())
-            return shm;
-    }
-    return QTemporaryDir();
-}
-
 long QueueLimit()
 {
     std::ifstream file("/proc/sys/fs/inotify/max_queued_events");
@@ -180,16 +171,24 @@ void MakeFile(const std::string &path)
     close(fd);
 }
 
-} // namespace
-
-TEST(NodeMonitorTest, ReportsEntryEventsWithTheirFields)
+class NodeMonitorTest : public ::testing::Test
 {
+protected:
+    std::string Folder(const std::string &name)
+    {
+        fs::create_directories(root + "/" + name);
+        return root + "/" + name;
+    }
+
     TempHome home;
     const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/watched";
-    const std::string outside = root + "/outside";
-    fs::create_directories(folder);
-    fs::create_directories(outside);
+};
+
+} // namespace
+
+TEST_F(NodeMonitorTest, ReportsEntryEventsWithTheirFields)
+{
+    const std::string folder = Folder("watched"), outside = Folder("outside");
     WriteFileBytes(outside + "/incoming", "in");
     const struct stat folderInfo = StatOf(folder);
 
@@ -198,53 +197,47 @@ TEST(NodeMonitorTest, ReportsEntryEventsWithTheirFields)
     EXPECT_EQ(NodeMonitor::CountWatches(&recorder), 1);
 
     MakeFile(folder + "/a");
-    const std::optional<Message> created = WaitFor(recorder, B_ENTRY_CREATED, "a");
-    ASSERT_TRUE(created);
-    EXPECT_EQ(created->what, B_NODE_MONITOR);
-    EXPECT_EQ(Number(*created, "device"), int32_t(folderInfo.st_dev));
-    EXPECT_EQ(Number(*created, "directory"), int64_t(folderInfo.st_ino));
-    EXPECT_EQ(Number(*created, "node"), int64_t(StatOf(folder + "/a").st_ino));
-    EXPECT_EQ(Text(*created, "path"), folder + "/a");
+    const Message created = WaitFor(recorder, B_ENTRY_CREATED, "a");
+    EXPECT_EQ(created.what, B_NODE_MONITOR);
+    EXPECT_EQ(Number(created, "device"), int32_t(folderInfo.st_dev));
+    EXPECT_EQ(Number(created, "directory"), int64_t(folderInfo.st_ino));
+    EXPECT_EQ(Number(created, "node"), int64_t(StatOf(folder + "/a").st_ino));
+    EXPECT_EQ(Text(created, "path"), folder + "/a");
 
     WriteFileBytes(folder + "/a", "more");
-    const std::optional<Message> changed = WaitFor(recorder, B_STAT_CHANGED, "a");
-    ASSERT_TRUE(changed);
-    EXPECT_EQ(Number(*changed, "node"), int64_t(StatOf(folder + "/a").st_ino));
+    const Message changed = WaitFor(recorder, B_STAT_CHANGED, "a");
+    EXPECT_EQ(Number(changed, "node"), int64_t(StatOf(folder + "/a").st_ino));
 
     const int64_t node = int64_t(StatOf(folder + "/a").st_ino);
     fs::rename(folder + "/a", folder + "/b");
-    const std::optional<Message> renamed = WaitFor(recorder, B_ENTRY_MOVED, "b");
-    ASSERT_TRUE(renamed);
-    EXPECT_EQ(Number(*renamed, "device"), int32_t(folderInfo.st_dev));
-    EXPECT_EQ(Number(*renamed, "from directory"), int64_t(folderInfo.st_ino));
-    EXPECT_EQ(Number(*renamed, "to directory"), int64_t(folderInfo.st_ino));
-    EXPECT_EQ(Number(*renamed, "node"), node);
-    EXPECT_EQ(Text(*renamed, "from name"), "a");
-    EXPECT_EQ(Text(*renamed, "path"), folder + "/b");
-    EXPECT_EQ(Text(*renamed, "from path"), folder + "/a");
+    const Message renamed = WaitFor(recorder, B_ENTRY_MOVED, "b");
+    EXPECT_EQ(Number(renamed, "device"), int32_t(folderInfo.st_dev));
+    EXPECT_EQ(Number(renamed, "from directory"), int64_t(folderInfo.st_ino));
+    EXPECT_EQ(Number(renamed, "to directory"), int64_t(folderInfo.st_ino));
+    EXPECT_EQ(Number(renamed, "node"), node);
+    EXPECT_EQ(Text(renamed, "from name"), "a");
+    EXPECT_EQ(Text(renamed, "path"), folder + "/b");
+    EXPECT_EQ(Text(renamed, "from path"), folder + "/a");
 
     fs::rename(outside + "/incoming", folder + "/arrived");
-    const std::optional<Message> movedIn = WaitFor(recorder, B_ENTRY_MOVED, "arrived");
-    ASSERT_TRUE(movedIn);
-    EXPECT_EQ(Number(*movedIn, "from directory"), 0);
-    EXPECT_EQ(Number(*movedIn, "to directory"), int64_t(folderInfo.st_ino));
-    EXPECT_EQ(Number(*movedIn, "node"), int64_t(StatOf(folder + "/arrived").st_ino));
-    EXPECT_EQ(Text(*movedIn, "path"), folder + "/arrived");
+    const Message movedIn = WaitFor(recorder, B_ENTRY_MOVED, "arrived");
+    EXPECT_EQ(Number(movedIn, "from directory"), 0);
+    EXPECT_EQ(Number(movedIn, "to directory"), int64_t(folderInfo.st_ino));
+    EXPECT_EQ(Number(movedIn, "node"), int64_t(StatOf(folder + "/arrived").st_ino));
+    EXPECT_EQ(Text(movedIn, "path"), folder + "/arrived");
 
     // Alone at the end of its read, the MOVED_FROM waits for a MOVED_TO that
     // never comes, and then still arrives.
     fs::rename(folder + "/b", outside + "/left");
-    const std::optional<Message> movedOut = WaitForMessage(recorder, 4);
-    ASSERT_TRUE(movedOut);
-    EXPECT_EQ(Number(*movedOut, "from directory"), int64_t(folderInfo.st_ino));
-    EXPECT_EQ(Number(*movedOut, "to directory"), 0);
-    EXPECT_EQ(Text(*movedOut, "from path"), folder + "/b");
+    const Message movedOut = WaitForMessage(recorder, 4);
+    EXPECT_EQ(Number(movedOut, "from directory"), int64_t(folderInfo.st_ino));
+    EXPECT_EQ(Number(movedOut, "to directory"), 0);
+    EXPECT_EQ(Text(movedOut, "from path"), folder + "/b");
 
     fs::remove(folder + "/arrived");
-    const std::optional<Message> removed = WaitFor(recorder, B_ENTRY_REMOVED, "arrived");
-    ASSERT_TRUE(removed);
-    EXPECT_EQ(Number(*removed, "node"), 0);
-    EXPECT_EQ(Text(*removed, "path"), folder + "/arrived");
+    const Message removed = WaitFor(recorder, B_ENTRY_REMOVED, "arrived");
+    EXPECT_EQ(Number(removed, "node"), 0);
+    EXPECT_EQ(Text(removed, "path"), folder + "/arrived");
 
     const std::vector<std::string> expected = {"created a",
                                                "stat a",
@@ -255,12 +248,9 @@ TEST(NodeMonitorTest, ReportsEntryEventsWithTheirFields)
     EXPECT_EQ(Summary(recorder), expected);
 }
 
-TEST(NodeMonitorTest, CoalescesStatChangesWithinOneRead)
+TEST_F(NodeMonitorTest, CoalescesStatChangesWithinOneRead)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/watched";
-    fs::create_directories(folder);
+    const std::string folder = Folder("watched");
     WriteFileBytes(folder + "/busy", "");
     WriteFileBytes(folder + "/doomed", "");
     WriteFileBytes(folder + "/reborn", "");
@@ -292,7 +282,7 @@ TEST(NodeMonitorTest, CoalescesStatChangesWithinOneRead)
     EXPECT_EQ(Summary(recorder), expected);
 }
 
-TEST(NodeMonitorTest, PairsAMoveWhoseHalvesAreReadSeparately)
+TEST_F(NodeMonitorTest, PairsAMoveWhoseHalvesAreReadSeparately)
 {
     // 8,191 creations and the MOVED_FROM are 8,192 events of 32 bytes: any
     // read buffer of a power of two up to 256 KiB ends right after the
@@ -302,8 +292,6 @@ TEST(NodeMonitorTest, PairsAMoveWhoseHalvesAreReadSeparately)
     if (QueueLimit() < kCreated + 10)
         GTEST_SKIP() << "the inotify queue limit is below " << kCreated + 10;
 
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
     const QTemporaryDir scratch = ScratchFolder();
     ASSERT_TRUE(scratch.isValid());
     const std::string folder = fs::canonical(scratch.path().toStdString());
@@ -331,13 +319,9 @@ TEST(NodeMonitorTest, PairsAMoveWhoseHalvesAreReadSeparately)
     EXPECT_EQ(Number(moved, "to directory"), int64_t(StatOf(folder).st_ino));
 }
 
-TEST(NodeMonitorTest, MovesBetweenWatchedFoldersReachEachHandlerOnce)
+TEST_F(NodeMonitorTest, MovesBetweenWatchedFoldersReachEachHandlerOnce)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string left = root + "/left", right = root + "/right";
-    fs::create_directories(left);
-    fs::create_directories(right);
+    const std::string left = Folder("left"), right = Folder("right");
     WriteFileBytes(left + "/x", "x");
     const int64_t node = int64_t(StatOf(left + "/x").st_ino);
     Fence fence(root + "/fence");
@@ -363,13 +347,9 @@ TEST(NodeMonitorTest, MovesBetweenWatchedFoldersReachEachHandlerOnce)
     }
 }
 
-TEST(NodeMonitorTest, TheWatchEndsWithTheWatchedFolder)
+TEST_F(NodeMonitorTest, TheWatchEndsWithTheWatchedFolder)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string deleted = root + "/deleted", moved = root + "/moved";
-    fs::create_directories(deleted);
-    fs::create_directories(moved);
+    const std::string deleted = Folder("deleted"), moved = Folder("moved");
     const struct stat rootInfo = StatOf(root), deletedInfo = StatOf(deleted),
                       movedInfo = StatOf(moved);
     Fence fence(root + "/fence");
@@ -380,20 +360,18 @@ TEST(NodeMonitorTest, TheWatchEndsWithTheWatchedFolder)
     EXPECT_EQ(NodeMonitor::CountWatches(&recorder), 2);
 
     fs::remove(deleted);
-    const std::optional<Message> gone = WaitFor(recorder, B_ENTRY_REMOVED, "deleted");
-    ASSERT_TRUE(gone);
-    EXPECT_EQ(Number(*gone, "device"), int32_t(deletedInfo.st_dev));
-    EXPECT_EQ(Number(*gone, "node"), int64_t(deletedInfo.st_ino));
-    EXPECT_EQ(Number(*gone, "directory"), int64_t(rootInfo.st_ino));
-    EXPECT_EQ(Text(*gone, "path"), deleted);
+    const Message gone = WaitFor(recorder, B_ENTRY_REMOVED, "deleted");
+    EXPECT_EQ(Number(gone, "device"), int32_t(deletedInfo.st_dev));
+    EXPECT_EQ(Number(gone, "node"), int64_t(deletedInfo.st_ino));
+    EXPECT_EQ(Number(gone, "directory"), int64_t(rootInfo.st_ino));
+    EXPECT_EQ(Text(gone, "path"), deleted);
     EXPECT_EQ(NodeMonitor::CountWatches(&recorder), 1);
 
     fs::rename(moved, root + "/elsewhere");
-    const std::optional<Message> away = WaitFor(recorder, B_ENTRY_REMOVED, "moved");
-    ASSERT_TRUE(away);
-    EXPECT_EQ(Number(*away, "node"), int64_t(movedInfo.st_ino));
-    EXPECT_EQ(Number(*away, "directory"), int64_t(rootInfo.st_ino));
-    EXPECT_EQ(Text(*away, "path"), moved);
+    const Message away = WaitFor(recorder, B_ENTRY_REMOVED, "moved");
+    EXPECT_EQ(Number(away, "node"), int64_t(movedInfo.st_ino));
+    EXPECT_EQ(Number(away, "directory"), int64_t(rootInfo.st_ino));
+    EXPECT_EQ(Text(away, "path"), moved);
     EXPECT_EQ(NodeMonitor::CountWatches(&recorder), 0);
 
     // The folder lives on elsewhere; what happens in it is no longer told.
@@ -403,12 +381,9 @@ TEST(NodeMonitorTest, TheWatchEndsWithTheWatchedFolder)
     EXPECT_EQ(NodeMonitor::StopWatching(moved, &recorder), B_BAD_VALUE);
 }
 
-TEST(NodeMonitorTest, HandlersAndPathsOfOneFolderShareOneKernelWatch)
+TEST_F(NodeMonitorTest, HandlersAndPathsOfOneFolderShareOneKernelWatch)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/folder", alias = root + "/alias";
-    fs::create_directories(folder);
+    const std::string folder = Folder("folder"), alias = root + "/alias";
     fs::create_directory_symlink("folder", alias);
     Fence fence(root + "/fence");
     const int before = KernelWatches();
@@ -443,13 +418,9 @@ TEST(NodeMonitorTest, HandlersAndPathsOfOneFolderShareOneKernelWatch)
     EXPECT_EQ(NodeMonitor::StopWatching(folder, &first), B_BAD_VALUE);
 }
 
-TEST(NodeMonitorTest, HandlersMayChangeWatchesWhileReceiving)
+TEST_F(NodeMonitorTest, HandlersMayChangeWatchesWhileReceiving)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/folder", other = root + "/other";
-    fs::create_directories(folder);
-    fs::create_directories(other);
+    const std::string folder = Folder("folder"), other = Folder("other");
     Fence fence(root + "/fence");
 
     Recorder first, stopped, witness;
@@ -474,7 +445,7 @@ TEST(NodeMonitorTest, HandlersMayChangeWatchesWhileReceiving)
     EXPECT_EQ(Summary(witness), (std::vector<std::string>{"created x", "created y"}));
 
     MakeFile(other + "/z");
-    ASSERT_TRUE(WaitFor(first, B_ENTRY_CREATED, "z"));
+    WaitFor(first, B_ENTRY_CREATED, "z");
     EXPECT_EQ(NodeMonitor::CountWatches(&first), 1);
 
     // The usual answer to a folder going away: stop watching it, there and then.
@@ -484,16 +455,13 @@ TEST(NodeMonitorTest, HandlersMayChangeWatchesWhileReceiving)
         }
     };
     fs::remove_all(folder);
-    ASSERT_TRUE(WaitFor(witness, B_ENTRY_REMOVED, "folder"));
+    WaitFor(witness, B_ENTRY_REMOVED, "folder");
     EXPECT_EQ(NodeMonitor::CountWatches(&witness), 0);
 }
 
-TEST(NodeMonitorTest, NamesAreBytes)
+TEST_F(NodeMonitorTest, NamesAreBytes)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
-    const std::string folder = root + "/folder";
-    fs::create_directories(folder);
+    const std::string folder = Folder("folder");
     Recorder recorder;
     ASSERT_EQ(NodeMonitor::WatchDirectory(folder, &recorder), B_OK);
 
@@ -501,26 +469,22 @@ TEST(NodeMonitorTest, NamesAreBytes)
     const std::string longest(255, 'L'), renamed(255, 'R');
     for (const std::string &name : {newline, invalid, longest}) {
         MakeFile(folder + "/" + name);
-        const std::optional<Message> created = WaitFor(recorder, B_ENTRY_CREATED, name);
-        ASSERT_TRUE(created) << name;
-        EXPECT_EQ(Text(*created, "path"), folder + "/" + name);
-        EXPECT_EQ(Number(*created, "node"), int64_t(StatOf(folder + "/" + name).st_ino));
+        const Message created = WaitFor(recorder, B_ENTRY_CREATED, name);
+        EXPECT_EQ(Text(created, "path"), folder + "/" + name);
+        EXPECT_EQ(Number(created, "node"), int64_t(StatOf(folder + "/" + name).st_ino));
     }
     fs::rename(folder + "/" + longest, folder + "/" + renamed);
-    const std::optional<Message> moved = WaitFor(recorder, B_ENTRY_MOVED, renamed);
-    ASSERT_TRUE(moved);
-    EXPECT_EQ(Text(*moved, "from name"), longest);
-    EXPECT_EQ(Text(*moved, "path"), folder + "/" + renamed);
+    const Message moved = WaitFor(recorder, B_ENTRY_MOVED, renamed);
+    EXPECT_EQ(Text(moved, "from name"), longest);
+    EXPECT_EQ(Text(moved, "path"), folder + "/" + renamed);
 
     // QTemporaryDir cannot remove names that are not UTF-8.
     NodeMonitor::StopWatching(&recorder);
     fs::remove_all(folder);
 }
 
-TEST(NodeMonitorTest, RefusesWhatCannotBeWatched)
+TEST_F(NodeMonitorTest, RefusesWhatCannotBeWatched)
 {
-    TempHome home;
-    const std::string root = fs::canonical(home.Root());
     WriteFileBytes(root + "/file", "");
     fs::create_symlink("loop", root + "/loop");
     Recorder recorder;
@@ -534,13 +498,11 @@ TEST(NodeMonitorTest, RefusesWhatCannotBeWatched)
     EXPECT_EQ(NodeMonitor::StopWatching(root, &recorder), B_BAD_VALUE);
 }
 
-TEST(NodeMonitorTest, RefusesAFolderItMayNotRead)
+TEST_F(NodeMonitorTest, RefusesAFolderItMayNotRead)
 {
     if (UnprivilegedRerun::Delegated())
         return;
-    TempHome home;
-    const std::string locked = home.Root() + "/locked";
-    fs::create_directories(locked);
+    const std::string locked = Folder("locked");
     chmod(locked.c_str(), 0);
     Recorder recorder;
     EXPECT_EQ(NodeMonitor::WatchDirectory(locked, &recorder), B_PERMISSION_DENIED);
@@ -548,7 +510,7 @@ TEST(NodeMonitorTest, RefusesAFolderItMayNotRead)
     chmod(locked.c_str(), 0700);
 }
 
-TEST(NodeMonitorTest, AnOverflowingQueueTellsEveryHandler)
+TEST_F(NodeMonitorTest, AnOverflowingQueueTellsEveryHandler)
 {
     const long limit = QueueLimit();
     if (limit <= 0 || limit > 100000)
@@ -556,8 +518,8 @@ TEST(NodeMonitorTest, AnOverflowingQueueTellsEveryHandler)
 
     const QTemporaryDir scratch = ScratchFolder();
     ASSERT_TRUE(scratch.isValid());
-    const std::string root = fs::canonical(scratch.path().toStdString());
-    const std::string busy = root + "/busy", quiet = root + "/quiet";
+    const std::string fast = fs::canonical(scratch.path().toStdString());
+    const std::string busy = fast + "/busy", quiet = fast + "/quiet";
     fs::create_directories(busy);
     fs::create_directories(quiet);
     Recorder busyWatcher, quietWatcher;

@@ -11,12 +11,6 @@
 
 extern char **environ;
 
-namespace {
-
-constexpr uint32_t kLoopback = 0x7f000001;
-
-} // namespace
-
 InetdListener::InetdListener(std::vector<std::string> argv, std::string log)
     : fArgv(std::move(argv))
     , fLog(std::move(log))
@@ -44,7 +38,7 @@ bool InetdListener::Listen(unsigned port)
     setsockopt(fListener.FD(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
     sockaddr_in address = {};
     address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(kLoopback);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(uint16_t(port));
     platform::SocketAddress local;
     if (bind(fListener.FD(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0

@@ -3,15 +3,12 @@
 #include <QProcess>
 #include <string>
 
-// A desktop keyring of the test's own: GNOME Keyring's daemon, unlocked, on
-// a session bus that this test process started and nothing else uses.
-//
-// The bus is the process's session bus from its first use to the process's
-// end (GLib keeps the first session bus it connects to), and it activates no
-// services, so a keyring answers on it only while a PrivateKeyring lives.
-// Make one after the test's TempHome (which points the session bus nowhere
-// and is put back when the test ends): the keyring's files go to the test's
-// home.
+// A desktop keyring of the test's own: GNOME Keyring's daemon, unlocked, on a
+// session bus that this test process started and nothing else uses. GLib keeps
+// the first session bus it connects to, so the bus serves the process to its
+// end; it activates no services, so a keyring answers on it only while a
+// PrivateKeyring lives. Make one after the test's TempHome (which points the
+// session bus nowhere until the test ends): the keyring's files go to its home.
 class PrivateKeyring
 {
 public:

@@ -16,11 +16,6 @@ const char *const kPassword = "kestrin sesame";
 const char *const kPasswordHash = "$6$kestrintest$347SJZHAcBbn0HVnaqP3kVk8R5/oph4vz28bPkf6xMH6ceMt"
                                   "I/a5Rzulrl0Ux.n7iKnb6XmpfwJU.47MUYL0C.";
 
-std::string Trimmed(const QString &text)
-{
-    return text.trimmed().toStdString();
-}
-
 } // namespace
 
 SshdServer::SshdServer()
@@ -155,7 +150,7 @@ std::string SshdServer::Fingerprint() const
     const ProgramRun run = ProgramRun::Of("ssh-keygen", {"-l", "-f", fDir.path() + "/host.pub"});
     // "256 SHA256:... comment (ED25519)"
     const QStringList words = run.out.split(' ');
-    return words.size() > 1 ? Trimmed(words[1]) : "";
+    return words.size() > 1 ? words[1].trimmed().toStdString() : "";
 }
 
 bool SshdServer::ReplaceHostKey()

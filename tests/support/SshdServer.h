@@ -9,15 +9,12 @@
 
 // OpenSSH's sshd on 127.0.0.1, for the SFTP tests, started as `sshd -i` for
 // each connection (see InetdListener). sshd runs as the user who runs the
-// test and lets that user in with the key the fixture made (UserKey()), or
-// with Password(); the host key is the fixture's own, and can be replaced.
-//
-// sshd takes the user's password, and whether the account is open at all,
-// from /etc/shadow, which the fixture may neither change nor (run by anyone
-// but root) even read. So each sshd starts in a mount namespace of its own,
-// where a shadow file the fixture wrote, with one line for the user, lies
-// over /etc/shadow; a user other than root gets that namespace inside user
-// namespaces, going back to its own user id before sshd starts.
+// test and lets that user in with the fixture's key (UserKey()) or with
+// Password(). sshd takes the password, and whether the account is open at
+// all, from /etc/shadow, which the fixture may neither change nor (unless
+// root) read: so each sshd starts in a mount namespace of its own, where a
+// shadow file the fixture wrote lies over /etc/shadow (inside user
+// namespaces for a user other than root).
 class SshdServer
 {
 public:

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <unistd.h>
 
 TempHome::TempHome()
 {
@@ -76,4 +77,14 @@ std::optional<std::string> ReadFileBytes(const std::string &path)
     if (!in)
         return std::nullopt;
     return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+QTemporaryDir ScratchFolder()
+{
+    if (access("/dev/shm", W_OK) == 0) {
+        QTemporaryDir shm("/dev/shm/kestrin-test-XXXXXX");
+        if (shm.isValid())
+            return shm;
+    }
+    return QTemporaryDir();
 }

@@ -38,3 +38,6 @@ private:
 void WriteFileBytes(const std::string &path, const std::string &bytes);
 // The whole content of `path`, or nullopt when it cannot be read.
 std::optional<std::string> ReadFileBytes(const std::string &path);
+// A temporary folder on tmpfs where there is one: tens of thousands of
+// entries are made there in a fraction of the time a journalling disk takes.
+QTemporaryDir ScratchFolder();

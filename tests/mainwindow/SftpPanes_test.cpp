@@ -17,10 +17,7 @@ protected:
     {
         if (!fServer.Unavailable().empty())
             GTEST_SKIP() << fServer.Unavailable();
-        fHome.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        fs::create_directories(Home() + "/.ssh");
-        fs::copy_file(fServer.UserKey(), Home() + "/.ssh/id_ed25519");
-        WriteFileBytes(Home() + "/.ssh/known_hosts", fServer.KnownHostsLine() + "\n");
+        fServer.PrepareHome(fHome, SshdServer::Trust::KeyAndHost);
         TwoPanesOnLocal();
         fs::create_directories(fServer.Scratch() + "/inner");
         WriteFileBytes(fServer.Scratch() + "/down.txt", "down");

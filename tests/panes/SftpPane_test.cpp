@@ -30,10 +30,7 @@ protected:
         if (!fServer.Unavailable().empty())
             GTEST_SKIP() << fServer.Unavailable();
         PaneFixture::SetUp();
-        fHome.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        fs::create_directories(fHome.Home() + "/.ssh");
-        fs::copy_file(fServer.UserKey(), fHome.Home() + "/.ssh/id_ed25519");
-        WriteFileBytes(fHome.Home() + "/.ssh/known_hosts", fServer.KnownHostsLine() + "\n");
+        fServer.PrepareHome(fHome, SshdServer::Trust::KeyAndHost);
         fs::create_directories(Remote() + "/sub/deep");
         MakeFile(Remote() + "/sub/deep/inner.txt", 10);
         MakeFile(Remote() + "/b.txt", 2048);

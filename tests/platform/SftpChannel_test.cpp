@@ -28,9 +28,7 @@ protected:
     {
         if (!server.Unavailable().empty())
             GTEST_SKIP() << server.Unavailable();
-        home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        fs::create_directories(home.Home() + "/.ssh");
-        fs::copy_file(server.UserKey(), home.Home() + "/.ssh/id_ed25519");
+        server.PrepareHome(home, SshdServer::Trust::Key);
         std::string why;
         ASSERT_EQ(session.Connect("127.0.0.1",
                                   uint16_t(server.Port()),

@@ -28,8 +28,7 @@ protected:
     {
         if (!server.Unavailable().empty())
             GTEST_SKIP() << server.Unavailable();
-        home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        fs::create_directories(home.Home() + "/.ssh");
+        server.PrepareHome(home, SshdServer::Trust::Nothing);
     }
 
     // A connected session and what it found of the host key.

@@ -17,8 +17,7 @@ protected:
     {
         if (!server.Unavailable().empty())
             GTEST_SKIP() << server.Unavailable();
-        home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
-        std::filesystem::create_directories(home.Home() + "/.ssh");
+        server.PrepareHome(home, SshdServer::Trust::Nothing);
         session.name = "box";
         session.host = "127.0.0.1";
         session.port = std::to_string(server.Port());

@@ -3,6 +3,7 @@
 #include "ProgramRun.h"
 #include "TempHome.h"
 
+#include <filesystem>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -169,4 +170,15 @@ void SshdServer::DropSessions()
 {
     if (fListener != nullptr)
         fListener->DropSessions();
+}
+
+void SshdServer::PrepareHome(TempHome &home, Trust trust) const
+{
+    home.SetEnv("SSH_AUTH_SOCK", std::nullopt);
+    const std::string folder = home.Home() + "/.ssh";
+    std::filesystem::create_directories(folder);
+    if (trust != Trust::Nothing)
+        std::filesystem::copy_file(UserKey(), folder + "/id_ed25519");
+    if (trust == Trust::KeyAndHost)
+        WriteFileBytes(folder + "/known_hosts", KnownHostsLine() + "\n");
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "InetdListener.h"
+#include "TempHome.h"
 
 #include <QTemporaryDir>
 #include <memory>
@@ -44,6 +45,11 @@ public:
     std::string Scratch() const;
     // Ends every session at once, as a server that dies does.
     void DropSessions();
+
+    enum class Trust { Nothing, Key, KeyAndHost };
+    // Makes `home` that of an ssh user with no agent and an ~/.ssh that
+    // holds, as `trust` says, the key that logs in and this host's key.
+    void PrepareHome(TempHome &home, Trust trust) const;
 
 private:
     bool MakeKey(const std::string &path) const;

@@ -151,8 +151,8 @@ std::string Refused(const std::string &title, const std::string &text)
 
 TEST(TransferPlanner, DecidesEveryPairingOfPlacesAndOperations)
 {
-    using enum Kind;
-    using enum Operation;
+    using enum kestrin::TransferPlace::Kind;
+    using enum kestrin::TransferPlanner::Operation;
     std::vector<Pairing> rows = {
         {Folder, Folder, Copy, "Copy: copy>/dst;"},
         {Folder, Folder, Move, "Copy: move>/dst;"},
